@@ -1,0 +1,21 @@
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+                    -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Werror)
+# GCC 12 sees null dereferences and dangling views inside the standard library's own code once
+# sanitizers have changed its inlining.
+if(BREVANHOLT_SANITIZE)
+  add_compile_options(-fsanitize=${BREVANHOLT_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer -Wno-null-dereference -Wno-maybe-uninitialized)
+  add_link_options(-fsanitize=${BREVANHOLT_SANITIZE})
+endif()
+add_compile_definitions(_GLIBCXX_ASSERTIONS)
+include_directories(${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}/generated)

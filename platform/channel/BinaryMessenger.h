@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/channel/Message.h"
+#include "platform/foundation/UniqueFunction.h"
+
+#include <functional>
+#include <string>
+
+namespace brevanholt::platform {
+
+// Carries messages between the host and the UI engine, by channel name, on the main thread.
+class BinaryMessenger {
+ public:
+  // Answers one message; the engine ignores it when the page that asked is gone.
+  using Reply = UniqueFunction<void(Message)>;
+  using Handler = std::function<void(Bytes message, Reply reply)>;
+
+  virtual ~BinaryMessenger() = default;
+  // Kept, in order, until the UI listens on `channel`.
+  virtual void send(const std::string& channel, Message message) = 0;
+  // An empty handler removes the one that is set. Messages on a channel without a handler are
+  // answered with the empty message, which reads as "not implemented".
+  virtual void setMessageHandler(const std::string& channel, Handler handler) = 0;
+};
+
+}  // namespace brevanholt::platform

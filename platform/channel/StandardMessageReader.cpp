@@ -1,0 +1,151 @@
+#include "platform/channel/StandardMessageReader.h"
+
+#include "platform/channel/StandardMessageTags.h"
+#include "platform/channel/StandardMethodCodec.h"
+#include "platform/foundation/Utf8.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace brevanholt::platform {
+namespace {
+
+using Cause = CodecError::Cause;
+
+// What a list reserves on the word of its size alone.
+constexpr std::size_t kTrustedElements = 256;
+
+class DepthGuard {
+ public:
+  explicit DepthGuard(int& depth) : depth_(depth) {
+    if (++depth_ > StandardMethodCodec::kMaximumDepth) {
+      --depth_;
+      throw CodecError(Cause::kTooDeep, "lists and maps are nested too deeply");
+    }
+  }
+  ~DepthGuard() { --depth_; }
+  DepthGuard(const DepthGuard&) = delete;
+  DepthGuard& operator=(const DepthGuard&) = delete;
+
+ private:
+  int& depth_;
+};
+
+}  // namespace
+
+std::uint8_t StandardMessageReader::readByte() {
+  return *take(1);
+}
+
+Value StandardMessageReader::readValue() {
+  switch (readByte()) {
+    case kNullTag:
+      return {};
+    case kTrueTag:
+      return true;
+    case kFalseTag:
+      return false;
+    case kInt32Tag:
+      return readNumber<std::int32_t>();
+    case kInt64Tag:
+      return readNumber<std::int64_t>();
+    case kFloat64Tag:
+      align(sizeof(double));
+      return readNumber<double>();
+    case kStringTag:
+      return readString();
+    case kBytesTag:
+      return readBytes();
+    case kInt32ListTag:
+      return readNumbers<std::int32_t>();
+    case kInt64ListTag:
+      return readNumbers<std::int64_t>();
+    case kFloat32ListTag:
+      return readNumbers<float>();
+    case kFloat64ListTag:
+      return readNumbers<double>();
+    case kListTag:
+      return readList();
+    case kMapTag:
+      return readMap();
+    default:
+      throw CodecError(Cause::kUnknownTag, "a value has an unknown type");
+  }
+}
+
+void StandardMessageReader::expectEnd() const {
+  if (remaining() != 0) throw CodecError(Cause::kTrailingBytes, "bytes follow the last value");
+}
+
+std::size_t StandardMessageReader::readSize() {
+  const std::uint8_t first = readByte();
+  if (first == kSize16) return readNumber<std::uint16_t>();
+  if (first == kSize32) return readNumber<std::uint32_t>();
+  return first;
+}
+
+std::string StandardMessageReader::readString() {
+  const std::size_t size = readSize();
+  const std::string_view text(reinterpret_cast<const char*>(take(size)), size);
+  if (!isValidUtf8(text)) throw CodecError(Cause::kInvalidUtf8, "a string is not UTF-8");
+  return std::string(text);
+}
+
+Bytes StandardMessageReader::readBytes() {
+  const std::size_t size = readSize();
+  static_cast<void>(take(size));
+  return message_.slice(position_ - size, size);
+}
+
+List StandardMessageReader::readList() {
+  const DepthGuard guard(depth_);
+  const std::size_t size = readSize();
+  if (size > remaining()) throw CodecError(Cause::kTruncated, "a list is cut short");
+  List list;
+  list.reserve(std::min(size, kTrustedElements));
+  for (std::size_t index = 0; index < size; ++index) list.push_back(readValue());
+  return list;
+}
+
+Map StandardMessageReader::readMap() {
+  const DepthGuard guard(depth_);
+  const std::size_t size = readSize();
+  if (size > remaining() / 2) throw CodecError(Cause::kTruncated, "a map is cut short");
+  Map map;
+  for (std::size_t index = 0; index < size; ++index) {
+    Value key = readValue();
+    map.add(std::move(key), readValue());
+  }
+  return map;
+}
+
+template <class T>
+T StandardMessageReader::readNumber() {
+  T number;
+  std::memcpy(&number, take(sizeof(T)), sizeof(T));
+  return number;
+}
+
+template <class T>
+std::vector<T> StandardMessageReader::readNumbers() {
+  const std::size_t size = readSize();
+  align(sizeof(T));
+  if (size > remaining() / sizeof(T)) throw CodecError(Cause::kTruncated, "a list is cut short");
+  std::vector<T> list(size);
+  if (size != 0) std::memcpy(list.data(), take(size * sizeof(T)), size * sizeof(T));
+  return list;
+}
+
+const std::uint8_t* StandardMessageReader::take(std::size_t size) {
+  if (size > remaining()) throw CodecError(Cause::kTruncated, "the message is cut short");
+  const auto* start = message_.data() + position_;
+  position_ += size;
+  return start;
+}
+
+void StandardMessageReader::align(std::size_t width) {
+  const std::size_t past = position_ % width;
+  if (past != 0) static_cast<void>(take(width - past));
+}
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/channel/Value.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace brevanholt::platform {
+
+// Reads values one after another out of a message that may hold anything at all; throws CodecError.
+class StandardMessageReader {
+ public:
+  explicit StandardMessageReader(Bytes message) : message_(std::move(message)) {}
+
+  [[nodiscard]] std::uint8_t readByte();
+  [[nodiscard]] Value readValue();
+  // Every byte must have been read.
+  void expectEnd() const;
+
+ private:
+  [[nodiscard]] std::size_t readSize();
+  [[nodiscard]] std::string readString();
+  [[nodiscard]] Bytes readBytes();
+  [[nodiscard]] List readList();
+  [[nodiscard]] Map readMap();
+  template <class T>
+  [[nodiscard]] T readNumber();
+  template <class T>
+  [[nodiscard]] std::vector<T> readNumbers();
+
+  [[nodiscard]] const std::uint8_t* take(std::size_t size);
+  [[nodiscard]] std::size_t remaining() const { return message_.size() - position_; }
+  void align(std::size_t width);
+
+  Bytes message_;
+  std::size_t position_ = 0;
+  int depth_ = 0;
+};
+
+}  // namespace brevanholt::platform

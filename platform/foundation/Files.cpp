@@ -1,0 +1,43 @@
+#include "platform/foundation/Files.h"
+
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/PlatformError.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace brevanholt::platform {
+
+bool fileExists(const std::filesystem::path& path) {
+  struct stat information {};
+  return ::stat(path.c_str(), &information) == 0;
+}
+
+bool nameIsTaken(const std::filesystem::path& path) {
+  struct stat information {};
+  return ::lstat(path.c_str(), &information) == 0;
+}
+
+std::optional<std::uint64_t> fileSize(const std::filesystem::path& path) {
+  struct stat information {};
+  if (::stat(path.c_str(), &information) != 0) return std::nullopt;
+  return static_cast<std::uint64_t>(information.st_size);
+}
+
+void createDirectories(const std::filesystem::path& path) {
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (error) throw FileError("create the folder", path, error.value());
+  if (!std::filesystem::is_directory(path, error)) {
+    throw FileError("create the folder", path, ENOTDIR);
+  }
+}
+
+void syncDirectory(const std::filesystem::path& path) {
+  const FileDescriptor directory(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!directory || ::fsync(directory.get()) != 0) throw FileError("save the folder", path, errno);
+}
+
+}  // namespace brevanholt::platform

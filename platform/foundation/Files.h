@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+
+namespace brevanholt::platform {
+
+// Whether something can be reached at `path`, links followed.
+[[nodiscard]] bool fileExists(const std::filesystem::path& path);
+// Whether the name is taken by anything at all, a dangling link included.
+[[nodiscard]] bool nameIsTaken(const std::filesystem::path& path);
+// Nothing where there is no file whose size can be read.
+[[nodiscard]] std::optional<std::uint64_t> fileSize(const std::filesystem::path& path);
+
+// Creates the directory and those above it; one that exists is fine. Throws FileError.
+void createDirectories(const std::filesystem::path& path);
+
+// Makes the entries of a directory outlast a power cut. Throws FileError.
+void syncDirectory(const std::filesystem::path& path);
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <filesystem>
+
+namespace brevanholt::platform {
+
+// Where this user's things are. Nothing here need exist yet.
+struct KnownFolders {
+  std::filesystem::path downloads;
+  std::filesystem::path temporary;  // on the same disk as Downloads where that can be had
+  std::filesystem::path applicationSupport;
+  std::filesystem::path configuration;
+};
+
+}  // namespace brevanholt::platform

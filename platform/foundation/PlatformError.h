@@ -1,0 +1,31 @@
+#pragma once
+
+#include <exception>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+namespace brevanholt::platform {
+
+// A failure in words that the UI may show.
+class PlatformError : public std::exception {
+ public:
+  explicit PlatformError(std::string message) : message_(std::move(message)) {}
+  [[nodiscard]] const char* what() const noexcept override { return message_.c_str(); }
+  [[nodiscard]] const std::string& message() const { return message_; }
+
+ private:
+  std::string message_;
+};
+
+// A system call that failed on a path: "Could not <action> “<path>”: <the system's text>".
+class FileError : public PlatformError {
+ public:
+  FileError(std::string_view action, const std::filesystem::path& path, int errorNumber);
+  [[nodiscard]] int errorNumber() const { return errorNumber_; }
+
+ private:
+  int errorNumber_;
+};
+
+}  // namespace brevanholt::platform
