@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/desktop/Application.h"
+#include "platform/desktop/Pasteboard.h"
+#include "platform/desktop/Window.h"
+#include "platform/desktop/Workspace.h"
+#include "platform/engine/UiEngine.h"
+#include "platform/foundation/BundleInfo.h"
+#include "platform/foundation/DispatchQueue.h"
+#include "platform/foundation/KnownFolders.h"
+#include "platform/foundation/MainQueue.h"
+#include "platform/foundation/ProcessActivity.h"
+#include "platform/services/HostName.h"
+
+namespace brevanholt::platform {
+
+// Everything that needs the operating system, for the delegate and the window to borrow. All of it
+// outlives them.
+struct Services {
+  Application& application;
+  Window& mainWindow;
+  UiEngine& engine;
+  MainQueue& mainQueue;
+  DispatchQueue& utilityQueue;
+  Pasteboard& pasteboard;
+  Workspace& workspace;
+  HostName& hostName;
+  ProcessActivities& processActivities;
+  KnownFolders folders;
+  BundleInfo bundleInfo;
+  bool isLoginItemLaunch = false;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/channel/BinaryMessenger.h"
+#include "platform/desktop/NativeView.h"
+
+namespace brevanholt::platform {
+
+// All that the host knows of an embedded UI engine.
+class UiEngine {
+ public:
+  virtual ~UiEngine() = default;
+  [[nodiscard]] virtual NativeView& view() = 0;
+  [[nodiscard]] virtual BinaryMessenger& binaryMessenger() = 0;
+  // While set, the UI's timers run at full speed even when nobody can see the window.
+  virtual void setRunsWhileHidden(bool runs) = 0;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/channel/StandardMethodCodec.h"
+#include "platform/foundation/FileDescriptor.h"
+
+#include <cstdint>
+#include <map>
+
+namespace brevanholt::platform {
+
+// The engine's file operations, and the files that the page has open. Blocks; for one thread.
+//
+//   stat {path}                   {kind: "file", "directory" or "other", size, modified}, or null
+//   open {path}                   a handle for reading; regular files only
+//   create {path}                 a handle for writing; fails where the name is taken
+//   read {handle, offset, length} bytes, fewer than asked only at the file's end
+//   write {handle, offset, bytes} null, when all of it is written
+//   flush {handle}                null, when it is on the disk
+//   close {handle}                null
+//   remove {path}                 null; files and links only, and nothing there is no error
+//
+// The page may read what this user may read, and writes only to files that it created. A failure is
+// the error "file_error" with the system's text, and the error's name ("ENOSPC") as details.
+class FileTable {
+ public:
+  [[nodiscard]] Reply perform(const MethodCall& call);
+  void closeAll() { open_.clear(); }
+
+ private:
+  struct OpenFile {
+    FileDescriptor descriptor;
+    bool isWritable = false;
+  };
+
+  [[nodiscard]] Reply dispatch(const MethodCall& call, const Map& arguments);
+  [[nodiscard]] Value add(OpenFile file);
+  [[nodiscard]] const OpenFile& at(const Map& arguments) const;
+
+  std::map<std::int64_t, OpenFile> open_;
+  std::int64_t lastHandle_ = 0;
+};
+
+}  // namespace brevanholt::platform

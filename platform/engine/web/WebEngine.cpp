@@ -1,0 +1,136 @@
+#include "platform/engine/web/WebEngine.h"
+
+#include "platform/engine/web/LinkFrame.h"
+#include "platform/engine/web/NavigationLock.h"
+#include "platform/foundation/Log.h"
+
+#include <gio/gunixfdlist.h>
+
+namespace brevanholt::platform {
+namespace {
+
+// A page that dies again this soon is not loaded again at once.
+constexpr std::int64_t kReloadPause = 5 * G_USEC_PER_SEC;
+
+void setFeature(WebKitSettings* settings, std::string_view identifier, bool enabled) {
+  WebKitFeatureList* features = webkit_settings_get_all_features();
+  for (gsize index = 0; index < webkit_feature_list_get_length(features); ++index) {
+    WebKitFeature* feature = webkit_feature_list_get(features, index);
+    if (identifier == webkit_feature_get_identifier(feature)) {
+      webkit_settings_set_feature_enabled(settings, feature, enabled ? TRUE : FALSE);
+    }
+  }
+  webkit_feature_list_unref(features);
+}
+
+}  // namespace
+
+WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
+    : options_(std::move(options)),
+      scheme_(options_.uiBundle),
+      files_(messenger_, mainQueue),
+      applicationChannel_("engine/application", messenger_) {
+  applicationChannel_.setMethodCallHandler([this](const MethodCall& call, MethodResult result) {
+    if (call.method != "arguments") return std::move(result).notImplemented();
+    std::move(result).success(List(options_.uiArguments.begin(), options_.uiArguments.end()));
+  });
+  createContext();
+  createView();
+  load();
+}
+
+WebEngine::~WebEngine() {
+  if (reloadSource_ != 0) g_source_remove(reloadSource_);
+  g_signal_handlers_disconnect_by_data(webView_.get(), this);
+  g_signal_handlers_disconnect_by_data(context_.get(), this);
+}
+
+void WebEngine::createContext() {
+  const GObjectPointer<WebKitWebsiteDataManager> nothingKept(
+      webkit_website_data_manager_new_ephemeral());
+  context_.reset(webkit_web_context_new_with_website_data_manager(nothingKept.get()));
+  webkit_web_context_set_cache_model(context_.get(), WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
+  g_signal_connect(context_.get(), "initialize-web-extensions",
+                   G_CALLBACK(+[](WebKitWebContext* context, gpointer self) {
+                     webkit_web_context_set_web_extensions_directory(
+                         context, static_cast<WebEngine*>(self)->options_.webExtensions.c_str());
+                   }),
+                   this);
+  scheme_.registerIn(context_.get());
+  refuseDownloads(context_.get());
+}
+
+void WebEngine::createView() {
+  GtkWidget* widget = webkit_web_view_new_with_context(context_.get());
+  webView_.reset(WEBKIT_WEB_VIEW(g_object_ref_sink(widget)));
+  nativeView_ = std::make_unique<GtkNativeView>(*Glib::wrap(widget));
+  configureSettings();
+  lockToBundle(webView_.get(), options_.developerTools);
+  g_signal_connect(
+      webView_.get(), "user-message-received",
+      G_CALLBACK(+[](WebKitWebView*, WebKitUserMessage* message, gpointer self) -> gboolean {
+        static_cast<WebEngine*>(self)->pageJoined(message);
+        return TRUE;
+      }),
+      this);
+  g_signal_connect(
+      webView_.get(), "web-process-terminated",
+      G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer self) {
+        static_cast<WebEngine*>(self)->webProcessEnded(reason);
+      }),
+      this);
+}
+
+void WebEngine::configureSettings() {
+  WebKitSettings* settings = webkit_web_view_get_settings(webView_.get());
+  webkit_settings_set_enable_developer_extras(settings, options_.developerTools ? TRUE : FALSE);
+  webkit_settings_set_enable_write_console_messages_to_stdout(
+      settings, options_.developerTools ? TRUE : FALSE);
+  webkit_settings_set_javascript_can_open_windows_automatically(settings, FALSE);
+  webkit_settings_set_enable_back_forward_navigation_gestures(settings, FALSE);
+  webkit_settings_set_enable_page_cache(settings, FALSE);
+  webkit_settings_set_enable_html5_database(settings, FALSE);
+  webkit_settings_set_enable_webrtc(settings, FALSE);
+}
+
+void WebEngine::setRunsWhileHidden(bool runs) {
+  WebKitSettings* settings = webkit_web_view_get_settings(webView_.get());
+  setFeature(settings, "HiddenPageDOMTimerThrottling", !runs);
+  setFeature(settings, "PageVisibilityBasedProcessSuppression", !runs);
+}
+
+void WebEngine::load() {
+  lastLoad_ = g_get_monotonic_time();
+  webkit_web_view_load_uri(webView_.get(), kBundleOrigin);
+}
+
+void WebEngine::pageJoined(WebKitUserMessage* message) {
+  GUnixFDList* descriptors = webkit_user_message_get_fd_list(message);
+  if (webkit_user_message_get_name(message) != std::string_view(kPageJoinedMessage) ||
+      descriptors == nullptr || g_unix_fd_list_get_length(descriptors) != 1)
+    return;
+  const int descriptor = g_unix_fd_list_get(descriptors, 0, nullptr);
+  if (descriptor < 0) return;
+  messenger_.attach(FileDescriptor(descriptor), [this] { files_.closeAll(); });
+}
+
+void WebEngine::webProcessEnded(WebKitWebProcessTerminationReason reason) {
+  logWarning(reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
+                 ? "the user interface used too much memory; loading it again"
+                 : "the user interface's process ended; loading it again");
+  messenger_.detach();
+  files_.closeAll();
+  if (g_get_monotonic_time() - lastLoad_ > kReloadPause) return load();
+  if (reloadSource_ != 0) return;
+  reloadSource_ = g_timeout_add_seconds(
+      kReloadPause / G_USEC_PER_SEC,
+      [](gpointer data) -> gboolean {
+        auto* self = static_cast<WebEngine*>(data);
+        self->reloadSource_ = 0;
+        self->load();
+        return G_SOURCE_REMOVE;
+      },
+      this);
+}
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/engine/UiEngine.h"
+#include "platform/engine/web/BundleScheme.h"
+#include "platform/engine/web/EngineFiles.h"
+#include "platform/engine/web/WebBinaryMessenger.h"
+#include "platform/foundation/Lifetime.h"
+#include "platform/linux/GPointers.h"
+#include "platform/linux/GtkNativeView.h"
+
+#include <webkit2/webkit2.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace brevanholt::platform {
+
+struct WebEngineOptions {
+  std::filesystem::path uiBundle;
+  std::filesystem::path webExtensions;  // holds the module that joins a page to the host
+  std::vector<std::string> uiArguments;
+  bool developerTools = false;
+};
+
+// The UI in a WebKitGTK view. Only the bundle loads; a web process that dies is started again.
+class WebEngine final : public UiEngine {
+ public:
+  WebEngine(WebEngineOptions options, MainQueue& mainQueue);
+  ~WebEngine() override;
+
+  [[nodiscard]] NativeView& view() override { return *nativeView_; }
+  [[nodiscard]] BinaryMessenger& binaryMessenger() override { return messenger_; }
+  void setRunsWhileHidden(bool runs) override;
+
+ private:
+  void createContext();
+  void createView();
+  void configureSettings();
+  void load();
+  void pageJoined(WebKitUserMessage* message);
+  void webProcessEnded(WebKitWebProcessTerminationReason reason);
+
+  WebEngineOptions options_;
+  BundleScheme scheme_;
+  WebBinaryMessenger messenger_;
+  EngineFiles files_;
+  MethodChannel applicationChannel_;
+  GObjectPointer<WebKitWebContext> context_;
+  GObjectPointer<WebKitWebView> webView_;
+  std::unique_ptr<GtkNativeView> nativeView_;
+  unsigned reloadSource_ = 0;
+  std::int64_t lastLoad_ = 0;  // microseconds, monotonic
+};
+
+}  // namespace brevanholt::platform

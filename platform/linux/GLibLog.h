@@ -1,0 +1,8 @@
+#pragma once
+
+namespace brevanholt::platform {
+
+// Sends the log to GLib's structured log (the journal, or standard error), domain "Brevanholt".
+void installGLibLog();
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,65 @@
+#include "platform/linux/GtkMainWindow.h"
+
+#include "platform/linux/GtkNativeView.h"
+
+namespace brevanholt::platform {
+namespace {
+
+constexpr Frame kFirstFrame{.width = 960, .height = 680};
+constexpr Frame kSmallestFrame{.width = 380, .height = 360};
+
+}  // namespace
+
+GtkMainWindow::GtkMainWindow(const Glib::RefPtr<Gtk::Application>& application)
+    : window_(application) {
+  window_.set_title("Brevanholt");
+  window_.set_icon_name(application->get_id());
+  window_.set_default_size(kFirstFrame.width, kFirstFrame.height);
+  window_.set_size_request(kSmallestFrame.width, kSmallestFrame.height);
+  window_.signal_delete_event().connect([this](GdkEventAny*) { return closeRequested(); });
+  window_.property_is_active().signal_changed().connect([this] {
+    if (delegate_ != nullptr && window_.is_active()) delegate_->windowDidBecomeKey();
+  });
+}
+
+Frame GtkMainWindow::frame() const {
+  Frame frame;
+  window_.get_size(frame.width, frame.height);
+  return frame;
+}
+
+void GtkMainWindow::setFrame(Frame frame) {
+  window_.resize(frame.width, frame.height);
+}
+
+void GtkMainWindow::setContentView(NativeView& view) {
+  auto& widget = dynamic_cast<GtkNativeView&>(view).widget();
+  window_.remove();
+  window_.add(widget);
+  widget.show();
+}
+
+bool GtkMainWindow::isVisible() const {
+  return window_.is_visible();
+}
+
+void GtkMainWindow::makeKeyAndOrderFront() {
+  window_.present();
+}
+
+void GtkMainWindow::orderOut() {
+  window_.hide();
+}
+
+void GtkMainWindow::close() {
+  delegate_ = nullptr;
+  window_.close();
+}
+
+bool GtkMainWindow::closeRequested() {
+  if (delegate_ == nullptr) return false;
+  delegate_->performClose();
+  return true;
+}
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,13 @@
+#include "platform/linux/InstallLayout.h"
+
+namespace brevanholt::platform {
+
+InstallLayout InstallLayout::ofThisProcess() {
+  const auto executable = std::filesystem::read_symlink("/proc/self/exe");
+  const auto prefix = executable.parent_path().parent_path();
+  return {.executable = executable,
+          .uiBundle = prefix / "share/brevanholt/ui",
+          .webExtensions = prefix / "lib/brevanholt/web-extensions"};
+}
+
+}  // namespace brevanholt::platform

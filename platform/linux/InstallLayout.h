@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+
+namespace brevanholt::platform {
+
+// Where the program's own files are, relative to its executable: the same in the build tree and
+// wherever it is installed.
+struct InstallLayout {
+  std::filesystem::path executable;
+  std::filesystem::path uiBundle;       // share/brevanholt/ui
+  std::filesystem::path webExtensions;  // lib/brevanholt/web-extensions
+
+  static InstallLayout ofThisProcess();
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,42 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include "platform/BuildInfo.h"
+#include "platform/linux/InstallLayout.h"
+#include "platform/linux/XdgFolders.h"
+
+namespace brevanholt::platform {
+namespace {
+
+WebEngineOptions engineOptions(const LaunchOptions& options) {
+  const InstallLayout layout = InstallLayout::ofThisProcess();
+  return {.uiBundle = options.uiBundle.empty() ? layout.uiBundle : options.uiBundle,
+          .webExtensions = layout.webExtensions,
+          .uiArguments = options.uiArguments,
+          .developerTools = options.developerTools};
+}
+
+}  // namespace
+
+LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOptions& options)
+    : application_(application),
+      isLoginItemLaunch_(options.isLoginItem),
+      mainWindow_(application.gtk()),
+      engine_(engineOptions(options), mainQueue_),
+      processActivities_([this](bool runs) { engine_.setRunsWhileHidden(runs); }) {}
+
+Services LinuxPlatform::services() {
+  return {.application = application_,
+          .mainWindow = mainWindow_,
+          .engine = engine_,
+          .mainQueue = mainQueue_,
+          .utilityQueue = utilityQueue_,
+          .pasteboard = pasteboard_,
+          .workspace = workspace_,
+          .hostName = hostName_,
+          .processActivities = processActivities_,
+          .folders = xdgFolders(),
+          .bundleInfo = {.shortVersion = kBuildVersion, .buildNumber = kBuildNumber},
+          .isLoginItemLaunch = isLoginItemLaunch_};
+}
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/Services.h"
+#include "platform/engine/web/WebEngine.h"
+#include "platform/linux/Bus.h"
+#include "platform/linux/GLibMainQueue.h"
+#include "platform/linux/GioWorkspace.h"
+#include "platform/linux/GtkApplicationHost.h"
+#include "platform/linux/GtkMainWindow.h"
+#include "platform/linux/GtkPasteboard.h"
+#include "platform/linux/HostnamedHostName.h"
+#include "platform/linux/LaunchOptions.h"
+#include "platform/linux/LinuxProcessActivities.h"
+
+namespace brevanholt::platform {
+
+// Every Linux service, built in the order in which they need each other.
+class LinuxPlatform {
+ public:
+  LinuxPlatform(GtkApplicationHost& application, const LaunchOptions& options);
+
+  [[nodiscard]] Services services();
+
+ private:
+  GtkApplicationHost& application_;
+  bool isLoginItemLaunch_;
+  Bus sessionBus_{G_BUS_TYPE_SESSION};
+  Bus systemBus_{G_BUS_TYPE_SYSTEM};
+  GLibMainQueue mainQueue_;
+  GtkMainWindow mainWindow_;
+  WebEngine engine_;
+  GtkPasteboard pasteboard_;
+  GioWorkspace workspace_{sessionBus_};
+  HostnamedHostName hostName_{systemBus_};
+  LinuxProcessActivities processActivities_;
+  DispatchQueue utilityQueue_{"brevanholt.utility", QueuePriority::kUtility};
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,32 @@
+#include "platform/linux/XdgFolders.h"
+
+#include <glib.h>
+
+#include <cstdlib>
+
+namespace brevanholt::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path downloads() {
+  const char* configured = g_get_user_special_dir(G_USER_DIRECTORY_DOWNLOAD);
+  return configured != nullptr ? fs::path(configured) : fs::path(g_get_home_dir()) / "Downloads";
+}
+
+// /tmp is memory on many systems, and shared; the cache is on the disk and this user's own.
+fs::path temporary() {
+  const char* chosen = std::getenv("TMPDIR");
+  return chosen != nullptr && *chosen == '/' ? chosen : g_get_user_cache_dir();
+}
+
+}  // namespace
+
+KnownFolders xdgFolders() {
+  return {.downloads = downloads(),
+          .temporary = temporary(),
+          .applicationSupport = g_get_user_data_dir(),
+          .configuration = fs::path(g_get_user_config_dir()) / "brevanholt"};
+}
+
+}  // namespace brevanholt::platform
