@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/channel/StandardMethodCodec.h"
+
+#include <string>
+#include <string_view>
+
+namespace brevanholt {
+
+// The UI broke the channel's contract. Logs the method and the key, and ends the process.
+[[noreturn]] void preconditionFailure(std::string_view method, std::string_view key);
+
+// The arguments of one call. Borrows the call.
+class CallArguments {
+ public:
+  explicit CallArguments(const platform::MethodCall& call) : call_(call) {}
+
+  // A required argument; the process ends where it is absent or of another type.
+  template <platform::ValueAlternative T>
+  [[nodiscard]] const T& required(std::string_view key) const {
+    const auto* value = optional<T>(key);
+    if (value == nullptr) preconditionFailure(call_.method, key);
+    return *value;
+  }
+
+  // Null where the argument is absent or of another type.
+  template <platform::ValueAlternative T>
+  [[nodiscard]] const T* optional(std::string_view key) const {
+    const auto* map = call_.arguments.getIf<platform::Map>();
+    const auto* value = map != nullptr ? map->find(key) : nullptr;
+    return value != nullptr ? value->getIf<T>() : nullptr;
+  }
+
+ private:
+  const platform::MethodCall& call_;
+};
+
+}  // namespace brevanholt

@@ -1,0 +1,42 @@
+#include "Runner/MainFlutterWindow/MainFlutterWindow.h"
+
+#include "Runner/AppDelegate/AppDelegate.h"
+
+namespace brevanholt {
+
+using platform::MethodCall;
+using platform::MethodChannel;
+using platform::MethodResult;
+
+MainFlutterWindow::MainFlutterWindow(const platform::Services& services, AppDelegate* delegate)
+    : services_(services), delegate_(delegate) {
+  window().setDelegate(this);
+}
+
+MainFlutterWindow::~MainFlutterWindow() {
+  window().setDelegate(nullptr);
+}
+
+void MainFlutterWindow::awakeFromNib() {
+  const platform::Frame frame = window().frame();
+  platformChannel_ =
+      std::make_unique<MethodChannel>("brevanholt/platform", services_.engine.binaryMessenger());
+  platformChannel_->setMethodCallHandler(
+      [weak = weak_from_this()](MethodCall call, MethodResult result) {
+        if (const auto self = weak.lock()) {
+          self->handlePlatformCall(std::move(call), std::move(result));
+        }
+      });
+  window().setContentView(services_.engine.view());
+  window().setFrame(frame);
+  tryPrepareReceiveDirectory();
+}
+
+void MainFlutterWindow::performClose() {
+  if (delegate_ == nullptr) return window().close();
+  delegate_->hideToBackground();
+}
+
+void MainFlutterWindow::windowDidBecomeKey() {}
+
+}  // namespace brevanholt

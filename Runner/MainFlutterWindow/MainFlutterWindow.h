@@ -1,0 +1,91 @@
+#pragma once
+
+#include "Runner/MainFlutterWindow/CallArguments.h"
+#include "platform/Services.h"
+#include "platform/channel/MethodChannel.h"
+#include "platform/foundation/Lifetime.h"
+
+#include <deque>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace brevanholt {
+
+class AppDelegate;
+
+// The one window, and the owner of most of the host's state. It holds the channel to the UI and
+// answers every call on it. Closing it hides it; it lives as long as the application.
+class MainFlutterWindow final : public platform::WindowDelegate,
+                                public std::enable_shared_from_this<MainFlutterWindow> {
+ public:
+  // Without a delegate, closing the window closes it for good.
+  MainFlutterWindow(const platform::Services& services, AppDelegate* delegate);
+  ~MainFlutterWindow() override;
+
+  // Builds the window's content and opens the channel.
+  void awakeFromNib();
+  void handlePlatformCall(platform::MethodCall call, platform::MethodResult result);
+
+  void performClose() override;
+  void windowDidBecomeKey() override;
+
+  [[nodiscard]] platform::Window& window() { return services_.mainWindow; }
+  // Null until awakeFromNib().
+  [[nodiscard]] platform::MethodChannel* platformChannel() { return platformChannel_.get(); }
+
+ private:
+  friend struct PlatformMethod;
+
+  // Runs `answer` and replies with its value, or with its error as "platform_error".
+  static void reply(platform::MethodResult result,
+                    platform::UniqueFunction<platform::Value()> answer);
+  // The reply to a request that only succeeds or fails with the one message.
+  static platform::Workspace::Callback replyDone(platform::MethodResult result,
+                                                 std::string failureMessage);
+
+  // Inline services.
+  void deviceName(const CallArguments& arguments, platform::MethodResult& result);
+  platform::Value appSupportPath(const CallArguments& arguments);
+  platform::Value appVersion(const CallArguments& arguments);
+  platform::Value writeClipboardText(const CallArguments& arguments);
+  void openExternalUrl(const CallArguments& arguments, platform::MethodResult& result);
+  platform::Value enableMulticast(const CallArguments& arguments);
+
+  // Receive location.
+  [[nodiscard]] std::filesystem::path brevanholtDownloadsDirectory() const;
+  void tryPrepareReceiveDirectory();
+  [[nodiscard]] const std::filesystem::path& requiredReceiveDirectory() const;
+  platform::Value prepareReceiveLocation(const CallArguments& arguments);
+  platform::Value setReceiveFolderName(const CallArguments& arguments);
+  void openReceiveFolder(const CallArguments& arguments, platform::MethodResult& result);
+  platform::Value temporaryReceivePath(const CallArguments& arguments);
+
+  // Publishing.
+  void publishReceivedFile(const CallArguments& arguments, platform::MethodResult& result);
+  void copyReceivedFile(std::filesystem::path source, std::filesystem::path destination,
+                        platform::MethodResult result);
+  void finishCopy();
+  platform::Value publishReceivedDirectory(const CallArguments& arguments);
+
+  // Received items.
+  platform::Value receivedFileExists(const CallArguments& arguments);
+  void openReceivedFile(const CallArguments& arguments, platform::MethodResult& result);
+  platform::Value revealReceivedFile(const CallArguments& arguments);
+  platform::Value locateReceivedFiles(const CallArguments& arguments);
+
+  platform::Services services_;
+  AppDelegate* delegate_;
+
+  std::optional<std::filesystem::path> receiveDirectory_;
+  std::string receiveFolderName_ = "Brevanholt";
+  std::unique_ptr<platform::MethodChannel> platformChannel_;
+
+  // While a file is copied into place, the calls that must see the outcome wait here.
+  bool isCopying_ = false;
+  std::deque<std::pair<platform::MethodCall, platform::MethodResult>> callsBehindCopy_;
+};
+
+}  // namespace brevanholt

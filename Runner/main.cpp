@@ -1,0 +1,39 @@
+#include "Runner/AppDelegate/AppDelegate.h"
+#include "Runner/MainFlutterWindow/MainFlutterWindow.h"
+#include "platform/BuildInfo.h"
+#include "platform/linux/GLibLog.h"
+#include "platform/linux/LinuxPlatform.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using namespace brevanholt;
+
+int run(const platform::LaunchOptions& options) {
+  platform::GtkApplicationHost application(platform::kApplicationId, Gio::APPLICATION_FLAGS_NONE);
+  if (application.isRemote()) {
+    application.forward();
+    return EXIT_SUCCESS;
+  }
+  platform::LinuxPlatform linux(application, options);
+  AppDelegate delegate(linux.services());
+  const auto window = std::make_shared<MainFlutterWindow>(linux.services(), &delegate);
+  delegate.setMainWindow(window);
+  window->awakeFromNib();
+  return application.run(delegate);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  brevanholt::platform::installGLibLog();
+  const auto options = brevanholt::platform::LaunchOptions::parse(argc, argv);
+  try {
+    return run(options);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "brevanholt: %s\n", error.what());
+    return EXIT_FAILURE;
+  }
+}
