@@ -1,0 +1,77 @@
+// Files for UI code. A page reads what the user may read; it writes only to files that it created,
+// and creating never takes an existing name. Each operation resolves when the disk has done it:
+// awaiting a write before the next is all the back-pressure that is needed.
+//
+// Failures are MethodErrors with the code "file_error", the system's text as message, and the
+// error's name, such as "ENOSPC", as details.
+
+import { MethodChannel } from './method_channel.js';
+
+const channel = new MethodChannel('engine/files');
+
+/** @typedef {{ kind: 'file' | 'directory' | 'other', size: number, modified: number }} FileStat */
+
+/**
+ * Null where there is nothing; `modified` is in milliseconds since 1970.
+ * @param {string} path
+ * @returns {Promise<FileStat | null>}
+ */
+export function stat(path) {
+  return channel.invokeMethod('stat', { path });
+}
+
+/**
+ * Removes a file or a link, never a folder. Nothing there is no error.
+ * @param {string} path
+ */
+export function remove(path) {
+  return channel.invokeMethod('remove', { path });
+}
+
+/** One open file. */
+export class EngineFile {
+  #handle;
+
+  /** @param {number} handle */
+  constructor(handle) {
+    this.#handle = handle;
+  }
+
+  /** @param {string} path */
+  static async open(path) {
+    return new EngineFile(await channel.invokeMethod('open', { path }));
+  }
+
+  /** @param {string} path */
+  static async create(path) {
+    return new EngineFile(await channel.invokeMethod('create', { path }));
+  }
+
+  /**
+   * At most `length` bytes (16 MiB a call); fewer only at the file's end.
+   * @param {number} offset
+   * @param {number} length
+   * @returns {Promise<Uint8Array>}
+   */
+  read(offset, length) {
+    return channel.invokeMethod('read', { handle: this.#handle, offset, length });
+  }
+
+  /**
+   * @param {number} offset
+   * @param {Uint8Array} bytes
+   * @returns {Promise<void>}
+   */
+  write(offset, bytes) {
+    return channel.invokeMethod('write', { handle: this.#handle, offset, bytes });
+  }
+
+  /** Resolves when what was written would outlast a power cut. */
+  flush() {
+    return channel.invokeMethod('flush', { handle: this.#handle });
+  }
+
+  close() {
+    return channel.invokeMethod('close', { handle: this.#handle });
+  }
+}

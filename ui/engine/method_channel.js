@@ -1,0 +1,82 @@
+// Named channels of method calls between the UI and the host.
+
+import { CodecError, Reader, Writer } from './codec.js';
+import { listen, sendMessage } from './link.js';
+
+/** The host answered a call with an error. */
+export class MethodError extends Error {
+  /**
+   * @param {string} code
+   * @param {string} message
+   * @param {unknown} details
+   */
+  constructor(code, message, details) {
+    super(message);
+    this.name = 'MethodError';
+    this.code = code;
+    this.details = details;
+  }
+}
+
+/** Nobody implements the method that was called. */
+export class MissingMethodError extends Error {
+  /**
+   * @param {string} channel
+   * @param {string} method
+   */
+  constructor(channel, method) {
+    super(`The host has no method “${method}” on the channel “${channel}”.`);
+    this.name = 'MissingMethodError';
+  }
+}
+
+/** @param {Uint8Array} reply */
+function decodeReply(reply) {
+  const reader = new Reader(reply);
+  const isSuccess = reader.readByte() === 0;
+  if (isSuccess) {
+    const value = reader.readValue();
+    reader.expectEnd();
+    return value;
+  }
+  const code = String(reader.readValue());
+  const message = String(reader.readValue());
+  throw new MethodError(code, message, reader.readValue());
+}
+
+export class MethodChannel {
+  #name;
+
+  /** @param {string} name */
+  constructor(name) {
+    this.#name = name;
+  }
+
+  /**
+   * Calls a method of the host. Rejects with a MethodError or a MissingMethodError.
+   * @param {string} method
+   * @param {unknown} [args]
+   * @returns {Promise<any>}
+   */
+  async invokeMethod(method, args = null) {
+    const writer = new Writer();
+    writer.writeValue(method);
+    writer.writeValue(args);
+    const reply = await sendMessage(this.#name, writer.finish());
+    if (reply.length === 0) throw new MissingMethodError(this.#name, method);
+    return decodeReply(reply);
+  }
+
+  /**
+   * Hears the host's calls of methods of the UI. What came before is delivered first.
+   * @param {(method: string, args: any) => void} handler
+   */
+  setMethodCallHandler(handler) {
+    listen(this.#name, (message) => {
+      const reader = new Reader(message);
+      const method = reader.readValue();
+      if (typeof method !== 'string') throw new CodecError('A call does not begin with a name.');
+      handler(method, reader.readValue());
+    });
+  }
+}
