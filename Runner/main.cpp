@@ -1,7 +1,7 @@
 #include "Runner/AppDelegate/AppDelegate.h"
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 #include "platform/BuildInfo.h"
-#include "platform/linux/GLibLog.h"
+#include "platform/linux/JournalLog.h"
 #include "platform/linux/LinuxPlatform.h"
 
 #include <cstdio>
@@ -12,11 +12,8 @@ namespace {
 using namespace brevanholt;
 
 int run(const platform::LaunchOptions& options) {
-  platform::GtkApplicationHost application(platform::kApplicationId, Gio::APPLICATION_FLAGS_NONE);
-  if (application.isRemote()) {
-    application.forward();
-    return EXIT_SUCCESS;
-  }
+  platform::GtkApplicationHost application(platform::kApplicationId);
+  if (application.isRemote()) return application.forward();
   platform::LinuxPlatform linux(application, options);
   AppDelegate delegate(linux.services());
   const auto window = std::make_shared<MainFlutterWindow>(linux.services(), &delegate);
@@ -28,7 +25,7 @@ int run(const platform::LaunchOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  brevanholt::platform::installGLibLog();
+  brevanholt::platform::installJournalLog();
   const auto options = brevanholt::platform::LaunchOptions::parse(argc, argv);
   try {
     return run(options);

@@ -1,5 +1,6 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 #include "platform/foundation/Files.h"
+#include "platform/foundation/Url.h"
 
 namespace brevanholt {
 
@@ -13,8 +14,9 @@ namespace {
 constexpr const char* kLinkFailure = "The web link could not be opened.";
 
 // The scheme is compared as written: "HTTPS" is refused.
-bool isWebLink(std::string_view url) {
-  return url.starts_with("https:") || url.starts_with("http:");
+bool isWebLink(const std::string& text) {
+  const auto url = platform::Url::parse(text);
+  return url && (url->scheme() == "https" || url->scheme() == "http");
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ std::string_view pathExtension(std::string_view name) {
 std::filesystem::path uniqueDestination(
     const std::filesystem::path& directory, std::string_view name,
     const std::function<bool(const std::filesystem::path&)>& isTaken) {
-  const std::filesystem::path first = directory / name;
+  std::filesystem::path first = directory / name;
   if (!isTaken(first)) return first;
 
   const std::string_view extension = pathExtension(name);

@@ -8,12 +8,13 @@
 
 namespace brevanholt::platform {
 
+// Answers one message; the engine ignores it when the page that asked is gone.
+using BinaryReply = UniqueFunction<void(Message)>;
+
 // Carries messages between the host and the UI engine, by channel name, on the main thread.
 class BinaryMessenger {
  public:
-  // Answers one message; the engine ignores it when the page that asked is gone.
-  using Reply = UniqueFunction<void(Message)>;
-  using Handler = std::function<void(Bytes message, Reply reply)>;
+  using Handler = std::function<void(Bytes message, BinaryReply reply)>;
 
   virtual ~BinaryMessenger() = default;
   // Kept, in order, until the UI listens on `channel`.

@@ -22,11 +22,11 @@ gboolean quitOnSignal(gpointer application) {
 
 }  // namespace
 
-GtkApplicationHost::GtkApplicationHost(const std::string& identifier, Gio::ApplicationFlags flags) {
+GtkApplicationHost::GtkApplicationHost(const std::string& identifier) {
   if (gtk_init_check(nullptr, nullptr) == FALSE) {
     throw PlatformError("Brevanholt needs a desktop: there is no display to open a window on.");
   }
-  application_ = Gtk::Application::create(identifier, flags);
+  application_ = Gtk::Application::create(identifier);
   application_->signal_activate().connect([this] { activated(); });
   try {
     application_->register_application();
@@ -35,11 +35,8 @@ GtkApplicationHost::GtkApplicationHost(const std::string& identifier, Gio::Appli
   }
 }
 
-void GtkApplicationHost::forward() {
-  application_->activate();
-  if (auto* bus = g_application_get_dbus_connection(G_APPLICATION(application_->gobj()))) {
-    g_dbus_connection_flush_sync(bus, nullptr, nullptr);
-  }
+int GtkApplicationHost::forward() {
+  return application_->run();
 }
 
 int GtkApplicationHost::run(ApplicationDelegate& delegate) {

@@ -13,12 +13,12 @@ namespace brevanholt::platform {
 class GtkApplicationHost final : public Application {
  public:
   // Registers with the session bus; throws PlatformError where there is no display.
-  GtkApplicationHost(const std::string& identifier, Gio::ApplicationFlags flags);
+  explicit GtkApplicationHost(const std::string& identifier);
 
   // Whether another instance runs already. Then forward() is all there is to do.
   [[nodiscard]] bool isRemote() const { return application_->is_remote(); }
-  // Asks the running instance to present itself.
-  void forward();
+  // Asks the running instance to present itself; returns an exit status.
+  int forward();
   // Runs until terminate(); borrows the delegate.
   int run(ApplicationDelegate& delegate);
 

@@ -43,7 +43,7 @@ void refuse(WebKitURISchemeRequest* request, int code, const char* text) {
 
 }  // namespace
 
-BundleScheme::BundleScheme(fs::path bundle) : bundle_(fs::weakly_canonical(bundle)) {}
+BundleScheme::BundleScheme(const fs::path& bundle) : bundle_(fs::weakly_canonical(bundle)) {}
 
 void BundleScheme::registerIn(WebKitWebContext* context) {
   webkit_security_manager_register_uri_scheme_as_secure(

@@ -16,7 +16,7 @@ namespace brevanholt::platform {
 // reaching anything outside.
 class BundleScheme {
  public:
-  explicit BundleScheme(std::filesystem::path bundle);
+  explicit BundleScheme(const std::filesystem::path& bundle);
 
   // Must outlive the context's pages.
   void registerIn(WebKitWebContext* context);

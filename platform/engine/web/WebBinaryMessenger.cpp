@@ -52,7 +52,7 @@ void WebBinaryMessenger::frameArrived(const Bytes& bytes) {
 }
 
 void WebBinaryMessenger::callArrived(LinkFrame frame) {
-  Reply reply = [page = std::weak_ptr(page_), number = frame.number](const Message& message) {
+  BinaryReply reply = [page = std::weak_ptr(page_), number = frame.number](const Message& message) {
     const auto asker = page.lock();
     if (asker && number != 0) asker->send(LinkFrame::encode(Kind::kReply, {}, number, message));
   };

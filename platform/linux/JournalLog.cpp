@@ -1,4 +1,4 @@
-#include "platform/linux/GLibLog.h"
+#include "platform/linux/JournalLog.h"
 
 #include "platform/foundation/Log.h"
 
@@ -23,7 +23,7 @@ GLogLevelFlags flagsOf(LogLevel level) {
 
 }  // namespace
 
-void installGLibLog() {
+void installJournalLog() {
   setLogSink([](LogLevel level, std::string_view text) {
     g_log_structured("Brevanholt", flagsOf(level), "MESSAGE", "%.*s", static_cast<int>(text.size()),
                      text.data());

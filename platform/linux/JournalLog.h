@@ -3,6 +3,6 @@
 namespace brevanholt::platform {
 
 // Sends the log to GLib's structured log (the journal, or standard error), domain "Brevanholt".
-void installGLibLog();
+void installJournalLog();
 
 }  // namespace brevanholt::platform

@@ -1,0 +1,22 @@
+// What a call came to, as data: {value}, {error: [code, message, details]} or {missing: true}.
+
+import { MethodChannel, MethodError, MissingMethodError } from './engine/method_channel.js';
+
+export const platform = new MethodChannel('brevanholt/platform');
+
+/** @param {Promise<unknown>} call */
+export async function outcome(call) {
+  try {
+    return { value: await call };
+  } catch (error) {
+    if (error instanceof MissingMethodError) return { missing: true };
+    if (error instanceof MethodError) return { error: [error.code, error.message, error.details] };
+    throw error;
+  }
+}
+
+/**
+ * @param {string} method
+ * @param {unknown} [args]
+ */
+export const call = (method, args) => outcome(platform.invokeMethod(method, args));

@@ -1,0 +1,98 @@
+"""Runs the host with a test's own user interface, inside the virtual desktop of the test."""
+
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+BINARY = os.environ.get("BREVANHOLT_BINARY", str(SOURCE / "build/release/bin/brevanholt"))
+TIME_LIMIT = 60
+
+
+def wait_until(condition, what, limit=TIME_LIMIT):
+    """Waits for a condition to hold and returns what it gave."""
+    deadline = time.monotonic() + limit
+    while True:
+        result = condition()
+        if result:
+            return result
+        if time.monotonic() > deadline:
+            raise AssertionError(f"{what} did not happen within {limit} seconds")
+        time.sleep(0.05)
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True, timeout=30).stdout
+
+
+def visible_window():
+    """The X window of the host's main window, or None while it is hidden."""
+    found = subprocess.run(
+        ["xdotool", "search", "--onlyvisible", "--class", "brevanholt"],
+        capture_output=True, text=True, check=False, timeout=30)
+    return found.stdout.split()[0] if found.stdout.strip() else None
+
+
+class Host:
+    """One run of the program. Its standard error is kept in `log`."""
+
+    def __init__(self, *options, scenario=None, arguments=(), environment=None):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-e2e-"))
+        self.log_path = self.folder / "log"
+        self.report_path = self.folder / "report.json"
+        command = [BINARY, *options]
+        if scenario:
+            bundle = self.folder / "bundle"
+            shutil.copytree(SOURCE / "tests/endtoend/bundle", bundle)
+            shutil.copytree(SOURCE / "ui/engine", bundle / "engine")
+            given = [f"scenario={scenario}", f"report={self.report_path}", *arguments]
+            command += ["--ui-bundle", str(bundle)]
+            command += [part for text in given for part in ("--ui-argument", text)]
+        with open(self.log_path, "wb") as log:
+            self.process = subprocess.Popen(
+                command, stderr=log, env={**os.environ, **(environment or {})})
+
+    @property
+    def log(self):
+        return self.log_path.read_text(errors="replace")
+
+    def report(self):
+        """What the scenario returned."""
+        wait_until(lambda: self.report_path.exists() or self.process.poll() is not None,
+                   f"the report ({self.log})")
+        report = wait_until(self._parsed_report, "a whole report")
+        if "error" in report:
+            raise AssertionError(report["error"] + "\n" + report.get("stack", ""))
+        return report.get("value")
+
+    def _parsed_report(self):
+        try:
+            return json.loads(self.report_path.read_text())
+        except (OSError, ValueError):
+            return None
+
+    def stop(self, with_signal=signal.SIGTERM):
+        """Ends the program and returns its exit status."""
+        if self.process.poll() is None:
+            self.process.send_signal(with_signal)
+        status = self.process.wait(TIME_LIMIT)
+        shutil.rmtree(self.folder, ignore_errors=True)
+        return status
+
+
+class HostTest(unittest.TestCase):
+    """A test that starts hosts and ends them."""
+
+    def start(self, *options, **how):
+        host = Host(*options, **how)
+        self.addCleanup(host.stop)
+        return host
+
+    def run_scenario(self, scenario, *arguments, **how):
+        return self.start(scenario=scenario, arguments=arguments, **how).report()

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/Services.h"
+#include "tests/fakes/FakeDesktop.h"
+#include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakeProcessActivities.h"
+#include "tests/support/PrintValue.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace brevanholt::platform {
+
+// The whole platform in memory, but for its folders, which are real and temporary.
+struct FakePlatform {
+  [[nodiscard]] Services services() {
+    return {.application = application,
+            .mainWindow = window,
+            .engine = engine,
+            .mainQueue = mainQueue,
+            .utilityQueue = utilityQueue,
+            .pasteboard = pasteboard,
+            .workspace = workspace,
+            .hostName = hostName,
+            .processActivities = processActivities,
+            .folders = folders,
+            .bundleInfo = bundleInfo,
+            .isLoginItemLaunch = isLoginItemLaunch};
+  }
+
+  // Calls a method of "brevanholt/platform" and waits for the reply.
+  Reply call(const std::string& method, Value arguments = {}) {
+    const auto reply = engine.messenger.call("brevanholt/platform", method, std::move(arguments));
+    if (!mainQueue.runUntil([&reply] { return reply->has_value(); })) {
+      throw std::runtime_error(method + " was not answered");
+    }
+    return **reply;
+  }
+
+  TemporaryFolder home;
+  FakeApplication application;
+  FakeWindow window;
+  FakeEngine engine;
+  FakeMainQueue mainQueue;
+  FakePasteboard pasteboard;
+  FakeWorkspace workspace;
+  FakeHostName hostName;
+  FakeProcessActivities processActivities;
+  KnownFolders folders{.downloads = home / "Downloads",
+                       .temporary = home / "cache",
+                       .applicationSupport = home / "data",
+                       .configuration = home / "config"};
+  BundleInfo bundleInfo{.shortVersion = "1.2.3", .buildNumber = "45"};
+  bool isLoginItemLaunch = false;
+  DispatchQueue utilityQueue{"utility", QueuePriority::kUtility};
+};
+
+inline Reply failure(const std::string& message) {
+  return MethodError{"platform_error", message, {}};
+}
+
+}  // namespace brevanholt::platform
