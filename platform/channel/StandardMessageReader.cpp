@@ -38,36 +38,53 @@ std::uint8_t StandardMessageReader::readByte() {
 }
 
 Value StandardMessageReader::readValue() {
+  Value value;
+  readInto(value);
+  return value;
+}
+
+void StandardMessageReader::readInto(Value& value) {
   switch (readByte()) {
     case kNullTag:
-      return {};
+      return;
     case kTrueTag:
-      return true;
+      value.become<bool>(true);
+      return;
     case kFalseTag:
-      return false;
+      value.become<bool>(false);
+      return;
     case kInt32Tag:
-      return readNumber<std::int32_t>();
+      value.become<std::int32_t>(readNumber<std::int32_t>());
+      return;
     case kInt64Tag:
-      return readNumber<std::int64_t>();
+      value.become<std::int64_t>(readNumber<std::int64_t>());
+      return;
     case kFloat64Tag:
       align(sizeof(double));
-      return readNumber<double>();
+      value.become<double>(readNumber<double>());
+      return;
     case kStringTag:
-      return readString();
+      value.become<std::string>(readString());
+      return;
     case kBytesTag:
-      return readBytes();
+      value.become<Bytes>(readBytes());
+      return;
     case kInt32ListTag:
-      return readNumbers<std::int32_t>();
+      value.become<Int32List>(readNumbers<std::int32_t>());
+      return;
     case kInt64ListTag:
-      return readNumbers<std::int64_t>();
+      value.become<Int64List>(readNumbers<std::int64_t>());
+      return;
     case kFloat32ListTag:
-      return readNumbers<float>();
+      value.become<Float32List>(readNumbers<float>());
+      return;
     case kFloat64ListTag:
-      return readNumbers<double>();
+      value.become<Float64List>(readNumbers<double>());
+      return;
     case kListTag:
-      return readList();
+      return readListInto(value.become<List>());
     case kMapTag:
-      return readMap();
+      return readMapInto(value.become<Map>());
     default:
       throw CodecError(Cause::kUnknownTag, "a value has an unknown type");
   }
@@ -84,11 +101,11 @@ std::size_t StandardMessageReader::readSize() {
   return first;
 }
 
-std::string StandardMessageReader::readString() {
+std::string_view StandardMessageReader::readString() {
   const std::size_t size = readSize();
   const std::string_view text(reinterpret_cast<const char*>(take(size)), size);
   if (!isValidUtf8(text)) throw CodecError(Cause::kInvalidUtf8, "a string is not UTF-8");
-  return std::string(text);
+  return text;
 }
 
 Bytes StandardMessageReader::readBytes() {
@@ -97,26 +114,24 @@ Bytes StandardMessageReader::readBytes() {
   return message_.slice(position_ - size, size);
 }
 
-List StandardMessageReader::readList() {
+void StandardMessageReader::readListInto(List& list) {
   const DepthGuard guard(depth_);
   const std::size_t size = readSize();
   if (size > remaining()) throw CodecError(Cause::kTruncated, "a list is cut short");
-  List list;
   list.reserve(std::min(size, kTrustedElements));
-  for (std::size_t index = 0; index < size; ++index) list.push_back(readValue());
-  return list;
+  for (std::size_t index = 0; index < size; ++index) readInto(list.emplace_back());
 }
 
-Map StandardMessageReader::readMap() {
+void StandardMessageReader::readMapInto(Map& map) {
   const DepthGuard guard(depth_);
   const std::size_t size = readSize();
   if (size > remaining() / 2) throw CodecError(Cause::kTruncated, "a map is cut short");
-  Map map;
+  map.reserve(std::min(size, kTrustedElements));
   for (std::size_t index = 0; index < size; ++index) {
-    Value key = readValue();
-    map.add(std::move(key), readValue());
+    MapEntry& entry = map.add();
+    readInto(entry.key);
+    readInto(entry.value);
   }
-  return map;
 }
 
 template <class T>

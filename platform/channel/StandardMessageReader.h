@@ -3,7 +3,7 @@
 #include "platform/channel/Value.h"
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace brevanholt::platform {
@@ -19,11 +19,13 @@ class StandardMessageReader {
   void expectEnd() const;
 
  private:
+  // Reads into a value that is null, where it stands: a long list is not moved about as it grows.
+  void readInto(Value& value);
+  void readListInto(List& list);
+  void readMapInto(Map& map);
   [[nodiscard]] std::size_t readSize();
-  [[nodiscard]] std::string readString();
+  [[nodiscard]] std::string_view readString();
   [[nodiscard]] Bytes readBytes();
-  [[nodiscard]] List readList();
-  [[nodiscard]] Map readMap();
   template <class T>
   [[nodiscard]] T readNumber();
   template <class T>

@@ -13,8 +13,16 @@ Map::Map(std::initializer_list<std::pair<std::string_view, Value>> entries) {
   for (const auto& [key, value] : entries) add(key, value);
 }
 
+void Map::reserve(std::size_t size) {
+  entries_.reserve(size);
+}
+
 void Map::add(Value key, Value value) {
   entries_.push_back({std::move(key), std::move(value)});
+}
+
+MapEntry& Map::add() {
+  return entries_.emplace_back();
 }
 
 const Value* Map::find(std::string_view key) const {

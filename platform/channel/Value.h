@@ -35,7 +35,10 @@ class Map {
   Map& operator=(Map&&) noexcept;
   ~Map();
 
+  void reserve(std::size_t size);
   void add(Value key, Value value);
+  // A further entry, of two nulls, to fill in; valid until the next.
+  MapEntry& add();
   // Null where there is no such string key.
   [[nodiscard]] const Value* find(std::string_view key) const;
   [[nodiscard]] const std::vector<MapEntry>& entries() const { return entries_; }
@@ -79,6 +82,11 @@ class Value {
   // A number as a fraction. Integers count: a UI written in JavaScript cannot tell 1 from 1.0.
   [[nodiscard]] std::optional<double> number() const;
   [[nodiscard]] const Storage& storage() const { return storage_; }
+  // Becomes a value of that type, made from the arguments.
+  template <ValueAlternative T, class... Arguments>
+  T& become(Arguments&&... arguments) {
+    return storage_.emplace<T>(std::forward<Arguments>(arguments)...);
+  }
 
   friend bool operator==(const Value&, const Value&) = default;
 

@@ -8,15 +8,14 @@
 namespace brevanholt::platform {
 namespace {
 
-// The length of the run of ASCII at the front, to a multiple of eight: most text is nothing else.
+// The length of the run of ASCII at the front: most text is nothing else.
 std::size_t asciiPrefix(std::string_view text) {
   std::size_t length = 0;
-  while (length + sizeof(std::uint64_t) <= text.size()) {
-    std::uint64_t word;
+  for (std::uint64_t word; length + sizeof(word) <= text.size(); length += sizeof(word)) {
     std::memcpy(&word, text.data() + length, sizeof(word));
     if ((word & 0x8080808080808080U) != 0) break;
-    length += sizeof(word);
   }
+  while (length < text.size() && static_cast<signed char>(text[length]) >= 0) ++length;
   return length;
 }
 
@@ -30,16 +29,13 @@ std::int32_t nextCodePoint(std::string_view text, std::size_t& position) {
 }
 
 bool isValidUtf8(std::string_view text) {
-  while (!text.empty()) {
+  for (;;) {
     text.remove_prefix(asciiPrefix(text));
-    // A few code points on, there may be ASCII again.
-    for (int step = 0; step < 8 && !text.empty(); ++step) {
-      std::size_t position = 0;
-      if (nextCodePoint(text, position) < 0) return false;
-      text.remove_prefix(position);
-    }
+    if (text.empty()) return true;
+    std::size_t position = 0;
+    if (nextCodePoint(text, position) < 0) return false;
+    text.remove_prefix(position);
   }
-  return true;
 }
 
 std::string repairedUtf8(std::string_view text) {

@@ -2,6 +2,7 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/PrintValue.h"
 
 #include <gtest/gtest.h>
 

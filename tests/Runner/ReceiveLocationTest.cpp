@@ -2,6 +2,7 @@
 #include "platform/foundation/Uuid.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/PrintValue.h"
 #include "tests/support/SmallDisk.h"
 
 #include <gtest/gtest.h>

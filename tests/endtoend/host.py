@@ -42,7 +42,8 @@ def visible_window():
 class Host:
     """One run of the program. Its standard error is kept in `log`."""
 
-    def __init__(self, *options, scenario=None, arguments=(), environment=None):
+    def __init__(self, *options, scenario=None, arguments=(), environment=None,
+                 more_bundle=None):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-e2e-"))
         self.log_path = self.folder / "log"
         self.report_path = self.folder / "report.json"
@@ -51,6 +52,8 @@ class Host:
             bundle = self.folder / "bundle"
             shutil.copytree(SOURCE / "tests/endtoend/bundle", bundle)
             shutil.copytree(SOURCE / "ui/engine", bundle / "engine")
+            if more_bundle:
+                shutil.copytree(more_bundle, bundle, dirs_exist_ok=True)
             given = [f"scenario={scenario}", f"report={self.report_path}", *arguments]
             command += ["--ui-bundle", str(bundle)]
             command += [part for text in given for part in ("--ui-argument", text)]
@@ -64,9 +67,7 @@ class Host:
 
     def report(self):
         """What the scenario returned."""
-        wait_until(lambda: self.report_path.exists() or self.process.poll() is not None,
-                   f"the report ({self.log})")
-        report = wait_until(self._parsed_report, "a whole report")
+        report = wait_until(self._parsed_report, "the report")
         if "error" in report:
             raise AssertionError(report["error"] + "\n" + report.get("stack", ""))
         return report.get("value")
@@ -75,6 +76,8 @@ class Host:
         try:
             return json.loads(self.report_path.read_text())
         except (OSError, ValueError):
+            if self.process.poll() is not None:
+                raise AssertionError(f"the program ended early: {self.log}") from None
             return None
 
     def stop(self, with_signal=signal.SIGTERM):

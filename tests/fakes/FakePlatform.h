@@ -4,7 +4,6 @@
 #include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakeProcessActivities.h"
-#include "tests/support/PrintValue.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace brevanholt::platform {

@@ -1,5 +1,6 @@
 #include "platform/engine/web/LinkFrame.h"
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -45,7 +46,7 @@ Message LinkFrame::encode(Kind kind, std::string_view channel, std::uint32_t num
   header[kKindAt] = static_cast<std::uint8_t>(kind);
   header[kNameLengthAt] = static_cast<std::uint8_t>(channel.size());
   std::memcpy(header + kNumberAt, &number, sizeof(number));
-  std::memcpy(header + kHeader, channel.data(), channel.size());
+  std::ranges::copy(channel, header + kHeader);
 
   Message encoded{Bytes(std::move(head))};
   for (const Bytes& part : message.parts()) encoded.append(part);

@@ -1,0 +1,62 @@
+"""Start-up, calls and memory of the whole program, in the virtual desktop it is run in:
+
+    scripts/virtual-desktop python3 bench/host_benchmark.py
+"""
+
+import pathlib
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+SOURCE = pathlib.Path(__file__).resolve().parents[1]
+sys.path.insert(0, str(SOURCE / "tests/endtoend"))
+import host  # noqa: E402  (found by the line above)
+
+RUNS = 5
+
+
+def memory_of(pattern):
+    """The proportional share of memory, in MB, of the processes whose command begins so."""
+    total = 0
+    for process in subprocess.run(["pgrep", "-f", pattern], capture_output=True, text=True,
+                                  check=False).stdout.split():
+        rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
+        total += sum(int(line.split()[1]) for line in rollup.splitlines() if line.startswith("Pss:"))
+    return total / 1000
+
+
+def run_once():
+    folder = tempfile.mkdtemp(dir="/dev/shm")
+    started = time.time()
+    program = host.Host(scenario="timings", arguments=[f"folder={folder}"],
+                        more_bundle=SOURCE / "bench/bundle")
+    try:
+        timings = program.report()
+        return {
+            "start to first answer, ms": timings["firstAnswer"] - started * 1000,
+            "one call, ms": timings["oneCall"],
+            "one call of 5,000 in flight, ms": timings["inFlight"],
+            "1 MiB to the host, ms": timings["writeMebibyte"],
+            "1 MiB from the host, ms": timings["readMebibyte"],
+            "host, MB": memory_of(f"^{host.BINARY}"),
+            "page, MB": memory_of("WebKitWebProcess"),
+            "network process, MB": memory_of("WebKitNetworkProcess"),
+        }
+    finally:
+        program.stop()
+        shutil.rmtree(folder)
+
+
+def main():
+    runs = [run_once() for _ in range(RUNS)]
+    for name in runs[0]:
+        values = [run[name] for run in runs]
+        print(f"{name:34} {statistics.median(values):10.3f}"
+              f"   ({min(values):.3f} to {max(values):.3f})")
+
+
+if __name__ == "__main__":
+    main()

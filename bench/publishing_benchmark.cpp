@@ -1,0 +1,129 @@
+// Publishing through the channel's own handler: many small files within one file system, and one
+// large file from one file system to another beside what `cp` and `sync` take for it.
+//
+// BREVANHOLT_OTHER_DISK names a folder on another file system than the temporary folder (TMPDIR).
+
+#include "Runner/MainFlutterWindow/MainFlutterWindow.h"
+#include "tests/fakes/FakePlatform.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+
+namespace brevanholt {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace platform;
+
+constexpr std::int64_t kLargeFile = std::int64_t{1} << 30;
+
+struct Host {
+  explicit Host(const fs::path& downloads) {
+    platform.folders.downloads = downloads;
+    window = std::make_shared<MainFlutterWindow>(platform.services(), nullptr);
+    window->awakeFromNib();
+  }
+
+  FakePlatform platform;
+  std::shared_ptr<MainFlutterWindow> window;
+};
+
+fs::path otherDisk() {
+  const char* named = std::getenv("BREVANHOLT_OTHER_DISK");
+  return named != nullptr ? named : "/dev/shm";
+}
+
+void writeLargeFile(const fs::path& path) {
+  const std::string block(1 << 20, 'x');
+  std::ofstream file(path, std::ios::binary);
+  for (std::int64_t written = 0; written < kLargeFile; written += 1 << 20) file << block;
+}
+
+void BM_PublishSmallFiles(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto host = std::make_unique<Host>(TemporaryFolder().path());
+    fs::create_directories(host->platform.folders.temporary);
+    for (std::int64_t index = 0; index < state.range(0); ++index) {
+      writeFile(host->platform.folders.temporary / std::to_string(index), "small");
+    }
+    state.ResumeTiming();
+    for (std::int64_t index = 0; index < state.range(0); ++index) {
+      const std::string name = std::to_string(index);
+      host->platform.call(
+          "publishReceivedFile",
+          Map{{"path", (host->platform.folders.temporary / name).string()}, {"name", name}});
+    }
+    state.PauseTiming();
+    fs::remove_all(host->platform.folders.downloads);
+    host.reset();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_PublishSmallFiles)->Arg(1000)->Unit(benchmark::kMillisecond);
+
+void BM_ProbeTakenNames(benchmark::State& state) {
+  const TemporaryFolder folder;
+  Host host(folder.path());
+  const fs::path received = folder / "Brevanholt";
+  writeFile(received / "x", "");
+  for (int suffix = 1; suffix < 9999; ++suffix) {
+    writeFile(received / ("x (" + std::to_string(suffix) + ")"), "");
+  }
+  for (auto _ : state) {
+    state.PauseTiming();
+    writeFile(host.platform.home / "scratch", "");
+    state.ResumeTiming();
+    host.platform.call("publishReceivedFile",
+                       Map{{"path", (host.platform.home / "scratch").string()}, {"name", "x"}});
+    state.PauseTiming();
+    fs::remove(received / "x (9999)");
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(BM_ProbeTakenNames)->Unit(benchmark::kMillisecond);
+
+double secondsOf(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// One after the other in each round, since a disk is not the same from one minute to the next.
+void BM_PublishAcrossFileSystems(benchmark::State& state) {
+  const TemporaryFolder source(otherDisk());
+  const TemporaryFolder target;
+  Host host(target.path());
+  const std::string copy = target / "copy";
+  const std::string command = "cp '" + (source / "large").string() + "' '" + copy + "' && sync '" +
+                              copy + "' '" + target.path().string() + "'";
+  double publishing = 0;
+  double copying = 0;
+  for (auto _ : state) {
+    writeLargeFile(source / "large");
+    copying += secondsOf([&] {
+      if (std::system(command.c_str()) != 0) state.SkipWithError("cp failed");
+    });
+    fs::remove(copy);
+    const double seconds = secondsOf([&] {
+      host.platform.call("publishReceivedFile",
+                         Map{{"path", (source / "large").string()}, {"name", "large"}});
+    });
+    publishing += seconds;
+    state.SetIterationTime(seconds);
+    fs::remove(target / "Brevanholt/large");
+  }
+  state.SetBytesProcessed(state.iterations() * kLargeFile);
+  state.counters["of_cp_and_sync"] = publishing / copying;
+}
+BENCHMARK(BM_PublishAcrossFileSystems)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(6)
+    ->UseManualTime();
+
+}  // namespace
+}  // namespace brevanholt
