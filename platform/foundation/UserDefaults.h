@@ -1,0 +1,26 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Bytes.h"
+
+namespace brevanholt::platform {
+
+// What lasts from one run to the next, by key. Safe on any thread. A value of another type than the
+// one asked for counts as missing. Setting throws PlatformError when the value could not be kept; what
+// was kept before is then kept still.
+class UserDefaults {
+ public:
+  using StringDictionary = std::map<std::string, std::string>;
+
+  virtual ~UserDefaults() = default;
+  [[nodiscard]] virtual std::optional<Bytes> data(const std::string& key) const = 0;
+  virtual void setData(const std::string& key, const Bytes& data) = 0;
+  // Empty where there is none.
+  [[nodiscard]] virtual StringDictionary stringDictionary(const std::string& key) const = 0;
+  virtual void setStringDictionary(const std::string& key, const StringDictionary& value) = 0;
+};
+
+}  // namespace brevanholt::platform
