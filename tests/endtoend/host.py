@@ -80,6 +80,12 @@ class Host:
                 raise AssertionError(f"the program ended early: {self.log}") from None
             return None
 
+    def web_processes(self):
+        """The page's processes of this run."""
+        return [int(number) for number in subprocess.run(
+            ["pgrep", "-P", str(self.process.pid), "-f", "WebKitWebProcess"],
+            capture_output=True, text=True, check=False).stdout.split()]
+
     def stop(self, with_signal=signal.SIGTERM):
         """Ends the program and returns its exit status."""
         if self.process.poll() is None:

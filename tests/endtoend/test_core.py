@@ -117,16 +117,17 @@ class CoreTest(HostTest):
         for number in (signal.SIGTERM, signal.SIGINT):
             host = self.start(scenario="core_methods")
             host.report()
+            pages = host.web_processes()
+            self.assertTrue(pages)
             self.assertEqual(host.stop(number), 0)
-        self.assertEqual(subprocess.run(["pgrep", "-f", "WebKitWebProcess"], check=False,
-                                        capture_output=True).stdout, b"")
+            wait_until(lambda: not any(pathlib.Path(f"/proc/{page}/exe").exists()
+                                       for page in pages), "the end of the page's process")
 
     def test_loads_the_page_again_when_its_process_dies(self):
         host = self.start(scenario="core_methods")
         host.report()
-        wait_until(lambda: subprocess.run(["pkill", "-KILL", "-f", "WebKitWebProcess"],
-                                          check=False).returncode == 0, "the process to die")
         host.report_path.unlink()
+        os.kill(host.web_processes()[0], signal.SIGKILL)
         self.assertEqual(host.report()["unknown"], {"missing": True})
         self.assertIn("loading it again", host.log)
 
