@@ -1,6 +1,6 @@
 """Start-up, calls and memory of the whole program, in the virtual desktop it is run in:
 
-    scripts/virtual-desktop python3 bench/host_benchmark.py
+    scripts/virtual-desktop /usr/bin/python3 bench/host_benchmark.py
 """
 
 import pathlib

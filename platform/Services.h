@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/desktop/Application.h"
+#include "platform/desktop/Image.h"
 #include "platform/desktop/Pasteboard.h"
+#include "platform/desktop/StatusItem.h"
 #include "platform/desktop/Window.h"
 #include "platform/desktop/Workspace.h"
 #include "platform/engine/UiEngine.h"
@@ -25,6 +27,8 @@ struct Services {
   Pasteboard& pasteboard;
   Workspace& workspace;
   HostName& hostName;
+  StatusItem& statusItem;
+  Images& images;
   ProcessActivities& processActivities;
   KnownFolders folders;
   BundleInfo bundleInfo;

@@ -5,6 +5,7 @@
 namespace brevanholt {
 
 void AppDelegate::applicationDidFinishLaunching() {
+  configureDesktopStatusItem();
   if (services_.isLoginItemLaunch) {
     services_.mainQueue.post(lifetime_.bind([this] { hideToBackground(); }));
   } else if (const auto window = mainWindow()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Runner/AppDelegate/DesktopStatusMenuController.h"
 #include "platform/Services.h"
 #include "platform/foundation/Lifetime.h"
 
@@ -16,6 +17,7 @@ class AppDelegate final : public platform::ApplicationDelegate {
   explicit AppDelegate(const platform::Services& services) : services_(services) {}
 
   void setMainWindow(std::weak_ptr<MainFlutterWindow> window) { mainWindow_ = std::move(window); }
+  // Null where there is none, or it has gone.
   [[nodiscard]] std::shared_ptr<MainFlutterWindow> mainWindow() const { return mainWindow_.lock(); }
 
   void applicationDidFinishLaunching() override;
@@ -26,10 +28,18 @@ class AppDelegate final : public platform::ApplicationDelegate {
   void showMainWindow();
   // Hides the window and turns into a background agent.
   void hideToBackground();
+  // Takes the shell's state, as the UI reports it, into the menu and the tooltip.
+  void updateDesktopStatus(const platform::Map& state);
 
  private:
+  void configureDesktopStatusItem();
+  [[nodiscard]] platform::Image desktopStatusIcon() const;
+  // Asks the UI to look for nearby devices anew, where there is a UI.
+  void requestDiscoveryRecovery() const;
+
   platform::Services services_;
   std::weak_ptr<MainFlutterWindow> mainWindow_;
+  DesktopStatusMenuController statusMenuController_;
   std::unique_ptr<platform::ProcessActivity> availabilityActivity_;
   platform::Lifetime lifetime_;
 };

@@ -15,6 +15,13 @@ class CallArguments {
  public:
   explicit CallArguments(const platform::MethodCall& call) : call_(call) {}
 
+  // All of them; the process ends where they are no map.
+  [[nodiscard]] const platform::Map& map() const {
+    const auto* map = call_.arguments.getIf<platform::Map>();
+    if (map == nullptr) preconditionFailure(call_.method, "arguments");
+    return *map;
+  }
+
   // A required argument; the process ends where it is absent or of another type.
   template <platform::ValueAlternative T>
   [[nodiscard]] const T& required(std::string_view key) const {
@@ -26,8 +33,7 @@ class CallArguments {
   // Null where the argument is absent or of another type.
   template <platform::ValueAlternative T>
   [[nodiscard]] const T* optional(std::string_view key) const {
-    const auto* map = call_.arguments.getIf<platform::Map>();
-    const auto* value = map != nullptr ? map->find(key) : nullptr;
+    const auto* value = map().find(key);
     return value != nullptr ? value->getIf<T>() : nullptr;
   }
 

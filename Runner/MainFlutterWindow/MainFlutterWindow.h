@@ -54,6 +54,9 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   void openExternalUrl(const CallArguments& arguments, platform::MethodResult& result);
   platform::Value enableMulticast(const CallArguments& arguments);
 
+  // Desktop shell.
+  platform::Value updateDesktopShell(const CallArguments& arguments);
+
   // Receive location.
   [[nodiscard]] std::filesystem::path brevanholtDownloadsDirectory() const;
   void tryPrepareReceiveDirectory();

@@ -44,6 +44,7 @@ const PlatformMethod* PlatformMethod::find(std::string_view name) {
       PlatformMethod{"deviceName", &W::deviceName},
       PlatformMethod{"appSupportPath", &W::appSupportPath},
       PlatformMethod{"appVersion", &W::appVersion},
+      PlatformMethod{"updateDesktopShell", &W::updateDesktopShell},
       PlatformMethod{"prepareReceiveLocation", &W::prepareReceiveLocation, kBehindCopies},
       PlatformMethod{"writeClipboardText", &W::writeClipboardText},
       PlatformMethod{"openExternalUrl", &W::openExternalUrl},

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 namespace brevanholt::platform {
@@ -8,6 +9,7 @@ namespace brevanholt::platform {
 struct BundleInfo {
   std::string shortVersion;
   std::string buildNumber;
+  std::filesystem::path privateFrameworks;  // where the engine's packaged assets are
 };
 
 }  // namespace brevanholt::platform

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "platform/foundation/Bytes.h"
+
 #include <map>
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Bytes.h"
-
 namespace brevanholt::platform {
 
 // What lasts from one run to the next, by key. Safe on any thread. A value of another type than the
-// one asked for counts as missing. Setting throws PlatformError when the value could not be kept; what
-// was kept before is then kept still.
+// one asked for counts as missing. Setting throws PlatformError when the value could not be kept;
+// what was kept before is then kept still.
 class UserDefaults {
  public:
   using StringDictionary = std::map<std::string, std::string>;

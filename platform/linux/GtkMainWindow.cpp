@@ -2,6 +2,8 @@
 
 #include "platform/linux/GtkNativeView.h"
 
+#include <utility>
+
 namespace brevanholt::platform {
 namespace {
 

@@ -4,6 +4,8 @@
 
 #include <gtkmm/applicationwindow.h>
 
+#include <string>
+
 namespace brevanholt::platform {
 
 // The main window as a GTK window with the window manager's own frame.
@@ -20,11 +22,16 @@ class GtkMainWindow final : public Window {
   void orderOut() override;
   void close() override;
 
+  // The token with which the window may take the focus when it is shown next (xdg-activation, or a
+  // startup notification's identifier on X11).
+  void setActivationToken(std::string token) { activationToken_ = std::move(token); }
+
  private:
   bool closeRequested();
 
   Gtk::ApplicationWindow window_;
   WindowDelegate* delegate_ = nullptr;
+  std::string activationToken_;
 };
 
 }  // namespace brevanholt::platform

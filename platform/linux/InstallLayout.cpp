@@ -7,7 +7,9 @@ InstallLayout InstallLayout::ofThisProcess() {
   const auto prefix = executable.parent_path().parent_path();
   return {.executable = executable,
           .uiBundle = prefix / "share/brevanholt/ui",
-          .webExtensions = prefix / "lib/brevanholt/web-extensions"};
+          .webExtensions = prefix / "lib/brevanholt/web-extensions",
+          .privateFrameworks = prefix / "share/brevanholt/Frameworks",
+          .icons = prefix / "share/icons"};
 }
 
 }  // namespace brevanholt::platform

@@ -8,8 +8,10 @@ namespace brevanholt::platform {
 // wherever it is installed.
 struct InstallLayout {
   std::filesystem::path executable;
-  std::filesystem::path uiBundle;       // share/brevanholt/ui
-  std::filesystem::path webExtensions;  // lib/brevanholt/web-extensions
+  std::filesystem::path uiBundle;           // share/brevanholt/ui
+  std::filesystem::path webExtensions;      // lib/brevanholt/web-extensions
+  std::filesystem::path privateFrameworks;  // share/brevanholt/Frameworks
+  std::filesystem::path icons;              // share/icons
 
   static InstallLayout ofThisProcess();
 };

@@ -1,14 +1,12 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/BuildInfo.h"
-#include "platform/linux/InstallLayout.h"
 #include "platform/linux/XdgFolders.h"
 
 namespace brevanholt::platform {
 namespace {
 
-WebEngineOptions engineOptions(const LaunchOptions& options) {
-  const InstallLayout layout = InstallLayout::ofThisProcess();
+WebEngineOptions engineOptions(const LaunchOptions& options, const InstallLayout& layout) {
   return {.uiBundle = options.uiBundle.empty() ? layout.uiBundle : options.uiBundle,
           .webExtensions = layout.webExtensions,
           .uiArguments = options.uiArguments,
@@ -21,7 +19,10 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
     : application_(application),
       isLoginItemLaunch_(options.isLoginItem),
       mainWindow_(application.gtk()),
-      engine_(engineOptions(options), mainQueue_),
+      engine_(engineOptions(options, layout_), mainQueue_),
+      images_(kApplicationId),
+      statusItem_(sessionBus_, kApplicationId, layout_.icons,
+                  [this](const std::string& token) { mainWindow_.setActivationToken(token); }),
       processActivities_([this](bool runs) { engine_.setRunsWhileHidden(runs); }) {}
 
 Services LinuxPlatform::services() {
@@ -33,9 +34,13 @@ Services LinuxPlatform::services() {
           .pasteboard = pasteboard_,
           .workspace = workspace_,
           .hostName = hostName_,
+          .statusItem = statusItem_,
+          .images = images_,
           .processActivities = processActivities_,
           .folders = xdgFolders(),
-          .bundleInfo = {.shortVersion = kBuildVersion, .buildNumber = kBuildNumber},
+          .bundleInfo = {.shortVersion = kBuildVersion,
+                         .buildNumber = kBuildNumber,
+                         .privateFrameworks = layout_.privateFrameworks},
           .isLoginItemLaunch = isLoginItemLaunch_};
 }
 

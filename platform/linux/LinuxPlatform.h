@@ -4,13 +4,16 @@
 #include "platform/engine/web/WebEngine.h"
 #include "platform/linux/Bus.h"
 #include "platform/linux/GLibMainQueue.h"
+#include "platform/linux/GdkImages.h"
 #include "platform/linux/GioWorkspace.h"
 #include "platform/linux/GtkApplicationHost.h"
 #include "platform/linux/GtkMainWindow.h"
 #include "platform/linux/GtkPasteboard.h"
 #include "platform/linux/HostnamedHostName.h"
+#include "platform/linux/InstallLayout.h"
 #include "platform/linux/LaunchOptions.h"
 #include "platform/linux/LinuxProcessActivities.h"
+#include "platform/linux/LinuxStatusItem.h"
 
 namespace brevanholt::platform {
 
@@ -23,6 +26,7 @@ class LinuxPlatform {
 
  private:
   GtkApplicationHost& application_;
+  InstallLayout layout_ = InstallLayout::ofThisProcess();
   bool isLoginItemLaunch_;
   Bus sessionBus_{G_BUS_TYPE_SESSION};
   Bus systemBus_{G_BUS_TYPE_SYSTEM};
@@ -32,6 +36,8 @@ class LinuxPlatform {
   GtkPasteboard pasteboard_;
   GioWorkspace workspace_{sessionBus_};
   HostnamedHostName hostName_{systemBus_};
+  GdkImages images_;
+  LinuxStatusItem statusItem_;
   LinuxProcessActivities processActivities_;
   DispatchQueue utilityQueue_{"brevanholt.utility", QueuePriority::kUtility};
 };

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/desktop/Application.h"
+#include "platform/desktop/Image.h"
 #include "platform/desktop/Pasteboard.h"
+#include "platform/desktop/StatusItem.h"
 #include "platform/desktop/Window.h"
 #include "platform/desktop/Workspace.h"
 #include "platform/engine/UiEngine.h"
@@ -9,6 +11,7 @@
 #include "tests/fakes/FakeBinaryMessenger.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -81,6 +84,28 @@ struct FakeWorkspace final : Workspace {
   std::vector<std::string> opened;
   std::vector<std::string> revealed;
   bool refuses = false;
+};
+
+struct FakeStatusItem final : StatusItem {
+  void setImage(const Image& newImage) override { image = newImage; }
+  void setToolTip(const std::string& text) override { toolTip = text; }
+  void setAccessibilityLabel(const std::string& text) override { accessibilityLabel = text; }
+  void setMenu(const Menu& newMenu) override { menu = &newMenu; }
+
+  Image image;
+  std::string toolTip;
+  std::string accessibilityLabel;
+  const Menu* menu = nullptr;
+};
+
+struct FakeImages final : Images {
+  [[nodiscard]] bool isPicture(const std::filesystem::path& path) const override {
+    return pictures.contains(path);
+  }
+  [[nodiscard]] bool hasApplicationIcon() const override { return applicationIcon; }
+
+  std::set<std::filesystem::path> pictures;
+  bool applicationIcon = true;
 };
 
 struct FakeHostName final : HostName {

@@ -19,6 +19,8 @@ struct FakePlatform {
             .pasteboard = pasteboard,
             .workspace = workspace,
             .hostName = hostName,
+            .statusItem = statusItem,
+            .images = images,
             .processActivities = processActivities,
             .folders = folders,
             .bundleInfo = bundleInfo,
@@ -42,12 +44,15 @@ struct FakePlatform {
   FakePasteboard pasteboard;
   FakeWorkspace workspace;
   FakeHostName hostName;
+  FakeStatusItem statusItem;
+  FakeImages images;
   FakeProcessActivities processActivities;
   KnownFolders folders{.downloads = home / "Downloads",
                        .temporary = home / "cache",
                        .applicationSupport = home / "data",
                        .configuration = home / "config"};
-  BundleInfo bundleInfo{.shortVersion = "1.2.3", .buildNumber = "45"};
+  BundleInfo bundleInfo{
+      .shortVersion = "1.2.3", .buildNumber = "45", .privateFrameworks = home / "Frameworks"};
   bool isLoginItemLaunch = false;
   DispatchQueue utilityQueue{"utility", QueuePriority::kUtility};
 };
