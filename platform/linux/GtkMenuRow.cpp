@@ -1,11 +1,10 @@
 #include "platform/linux/GtkMenuRow.h"
 
-#include <gtkmm/alignment.h>
 #include <gtkmm/box.h>
 #include <gtkmm/drawingarea.h>
 #include <gtkmm/label.h>
-#include <gtkmm/progressbar.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -14,7 +13,7 @@
 namespace brevanholt::platform {
 namespace {
 
-constexpr int kSmallBarHeight = 6;
+constexpr int kBarHeight = 6;
 
 Pango::Weight pangoWeight(FontWeight weight) {
   switch (weight) {
@@ -30,6 +29,16 @@ Pango::Weight pangoWeight(FontWeight weight) {
 
 guint16 channel(double value) {
   return static_cast<guint16>(std::lround(value * G_MAXUINT16));
+}
+
+void drawBar(const Cairo::RefPtr<Cairo::Context>& context, const Rgba& color, double width) {
+  constexpr double kRadius = kBarHeight / 2.0;
+  const double end = std::max(width, double{kBarHeight});
+  context->set_source_rgba(color.red, color.green, color.blue, color.alpha);
+  context->begin_new_path();
+  context->arc(kRadius, kRadius, kRadius, std::numbers::pi / 2, -std::numbers::pi / 2);
+  context->arc(end - kRadius, kRadius, kRadius, -std::numbers::pi / 2, std::numbers::pi / 2);
+  context->fill();
 }
 
 Pango::AttrList attributesOf(const TextStyle& style, const Rgba& color) {
@@ -67,6 +76,7 @@ class GtkMenuRow::Maker final : public ViewVisitor {
     widget->set_ellipsize(style.truncation == Truncation::kMiddle ? Pango::ELLIPSIZE_MIDDLE
                                                                   : Pango::ELLIPSIZE_END);
     widget->set_single_line_mode(true);
+    widget->set_max_width_chars(1);  // a long text does not widen its row
     widget->set_xalign(0);
     follow(label.changed, [widget, &label] { widget->set_text(label.text()); });
     made_ = widget;
@@ -88,11 +98,20 @@ class GtkMenuRow::Maker final : public ViewVisitor {
     made_ = widget;
   }
 
+  // Not the toolkit's own bar, which greys out in a row that cannot be chosen.
   void visit(const ProgressBar& bar) override {
-    auto* widget = Gtk::make_managed<Gtk::ProgressBar>();
-    widget->set_fraction(bar.shownValue());
-    widget->set_size_request(-1, kSmallBarHeight);
-    follow(bar.changed, [widget, &bar] { widget->set_fraction(bar.shownValue()); });
+    auto* widget = Gtk::make_managed<Gtk::DrawingArea>();
+    widget->set_size_request(-1, kBarHeight);
+    const Rgba track = colorBeside(SystemColor::kTertiaryLabel, textColor_);
+    const Rgba fill = colorBeside(SystemColor::kBlue, textColor_);
+    widget->signal_draw().connect(
+        [widget, &bar, track, fill](const Cairo::RefPtr<Cairo::Context>& context) {
+          const int width = widget->get_allocated_width();
+          drawBar(context, track, width);
+          if (bar.shownValue() > 0) drawBar(context, fill, width * bar.shownValue());
+          return true;
+        });
+    follow(bar.changed, [widget] { widget->queue_draw(); });
     made_ = widget;
   }
 
