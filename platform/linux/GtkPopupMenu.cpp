@@ -51,9 +51,12 @@ Gtk::MenuItem* commandItem(const std::shared_ptr<MenuItem>& command) {
   return item;
 }
 
-// The tray told of a click on the bus, so there is no event of this process that opens the menu.
-std::unique_ptr<GdkEvent, FreeEvent> clickOn(GdkWindow* window) {
-  std::unique_ptr<GdkEvent, FreeEvent> event(gdk_event_new(GDK_BUTTON_PRESS));
+// The event that opens the menu. Where the tray told of a click on the bus, there is none of this
+// process, and the toolkit wants one.
+std::unique_ptr<GdkEvent, FreeEvent> triggerOn(GdkWindow* window) {
+  std::unique_ptr<GdkEvent, FreeEvent> event(gtk_get_current_event());
+  if (event) return event;
+  event.reset(gdk_event_new(GDK_BUTTON_PRESS));
   event->button.window = GDK_WINDOW(g_object_ref(window));
   GdkSeat* seat = gdk_display_get_default_seat(gdk_window_get_display(window));
   gdk_event_set_device(event.get(), gdk_seat_get_pointer(seat));
@@ -83,7 +86,7 @@ void GtkPopupMenu::popUpAt(int x, int y) {
   const int scale = gdk_window_get_scale_factor(root);
   const GdkRectangle place{x / scale, y / scale, 1, 1};
   gtk_menu_popup_at_rect(widget_.gobj(), root, &place, GDK_GRAVITY_SOUTH_WEST,
-                         GDK_GRAVITY_NORTH_WEST, clickOn(root).get());
+                         GDK_GRAVITY_NORTH_WEST, triggerOn(root).get());
 }
 
 void GtkPopupMenu::popDown() {
