@@ -48,14 +48,24 @@ class StatusNotifierItemTest : public testing::Test {
             .activationTokenGiven = [this](const std::string& token) { token_ = token; },
             .watcherChanged = [this](bool isThere) { watcherThere_ = isThere; }});
   }
+  // By its connection's own name, which it has at once.
+  std::string connectionName() {
+    std::string name;
+    host_.whenConnected([&name](GDBusConnection* connection) {
+      name = g_dbus_connection_get_unique_name(connection);
+    });
+    return name;
+  }
   std::string property(const char* name) {
     return replyText(
-        tray_, {itemName_.c_str(), "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get"},
+        tray_,
+        {connectionName().c_str(), "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get"},
         g_variant_new("(ss)", "org.kde.StatusNotifierItem", name));
   }
   std::string call(const char* method, GVariant* parameters) {
     return replyText(
-        tray_, {itemName_.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", method},
+        tray_,
+        {connectionName().c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem", method},
         parameters);
   }
 
