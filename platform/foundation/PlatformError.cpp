@@ -3,16 +3,13 @@
 #include <system_error>
 
 namespace brevanholt::platform {
-namespace {
 
-std::string describe(std::string_view action, const std::filesystem::path& path, int errorNumber) {
-  return "Could not " + std::string(action) + " “" + path.string() +
-         "”: " + std::generic_category().message(errorNumber);
-}
-
-}  // namespace
+SystemError::SystemError(std::string_view action, int errorNumber)
+    : PlatformError("Could not " + std::string(action) + ": " +
+                    std::generic_category().message(errorNumber)),
+      errorNumber_(errorNumber) {}
 
 FileError::FileError(std::string_view action, const std::filesystem::path& path, int errorNumber)
-    : PlatformError(describe(action, path, errorNumber)), errorNumber_(errorNumber) {}
+    : SystemError(std::string(action) + " “" + path.string() + "”", errorNumber) {}
 
 }  // namespace brevanholt::platform

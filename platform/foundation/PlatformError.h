@@ -18,14 +18,20 @@ class PlatformError : public std::exception {
   std::string message_;
 };
 
-// A system call that failed on a path: "Could not <action> “<path>”: <the system's text>".
-class FileError : public PlatformError {
+// A system call that failed: "Could not <action>: <the system's text>".
+class SystemError : public PlatformError {
  public:
-  FileError(std::string_view action, const std::filesystem::path& path, int errorNumber);
+  SystemError(std::string_view action, int errorNumber);
   [[nodiscard]] int errorNumber() const { return errorNumber_; }
 
  private:
   int errorNumber_;
+};
+
+// A system call that failed on a path: "Could not <action> “<path>”: <the system's text>".
+class FileError : public SystemError {
+ public:
+  FileError(std::string_view action, const std::filesystem::path& path, int errorNumber);
 };
 
 }  // namespace brevanholt::platform

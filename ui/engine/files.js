@@ -75,3 +75,12 @@ export class EngineFile {
     return channel.invokeMethod('close', { handle: this.#handle });
   }
 }
+
+/**
+ * Replaces a whole file, or creates it: it holds exactly these bytes, or what it held before.
+ * @param {string} path
+ * @param {Uint8Array} bytes
+ */
+export function replace(path, bytes) {
+  return channel.invokeMethod('replace', { path, bytes });
+}

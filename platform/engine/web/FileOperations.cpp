@@ -1,8 +1,11 @@
 #include "platform/engine/web/FileOperations.h"
 
+#include "platform/foundation/Files.h"
 #include "platform/foundation/PlatformError.h"
+#include "platform/foundation/Uuid.h"
 
 #include <cerrno>
+#include <cstdio>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -78,6 +81,21 @@ void writeAt(int descriptor, std::int64_t offset, const Bytes& bytes) {
 
 void flushFile(int descriptor) {
   if (::fdatasync(descriptor) != 0) throw FileError("save", "the file", errno);
+}
+
+void replaceFile(const std::filesystem::path& path, const Bytes& bytes) {
+  const std::filesystem::path beside =
+      path.parent_path() / ("." + path.filename().string() + "." + makeUuid());
+  try {
+    const FileDescriptor file = createFile(beside);
+    writeAt(file.get(), 0, bytes);
+    if (::fsync(file.get()) != 0) throw FileError("save", path, errno);
+    if (::rename(beside.c_str(), path.c_str()) != 0) throw FileError("replace", path, errno);
+  } catch (const FileError&) {
+    ::unlink(beside.c_str());
+    throw;
+  }
+  syncDirectory(path.parent_path());
 }
 
 void removeFile(const std::filesystem::path& path) {

@@ -25,6 +25,9 @@ namespace brevanholt::platform {
 void writeAt(int descriptor, std::int64_t offset, const Bytes& bytes);
 void flushFile(int descriptor);
 
+// Writes a whole file beside the one it replaces, and puts it in its place once it is on the disk.
+void replaceFile(const std::filesystem::path& path, const Bytes& bytes);
+
 // Removes a file or a link, never a folder. Nothing there is no error.
 void removeFile(const std::filesystem::path& path);
 

@@ -17,10 +17,12 @@ namespace brevanholt::platform {
 //   write {handle, offset, bytes} null, when all of it is written
 //   flush {handle}                null, when it is on the disk
 //   close {handle}                null
+//   replace {path, bytes}         null: the file holds exactly these bytes, or what it held before
 //   remove {path}                 null; files and links only, and nothing there is no error
 //
-// The page may read what this user may read, and writes only to files that it created. A failure is
-// the error "file_error" with the system's text, and the error's name ("ENOSPC") as details.
+// The page may read what this user may read, writes only to files that it created, and replaces
+// whole files. A failure is the error "file_error" with the system's text, and the error's name
+// ("ENOSPC") as details.
 class FileTable {
  public:
   [[nodiscard]] Reply perform(const MethodCall& call);
@@ -33,6 +35,7 @@ class FileTable {
   };
 
   [[nodiscard]] Reply dispatch(const MethodCall& call, const Map& arguments);
+  void expectRoom() const;
   [[nodiscard]] Value add(OpenFile file);
   [[nodiscard]] const OpenFile& at(const Map& arguments) const;
 

@@ -29,6 +29,7 @@ WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
     : options_(std::move(options)),
       scheme_(options_.uiBundle),
       files_(messenger_, mainQueue),
+      sockets_(messenger_),
       applicationChannel_("engine/application", messenger_) {
   applicationChannel_.setMethodCallHandler([this](const MethodCall& call, MethodResult result) {
     if (call.method != "arguments") return std::move(result).notImplemented();
@@ -114,7 +115,12 @@ void WebEngine::pageJoined(WebKitUserMessage* message) {
     return;
   const int descriptor = g_unix_fd_list_get(descriptors, 0, nullptr);
   if (descriptor < 0) return;
-  messenger_.attach(FileDescriptor(descriptor), [this] { files_.closeAll(); });
+  messenger_.attach(FileDescriptor(descriptor), [this] { pageGone(); });
+}
+
+void WebEngine::pageGone() {
+  files_.closeAll();
+  sockets_.closeAll();
 }
 
 void WebEngine::webProcessEnded(WebKitWebProcessTerminationReason reason) {
@@ -122,7 +128,7 @@ void WebEngine::webProcessEnded(WebKitWebProcessTerminationReason reason) {
                  ? "the user interface used too much memory; loading it again"
                  : "the user interface's process ended; loading it again");
   messenger_.detach();
-  files_.closeAll();
+  pageGone();
   if (g_get_monotonic_time() - lastLoad_ > kReloadPause) return load();
   if (reloadSource_ != 0) return;
   reloadSource_ = g_timeout_add_seconds(

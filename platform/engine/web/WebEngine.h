@@ -3,6 +3,7 @@
 #include "platform/engine/UiEngine.h"
 #include "platform/engine/web/BundleScheme.h"
 #include "platform/engine/web/EngineFiles.h"
+#include "platform/engine/web/EngineSockets.h"
 #include "platform/engine/web/WebBinaryMessenger.h"
 #include "platform/foundation/Lifetime.h"
 #include "platform/linux/GPointers.h"
@@ -39,12 +40,14 @@ class WebEngine final : public UiEngine {
   void configureSettings();
   void load();
   void pageJoined(WebKitUserMessage* message);
+  void pageGone();
   void webProcessEnded(WebKitWebProcessTerminationReason reason);
 
   WebEngineOptions options_;
   BundleScheme scheme_;
   WebBinaryMessenger messenger_;
   EngineFiles files_;
+  EngineSockets sockets_;
   MethodChannel applicationChannel_;
   GObjectPointer<WebKitWebContext> context_;
   GObjectPointer<WebKitWebView> webView_;

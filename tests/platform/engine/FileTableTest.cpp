@@ -87,8 +87,8 @@ TEST_F(FileTableTest, SaysWhatIsWrongWithACall) {
             "The path of a file must be absolute.");
   EXPECT_EQ(errorOf(call("open", Map{{"path", std::string("/a\0b", 4)}})),
             "The path of a file must be absolute.");
-  EXPECT_EQ(errorOf(call("open", {})), "The path of a file must be absolute.");
-  EXPECT_EQ(errorOf(write(file, -1, "x")), "The offset of a file operation must be a size.");
+  EXPECT_EQ(errorOf(call("open", {})), "“path” must be a text.");
+  EXPECT_EQ(errorOf(write(file, -1, "x")), "“offset” must be a size.");
   EXPECT_EQ(errorOf(write(file + 1, 0, "x")), "The file is not open.");
   EXPECT_EQ(call("rename", Map{}), Reply(NotImplemented{}));
   for (int count = 0; count < 255; ++count) EXPECT_GT(handle("open", folder_ / "f"), 0);

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/engine/web/EngineSocket.h"
+#include "platform/engine/web/SocketAddress.h"
+#include "platform/engine/web/TcpConnection.h"
+
+#include <functional>
+#include <memory>
+
+namespace brevanholt::platform {
+
+// Takes connections, one for each time the page asks; the others wait in the system's backlog.
+class TcpListener final : public EngineSocket {
+ public:
+  // What the page gets for a connection.
+  using Accepted = std::function<Value(std::unique_ptr<TcpConnection>)>;
+
+  // Throws SystemError.
+  TcpListener(const SocketAddress& address, int backlog, Accepted accepted);
+
+  [[nodiscard]] Value description() const;
+  void accept(MethodResult& result);
+
+ private:
+  // Whether somebody was there.
+  bool acceptNow();
+
+  Accepted accepted_;
+  ReadinessWatch readable_;
+  OwedReply accepting_;
+};
+
+}  // namespace brevanholt::platform
