@@ -12,6 +12,7 @@
 #include "platform/foundation/KnownFolders.h"
 #include "platform/foundation/MainQueue.h"
 #include "platform/foundation/ProcessActivity.h"
+#include "platform/foundation/UserDefaults.h"
 #include "platform/services/HostName.h"
 
 namespace brevanholt::platform {
@@ -30,6 +31,7 @@ struct Services {
   StatusItem& statusItem;
   Images& images;
   ProcessActivities& processActivities;
+  UserDefaults& userDefaults;
   KnownFolders folders;
   BundleInfo bundleInfo;
   bool isLoginItemLaunch = false;

@@ -1,6 +1,7 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 
 #include "Runner/AppDelegate/AppDelegate.h"
+#include "Runner/MainFlutterWindow/PersistentAgreementKey.h"
 
 namespace brevanholt {
 
@@ -9,7 +10,9 @@ using platform::MethodChannel;
 using platform::MethodResult;
 
 MainFlutterWindow::MainFlutterWindow(const platform::Services& services, AppDelegate* delegate)
-    : services_(services), delegate_(delegate) {
+    : services_(services),
+      delegate_(delegate),
+      agreementKey_(PersistentAgreementKey(services.userDefaults)) {
   window().setDelegate(this);
 }
 

@@ -3,6 +3,7 @@
 #include "Runner/MainFlutterWindow/CallArguments.h"
 #include "platform/Services.h"
 #include "platform/channel/MethodChannel.h"
+#include "platform/crypto/P256PrivateKey.h"
 #include "platform/foundation/Lifetime.h"
 
 #include <deque>
@@ -79,9 +80,16 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   platform::Value revealReceivedFile(const CallArguments& arguments);
   platform::Value locateReceivedFiles(const CallArguments& arguments);
 
+  // Identity.
+  platform::Value cryptoCreateIdentity(const CallArguments& arguments);
+  platform::Value cryptoDeriveSharedKey(const CallArguments& arguments);
+  platform::Value cryptoEncrypt(const CallArguments& arguments);
+  platform::Value cryptoDecrypt(const CallArguments& arguments);
+
   platform::Services services_;
   AppDelegate* delegate_;
 
+  platform::P256PrivateKey agreementKey_;
   std::optional<std::filesystem::path> receiveDirectory_;
   std::string receiveFolderName_ = "Brevanholt";
   std::unique_ptr<platform::MethodChannel> platformChannel_;

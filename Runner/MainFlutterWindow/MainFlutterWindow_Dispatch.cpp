@@ -58,6 +58,10 @@ const PlatformMethod* PlatformMethod::find(std::string_view name) {
       PlatformMethod{"revealReceivedFile", &W::revealReceivedFile, kBehindCopies},
       PlatformMethod{"locateReceivedFiles", &W::locateReceivedFiles, kBehindCopies},
       PlatformMethod{"enableMulticast", &W::enableMulticast},
+      PlatformMethod{"cryptoCreateIdentity", &W::cryptoCreateIdentity},
+      PlatformMethod{"cryptoDeriveSharedKey", &W::cryptoDeriveSharedKey},
+      PlatformMethod{"cryptoEncrypt", &W::cryptoEncrypt},
+      PlatformMethod{"cryptoDecrypt", &W::cryptoDecrypt},
   };
   for (const PlatformMethod& method : kPlatformMethods) {
     if (method.name == name) return &method;

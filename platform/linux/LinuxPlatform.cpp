@@ -1,7 +1,6 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/BuildInfo.h"
-#include "platform/linux/XdgFolders.h"
 
 namespace brevanholt::platform {
 namespace {
@@ -37,7 +36,8 @@ Services LinuxPlatform::services() {
           .statusItem = statusItem_,
           .images = images_,
           .processActivities = processActivities_,
-          .folders = xdgFolders(),
+          .userDefaults = userDefaults_,
+          .folders = folders_,
           .bundleInfo = {.shortVersion = kBuildVersion,
                          .buildNumber = kBuildNumber,
                          .privateFrameworks = layout_.privateFrameworks},

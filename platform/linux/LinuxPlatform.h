@@ -11,9 +11,11 @@
 #include "platform/linux/GtkPasteboard.h"
 #include "platform/linux/HostnamedHostName.h"
 #include "platform/linux/InstallLayout.h"
+#include "platform/linux/KeyFileUserDefaults.h"
 #include "platform/linux/LaunchOptions.h"
 #include "platform/linux/LinuxProcessActivities.h"
 #include "platform/linux/LinuxStatusItem.h"
+#include "platform/linux/XdgFolders.h"
 
 namespace brevanholt::platform {
 
@@ -28,6 +30,7 @@ class LinuxPlatform {
   GtkApplicationHost& application_;
   InstallLayout layout_ = InstallLayout::ofThisProcess();
   bool isLoginItemLaunch_;
+  KnownFolders folders_ = xdgFolders();
   Bus sessionBus_{G_BUS_TYPE_SESSION};
   Bus systemBus_{G_BUS_TYPE_SYSTEM};
   GLibMainQueue mainQueue_;
@@ -39,6 +42,7 @@ class LinuxPlatform {
   GdkImages images_;
   LinuxStatusItem statusItem_;
   LinuxProcessActivities processActivities_;
+  KeyFileUserDefaults userDefaults_{folders_.configuration / "defaults.ini"};
   DispatchQueue utilityQueue_{"brevanholt.utility", QueuePriority::kUtility};
 };
 

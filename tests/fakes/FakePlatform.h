@@ -4,6 +4,7 @@
 #include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakeProcessActivities.h"
+#include "tests/fakes/FakeUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace brevanholt::platform {
@@ -22,6 +23,7 @@ struct FakePlatform {
             .statusItem = statusItem,
             .images = images,
             .processActivities = processActivities,
+            .userDefaults = userDefaults,
             .folders = folders,
             .bundleInfo = bundleInfo,
             .isLoginItemLaunch = isLoginItemLaunch};
@@ -47,6 +49,7 @@ struct FakePlatform {
   FakeStatusItem statusItem;
   FakeImages images;
   FakeProcessActivities processActivities;
+  FakeUserDefaults userDefaults;
   KnownFolders folders{.downloads = home / "Downloads",
                        .temporary = home / "cache",
                        .applicationSupport = home / "data",

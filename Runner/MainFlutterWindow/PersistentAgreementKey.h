@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/crypto/P256PrivateKey.h"
+#include "platform/foundation/UserDefaults.h"
+
+namespace brevanholt {
+
+// The device's identity: the private key kept in the defaults, or a new one that is kept there from
+// now on. A value that is no key gives way to a new one. Where the defaults cannot be read or
+// changed just now, the new key lasts until the application ends.
+[[nodiscard]] platform::P256PrivateKey PersistentAgreementKey(platform::UserDefaults& defaults);
+
+}  // namespace brevanholt
