@@ -67,6 +67,11 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   void openReceiveFolder(const CallArguments& arguments, platform::MethodResult& result);
   platform::Value temporaryReceivePath(const CallArguments& arguments);
 
+  // Migration. Neither fails, and neither replaces or removes anything that holds something.
+  void migrateLegacyReceivedItems(const std::filesystem::path& receiveFolder) const;
+  static void pruneEmptyLegacyDirectories(std::filesystem::path directory,
+                                          const std::filesystem::path& receiveFolder);
+
   // Publishing.
   void publishReceivedFile(const CallArguments& arguments, platform::MethodResult& result);
   void copyReceivedFile(std::filesystem::path source, std::filesystem::path destination,

@@ -27,6 +27,7 @@ std::string_view shortened(std::string_view name, std::size_t limit) {
 std::filesystem::path MainFlutterWindow::brevanholtDownloadsDirectory() const {
   std::filesystem::path directory = services_.folders.downloads / receiveFolderName_;
   platform::createDirectories(directory);
+  migrateLegacyReceivedItems(directory);
   return directory;
 }
 

@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace brevanholt::platform {
 
@@ -33,6 +34,10 @@ void createDirectories(const std::filesystem::path& path) {
   if (!std::filesystem::is_directory(path, error)) {
     throw FileError("create the folder", path, ENOTDIR);
   }
+}
+
+bool removeEmptyDirectory(const std::filesystem::path& path) {
+  return ::rmdir(path.c_str()) == 0;
 }
 
 void syncDirectory(const std::filesystem::path& path) {

@@ -16,6 +16,9 @@ namespace brevanholt::platform {
 // Creates the directory and those above it; one that exists is fine. Throws FileError.
 void createDirectories(const std::filesystem::path& path);
 
+// Removes a directory that is empty, and nothing else. False where it stays.
+bool removeEmptyDirectory(const std::filesystem::path& path);
+
 // Makes the entries of a directory outlast a power cut. Throws FileError.
 void syncDirectory(const std::filesystem::path& path);
 

@@ -10,6 +10,7 @@ struct KnownFolders {
   std::filesystem::path temporary;  // on the same disk as Downloads where that can be had
   std::filesystem::path applicationSupport;
   std::filesystem::path configuration;
+  std::filesystem::path workingDirectory;  // the process's own; empty where it is gone
 };
 
 }  // namespace brevanholt::platform

@@ -20,13 +20,20 @@ fs::path temporary() {
   return chosen != nullptr && *chosen == '/' ? chosen : g_get_user_cache_dir();
 }
 
+fs::path workingDirectory() {
+  std::error_code error;
+  const fs::path directory = fs::current_path(error);
+  return error ? fs::path() : directory;
+}
+
 }  // namespace
 
 KnownFolders xdgFolders() {
   return {.downloads = downloads(),
           .temporary = temporary(),
           .applicationSupport = g_get_user_data_dir(),
-          .configuration = fs::path(g_get_user_config_dir()) / "brevanholt"};
+          .configuration = fs::path(g_get_user_config_dir()) / "brevanholt",
+          .workingDirectory = workingDirectory()};
 }
 
 }  // namespace brevanholt::platform

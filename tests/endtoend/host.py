@@ -43,7 +43,7 @@ class Host:
     """One run of the program. Its standard error is kept in `log`."""
 
     def __init__(self, *options, scenario=None, arguments=(), environment=None,
-                 more_bundle=None):
+                 more_bundle=None, directory=None):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-e2e-"))
         self.log_path = self.folder / "log"
         self.report_path = self.folder / "report.json"
@@ -59,7 +59,7 @@ class Host:
             command += [part for text in given for part in ("--ui-argument", text)]
         with open(self.log_path, "wb") as log:
             self.process = subprocess.Popen(
-                command, stderr=log, env={**os.environ, **(environment or {})})
+                command, stderr=log, cwd=directory, env={**os.environ, **(environment or {})})
 
     @property
     def log(self):

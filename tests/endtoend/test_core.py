@@ -78,6 +78,15 @@ class CoreTest(HostTest):
         self.assertIn(str(inbox), opened)
         wait_until(lambda: "Inbox - Thunar" in output_of("wmctrl", "-l"), "the file manager")
 
+    def test_moves_up_what_earlier_builds_received(self):
+        folder = HOME / "Downloads/Brevanholt"
+        legacy = folder / HOME.relative_to("/")
+        (legacy / "photos").mkdir(parents=True)
+        (legacy / "photos/a.jpg").write_text("a")
+        self.start(directory=HOME)
+        wait_until((folder / "photos/a.jpg").exists, "the move")
+        wait_until(lambda: not (folder / HOME.parts[1]).exists(), "the end of the old folders")
+
     def test_keeps_order_and_payloads_and_the_page_inside(self):
         folder = HOME / "transport"
         folder.mkdir()

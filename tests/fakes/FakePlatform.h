@@ -53,7 +53,8 @@ struct FakePlatform {
   KnownFolders folders{.downloads = home / "Downloads",
                        .temporary = home / "cache",
                        .applicationSupport = home / "data",
-                       .configuration = home / "config"};
+                       .configuration = home / "config",
+                       .workingDirectory = "/"};
   BundleInfo bundleInfo{
       .shortVersion = "1.2.3", .buildNumber = "45", .privateFrameworks = home / "Frameworks"};
   bool isLoginItemLaunch = false;

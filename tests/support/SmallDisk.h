@@ -12,8 +12,11 @@ namespace brevanholt {
 // have none, isMounted() says so.
 class SmallDisk {
  public:
-  explicit SmallDisk(const std::string& size = "1m")
-      : isMounted_(::mount("tmpfs", folder_.path().c_str(), "tmpfs", 0, ("size=" + size).c_str()) ==
+  // In `parent`, or where temporary files go.
+  explicit SmallDisk(const std::string& size = "1m",
+                     const std::filesystem::path& parent = std::filesystem::temp_directory_path())
+      : folder_(parent),
+        isMounted_(::mount("tmpfs", folder_.path().c_str(), "tmpfs", 0, ("size=" + size).c_str()) ==
                    0) {}
   ~SmallDisk() {
     if (isMounted_) ::umount2(folder_.path().c_str(), MNT_DETACH);
