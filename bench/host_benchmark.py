@@ -41,6 +41,7 @@ def run_once():
             "one call of 5,000 in flight, ms": timings["inFlight"],
             "1 MiB to the host, ms": timings["writeMebibyte"],
             "1 MiB from the host, ms": timings["readMebibyte"],
+            "16 MiB sealed, there and back, ms": timings["seal16Mebibytes"],
             "host, MB": memory_of(f"^{host.BINARY}"),
             "page, MB": memory_of("WebKitWebProcess"),
             "network process, MB": memory_of("WebKitNetworkProcess"),

@@ -35,5 +35,8 @@ export async function scenario({ folder }) {
   const reader = await EngineFile.open(`${folder}/timings`);
   results.readMebibyte = await eachOf(200, () => reader.read(0, MIB));
   await reader.close();
+  const key = new Uint8Array(32).fill(1);
+  const data = new Uint8Array(16 * MIB).fill(7);
+  results.seal16Mebibytes = await eachOf(20, () => call('cryptoEncrypt', { key, data }));
   return results;
 }
