@@ -2,6 +2,8 @@
 
 #include "platform/foundation/Log.h"
 
+#include <gio/gunixfdlist.h>
+
 namespace brevanholt::platform {
 namespace {
 
@@ -19,6 +21,24 @@ void finishCall(GObject* source, GAsyncResult* asyncResult, gpointer data) {
   const GErrorPointer error(failure);
   if (error) return (*callback)(errorFrom(error.get()));
   (*callback)(std::move(reply));
+}
+
+void finishDescriptorCall(GObject* source, GAsyncResult* asyncResult, gpointer data) {
+  const std::unique_ptr<Bus::DescriptorCallback> callback(
+      static_cast<Bus::DescriptorCallback*>(data));
+  GError* failure = nullptr;
+  GUnixFDList* received = nullptr;
+  const GVariantPointer reply(g_dbus_connection_call_with_unix_fd_list_finish(
+      G_DBUS_CONNECTION(source), &received, asyncResult, &failure));
+  const GErrorPointer error(failure);
+  const GObjectPointer<GUnixFDList> descriptors(received);
+  if (error) return (*callback)(errorFrom(error.get()));
+  if (!descriptors || g_unix_fd_list_get_length(descriptors.get()) == 0) {
+    return (*callback)(PlatformError("the reply has no file descriptor"));
+  }
+  const int descriptor = g_unix_fd_list_get(descriptors.get(), 0, nullptr);
+  if (descriptor < 0) return (*callback)(PlatformError("the file descriptor cannot be kept"));
+  (*callback)(FileDescriptor(descriptor));
 }
 
 // How to end a subscription that may not have begun yet: filled in once the bus is there.
@@ -99,8 +119,27 @@ void Bus::call(const BusMethod& method, GVariant* parameters, const char* replyT
   });
 }
 
+void Bus::callForDescriptor(const BusMethod& method, GVariant* parameters,
+                            DescriptorCallback callback) {
+  GVariantPointer owned(g_variant_ref_sink(parameters));
+  whenConnected([this, method, owned = std::move(owned),
+                 callback = std::move(callback)](GDBusConnection* connection) mutable {
+    if (connection == nullptr) return callback(PlatformError(failure_));
+    g_dbus_connection_call_with_unix_fd_list(
+        connection, method.service, method.path, method.interface, method.method, owned.get(),
+        G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE, nullptr,
+        static_cast<int>(kBusTimeLimit.count()), cancellable_.get(), finishDescriptorCall,
+        new DescriptorCallback(std::move(callback)));
+  });
+}
+
 BusSubscription Bus::subscribe(const BusSignal& signal, SignalHandler handler) {
   const auto end = std::make_shared<UniqueFunction<void()>>();
+  if (signal.type != nullptr) {
+    handler = [type = signal.type, inner = std::move(handler)](GVariant* parameters) {
+      if (g_variant_is_of_type(parameters, G_VARIANT_TYPE(type)) != FALSE) inner(parameters);
+    };
+  }
   whenConnected([signal, handler = std::move(handler),
                  weak = std::weak_ptr(end)](GDBusConnection* connection) mutable {
     const auto target = weak.lock();

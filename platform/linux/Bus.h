@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Lifetime.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueFunction.h"
@@ -24,12 +25,14 @@ struct BusMethod {
   const char* method;
 };
 
-// One signal; a null service or path stands for any.
+// One signal; a null service or path stands for any. Signals whose parameters are not of `type` are
+// dropped, where it is set.
 struct BusSignal {
   const char* service;
   const char* path;
   const char* interface;
   const char* signal;
+  const char* type = nullptr;
 };
 
 // Ends with its destruction: a signal subscription, a watched name.
@@ -55,6 +58,7 @@ class BusSubscription {
 class Bus {
  public:
   using ReplyCallback = UniqueFunction<void(Result<GVariantPointer>)>;
+  using DescriptorCallback = UniqueFunction<void(Result<FileDescriptor>)>;
   using SignalHandler = std::function<void(GVariant* parameters)>;
 
   explicit Bus(GBusType type);
@@ -71,6 +75,10 @@ class Bus {
   // error is the service's own.
   void call(const BusMethod& method, GVariant* parameters, const char* replyType,
             ReplyCallback callback, std::chrono::milliseconds limit = kBusTimeLimit);
+  // The same for a method that answers with one file descriptor, "(h)". One that comes too late is
+  // closed.
+  void callForDescriptor(const BusMethod& method, GVariant* parameters,
+                         DescriptorCallback callback);
 
   [[nodiscard]] BusSubscription subscribe(const BusSignal& signal, SignalHandler handler);
   // Tells, from now on, whether `name` has an owner (its unique name; empty for none).
