@@ -14,6 +14,10 @@
 #include "platform/foundation/ProcessActivity.h"
 #include "platform/foundation/UserDefaults.h"
 #include "platform/services/HostName.h"
+#include "platform/services/LoginItem.h"
+#include "platform/services/NetworkMonitor.h"
+#include "platform/services/NotificationCenter.h"
+#include "platform/services/WakeNotices.h"
 
 namespace brevanholt::platform {
 
@@ -32,6 +36,10 @@ struct Services {
   Images& images;
   ProcessActivities& processActivities;
   UserDefaults& userDefaults;
+  NotificationCenter& notificationCenter;
+  LoginItem& loginItem;
+  NetworkMonitor& networkMonitor;
+  WakeNotices& wakeNotices;
   KnownFolders folders;
   BundleInfo bundleInfo;
   bool isLoginItemLaunch = false;

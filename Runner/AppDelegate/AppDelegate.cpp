@@ -6,6 +6,7 @@ namespace brevanholt {
 
 void AppDelegate::applicationDidFinishLaunching() {
   configureDesktopStatusItem();
+  services_.notificationCenter.setOpenHandler(lifetime_.bind([this] { showMainWindow(); }));
   if (services_.isLoginItemLaunch) {
     services_.mainQueue.post(lifetime_.bind([this] { hideToBackground(); }));
   } else if (const auto window = mainWindow()) {

@@ -28,13 +28,18 @@ class AppDelegate final : public platform::ApplicationDelegate {
   void showMainWindow();
   // Hides the window and turns into a background agent.
   void hideToBackground();
+  // Keeps discovery and receiving going while nobody looks at the application, or lets that rest.
+  void setBackgroundAvailability(bool enabled);
+  // Whether the session starts the application at login.
+  [[nodiscard]] bool launchAtStartupEnabled() const;
+  // Throws PlatformError where the system refuses.
+  void setLaunchAtStartup(bool enabled);
   // Takes the shell's state, as the UI reports it, into the menu and the tooltip.
   void updateDesktopStatus(const platform::Map& state);
 
  private:
   void configureDesktopStatusItem();
   [[nodiscard]] platform::Image desktopStatusIcon() const;
-  // Asks the UI to look for nearby devices anew, where there is a UI.
   void requestDiscoveryRecovery() const;
 
   platform::Services services_;

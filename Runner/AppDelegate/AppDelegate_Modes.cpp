@@ -8,7 +8,7 @@ using platform::ActivityOptions;
 
 void AppDelegate::showMainWindow() {
   statusMenuController_.menu().cancelTracking();
-  availabilityActivity_.reset();
+  setBackgroundAvailability(false);
   services_.application.setActivationPolicy(ActivationPolicy::kRegular);
   services_.application.activate();
   if (const auto window = mainWindow()) window->window().makeKeyAndOrderFront();
@@ -18,19 +18,21 @@ void AppDelegate::showMainWindow() {
 void AppDelegate::hideToBackground() {
   statusMenuController_.menu().cancelTracking();
   if (const auto window = mainWindow()) window->window().orderOut();
-  if (!availabilityActivity_) {
-    availabilityActivity_ =
-        services_.processActivities.begin(ActivityOptions::kUserInitiatedAllowingIdleSystemSleep,
-                                          "Brevanholt background discovery and receiving");
-  }
+  setBackgroundAvailability(true);
   services_.application.setActivationPolicy(ActivationPolicy::kAccessory);
   services_.application.deactivate();
 }
 
+void AppDelegate::setBackgroundAvailability(bool enabled) {
+  if (!enabled) return availabilityActivity_.reset();
+  if (availabilityActivity_) return;
+  availabilityActivity_ =
+      services_.processActivities.begin(ActivityOptions::kUserInitiatedAllowingIdleSystemSleep,
+                                        "Brevanholt background discovery and receiving");
+}
+
 void AppDelegate::requestDiscoveryRecovery() const {
-  const auto window = mainWindow();
-  if (window == nullptr || window->platformChannel() == nullptr) return;
-  window->platformChannel()->invokeMethod("discoveryRecoveryRequested");
+  if (const auto window = mainWindow()) window->requestDiscoveryRecovery();
 }
 
 }  // namespace brevanholt

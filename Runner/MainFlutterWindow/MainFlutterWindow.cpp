@@ -17,6 +17,7 @@ MainFlutterWindow::MainFlutterWindow(const platform::Services& services, AppDele
 }
 
 MainFlutterWindow::~MainFlutterWindow() {
+  services_.networkMonitor.cancel();
   window().setDelegate(nullptr);
 }
 
@@ -33,6 +34,7 @@ void MainFlutterWindow::awakeFromNib() {
   window().setContentView(services_.engine.view());
   window().setFrame(frame);
   tryPrepareReceiveDirectory();
+  configureDiscoveryRecovery();
 }
 
 void MainFlutterWindow::performClose() {
@@ -40,6 +42,8 @@ void MainFlutterWindow::performClose() {
   delegate_->hideToBackground();
 }
 
-void MainFlutterWindow::windowDidBecomeKey() {}
+void MainFlutterWindow::windowDidBecomeKey() {
+  requestDiscoveryRecovery();
+}
 
 }  // namespace brevanholt

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace brevanholt {
 
@@ -34,6 +35,8 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   void windowDidBecomeKey() override;
 
   [[nodiscard]] platform::Window& window() { return services_.mainWindow; }
+  // Asks the UI to look for nearby devices anew.
+  void requestDiscoveryRecovery();
   // Null until awakeFromNib().
   [[nodiscard]] platform::MethodChannel* platformChannel() { return platformChannel_.get(); }
 
@@ -56,7 +59,19 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   platform::Value enableMulticast(const CallArguments& arguments);
 
   // Desktop shell.
+  platform::Value launchAtStartupEnabled(const CallArguments& arguments);
+  platform::Value setLaunchAtStartup(const CallArguments& arguments);
   platform::Value updateDesktopShell(const CallArguments& arguments);
+  platform::Value setBackgroundMode(const CallArguments& arguments);
+
+  // Discovery recovery.
+  void configureDiscoveryRecovery();
+
+  // Notifications.
+  void requestNotificationPermission(const CallArguments& arguments,
+                                     platform::MethodResult& result);
+  void showNotification(const CallArguments& arguments, platform::MethodResult& result);
+  platform::Value clearNotification(const CallArguments& arguments);
 
   // Receive location.
   [[nodiscard]] std::filesystem::path brevanholtDownloadsDirectory() const;
@@ -97,7 +112,9 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   platform::P256PrivateKey agreementKey_;
   std::optional<std::filesystem::path> receiveDirectory_;
   std::string receiveFolderName_ = "Brevanholt";
+  std::unique_ptr<platform::ProcessActivity> transferActivity_;
   std::unique_ptr<platform::MethodChannel> platformChannel_;
+  std::vector<platform::Connection> wakeObservers_;
 
   // While a file is copied into place, the calls that must see the outcome wait here.
   bool isCopying_ = false;

@@ -127,8 +127,8 @@ void Bus::callForDescriptor(const BusMethod& method, GVariant* parameters,
     if (connection == nullptr) return callback(PlatformError(failure_));
     g_dbus_connection_call_with_unix_fd_list(
         connection, method.service, method.path, method.interface, method.method, owned.get(),
-        G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE, nullptr,
-        static_cast<int>(kBusTimeLimit.count()), cancellable_.get(), finishDescriptorCall,
+        G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE, static_cast<int>(kBusTimeLimit.count()),
+        nullptr, cancellable_.get(), finishDescriptorCall,
         new DescriptorCallback(std::move(callback)));
   });
 }

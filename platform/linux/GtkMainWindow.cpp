@@ -2,6 +2,8 @@
 
 #include "platform/linux/GtkNativeView.h"
 
+#include <gdk/gdkwayland.h>
+
 #include <utility>
 
 namespace brevanholt::platform {
@@ -46,7 +48,19 @@ bool GtkMainWindow::isVisible() const {
 }
 
 void GtkMainWindow::makeKeyAndOrderFront() {
+  useActivationToken();
   window_.present();
+}
+
+void GtkMainWindow::useActivationToken() {
+  if (activationToken_.empty()) return;
+  const std::string token = std::exchange(activationToken_, {});
+  GdkDisplay* display = gdk_display_get_default();
+  if (GDK_IS_WAYLAND_DISPLAY(display)) {
+    gdk_wayland_display_set_startup_notification_id(display, token.c_str());
+  } else {
+    window_.set_startup_id(token);
+  }
 }
 
 void GtkMainWindow::orderOut() {

@@ -28,6 +28,7 @@ class GtkMainWindow final : public Window {
 
  private:
   bool closeRequested();
+  void useActivationToken();
 
   Gtk::ApplicationWindow window_;
   WindowDelegate* delegate_ = nullptr;

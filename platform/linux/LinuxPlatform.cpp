@@ -12,6 +12,15 @@ WebEngineOptions engineOptions(const LaunchOptions& options, const InstallLayout
           .developerTools = options.developerTools};
 }
 
+// What ends with the user's session.
+std::filesystem::path sessionStateFile() {
+  return std::filesystem::path(g_get_user_runtime_dir()) / "brevanholt/session.ini";
+}
+
+std::filesystem::path autostartFolder() {
+  return std::filesystem::path(g_get_user_config_dir()) / "autostart";
+}
+
 }  // namespace
 
 LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOptions& options)
@@ -22,7 +31,14 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
       images_(kApplicationId),
       statusItem_(sessionBus_, kApplicationId, layout_.icons,
                   [this](const std::string& token) { mainWindow_.setActivationToken(token); }),
-      processActivities_([this](bool runs) { engine_.setRunsWhileHidden(runs); }) {}
+      processActivities_(systemBus_, [this](bool runs) { engine_.setRunsWhileHidden(runs); }),
+      sessionState_(sessionStateFile()),
+      notificationCenter_(
+          sessionBus_, sessionState_,
+          {.id = kApplicationId,
+           .activationTokenGiven =
+               [this](const std::string& token) { mainWindow_.setActivationToken(token); }}),
+      loginItem_(autostartFolder(), kApplicationId, layout_.executable) {}
 
 Services LinuxPlatform::services() {
   return {.application = application_,
@@ -37,6 +53,10 @@ Services LinuxPlatform::services() {
           .images = images_,
           .processActivities = processActivities_,
           .userDefaults = userDefaults_,
+          .notificationCenter = notificationCenter_,
+          .loginItem = loginItem_,
+          .networkMonitor = networkMonitor_,
+          .wakeNotices = wakeNotices_,
           .folders = folders_,
           .bundleInfo = {.shortVersion = kBuildVersion,
                          .buildNumber = kBuildNumber,

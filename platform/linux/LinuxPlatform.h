@@ -2,9 +2,13 @@
 
 #include "platform/Services.h"
 #include "platform/engine/web/WebEngine.h"
+#include "platform/linux/AutostartLoginItem.h"
 #include "platform/linux/Bus.h"
+#include "platform/linux/DBusWakeNotices.h"
+#include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/GLibMainQueue.h"
 #include "platform/linux/GdkImages.h"
+#include "platform/linux/GioNetworkMonitor.h"
 #include "platform/linux/GioWorkspace.h"
 #include "platform/linux/GtkApplicationHost.h"
 #include "platform/linux/GtkMainWindow.h"
@@ -43,6 +47,11 @@ class LinuxPlatform {
   LinuxStatusItem statusItem_;
   LinuxProcessActivities processActivities_;
   KeyFileUserDefaults userDefaults_{folders_.configuration / "defaults.ini"};
+  KeyFileUserDefaults sessionState_;
+  FreedesktopNotificationCenter notificationCenter_;
+  AutostartLoginItem loginItem_;
+  GioNetworkMonitor networkMonitor_;
+  DBusWakeNotices wakeNotices_{systemBus_, sessionBus_};
   DispatchQueue utilityQueue_{"brevanholt.utility", QueuePriority::kUtility};
 };
 

@@ -4,6 +4,7 @@
 #include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakeProcessActivities.h"
+#include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -24,6 +25,10 @@ struct FakePlatform {
             .images = images,
             .processActivities = processActivities,
             .userDefaults = userDefaults,
+            .notificationCenter = notificationCenter,
+            .loginItem = loginItem,
+            .networkMonitor = networkMonitor,
+            .wakeNotices = wakeNotices,
             .folders = folders,
             .bundleInfo = bundleInfo,
             .isLoginItemLaunch = isLoginItemLaunch};
@@ -50,6 +55,10 @@ struct FakePlatform {
   FakeImages images;
   FakeProcessActivities processActivities;
   FakeUserDefaults userDefaults;
+  FakeNotificationCenter notificationCenter;
+  FakeLoginItem loginItem;
+  FakeNetworkMonitor networkMonitor;
+  WakeNotices wakeNotices;
   KnownFolders folders{.downloads = home / "Downloads",
                        .temporary = home / "cache",
                        .applicationSupport = home / "data",

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/linux/GPointers.h"
+#include "platform/services/NotificationCenter.h"
+
+#include <cstdint>
+#include <set>
+#include <string>
+
+namespace brevanholt::platform {
+
+inline constexpr const char* kNotificationSender = "Brevanholt";
+inline constexpr const char* kDefaultAction = "default";
+
+// The parameters of org.freedesktop.Notifications.Notify (Desktop Notifications Specification),
+// floating. The body is escaped for a server that can "body-markup"; `replaced` is the number of
+// the notification whose place it takes, zero for none.
+[[nodiscard]] GVariant* notifyParameters(const Notification& notification, std::uint32_t replaced,
+                                         const std::set<std::string>& capabilities,
+                                         const std::string& applicationId);
+
+}  // namespace brevanholt::platform

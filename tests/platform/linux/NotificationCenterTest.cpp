@@ -1,0 +1,310 @@
+#include "platform/linux/BusObject.h"
+#include "platform/linux/FreedesktopNotificationCenter.h"
+#include "platform/linux/NotificationMessage.h"
+#include "tests/fakes/FakeUserDefaults.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/PrivateBus.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace brevanholt::platform {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr const char* kService = "org.freedesktop.Notifications";
+constexpr const char* kDescription = R"(<node><interface name="org.freedesktop.Notifications">
+  <method name="GetServerInformation"><arg type="s" direction="out"/><arg type="s" direction="out"/>
+    <arg type="s" direction="out"/><arg type="s" direction="out"/></method>
+  <method name="GetCapabilities"><arg type="as" direction="out"/></method>
+  <method name="Notify"><arg type="s" direction="in"/><arg type="u" direction="in"/>
+    <arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="s" direction="in"/>
+    <arg type="as" direction="in"/><arg type="a{sv}" direction="in"/><arg type="i" direction="in"/>
+    <arg type="u" direction="out"/></method>
+  <method name="CloseNotification"><arg type="u" direction="in"/></method>
+  <property name="Inhibited" type="b" access="read"/>
+  </interface></node>)";
+
+// A notification server as the specification has it.
+class Server {
+ public:
+  explicit Server(const std::string& address, std::uint32_t firstNumber = 1)
+      : next_(firstNumber),
+        bus_(address),
+        object_(bus_, "/org/freedesktop/Notifications", kDescription,
+                {.call = [this](std::string_view method,
+                                GVariant* parameters) { return call(method, parameters); },
+                 .property =
+                     [this](std::string_view) {
+                       return g_variant_new_boolean(isInhibited ? TRUE : FALSE);
+                     }}),
+        name_(bus_, kService) {}
+
+  void emit(const char* signal, GVariant* parameters) { object_.emit(signal, parameters); }
+  // From now on calls are read and never answered.
+  void hang() {
+    bus_.whenConnected([](GDBusConnection* connection) {
+      g_dbus_connection_add_filter(
+          connection,
+          [](GDBusConnection*, GDBusMessage* message, gboolean isIncoming,
+             gpointer) -> GDBusMessage* {
+            const bool isCall =
+                g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL;
+            if (isIncoming == FALSE || !isCall) return message;
+            g_object_unref(message);
+            return nullptr;
+          },
+          nullptr, nullptr);
+    });
+  }
+
+  std::map<std::uint32_t, std::string> shown;
+  std::vector<std::string> bodies;
+  bool isInhibited = false;
+  bool refuses = false;
+
+ private:
+  GVariant* call(std::string_view method, GVariant* parameters) {
+    if (method == "GetServerInformation") return g_variant_new("(ssss)", "test", "", "1", "1.2");
+    if (method == "GetCapabilities") {
+      return g_variant_new_parsed("(['body', 'body-markup', 'actions'],)");
+    }
+    std::uint32_t number = 0;
+    if (method == "CloseNotification") {
+      g_variant_get(parameters, "(u)", &number);
+      if (shown.erase(number) == 0) throw PlatformError("no such notification");
+      return g_variant_new("()");
+    }
+    if (refuses) throw PlatformError("too many notifications");
+    const char* title = nullptr;
+    const char* body = nullptr;
+    g_variant_get_child(parameters, 1, "u", &number);
+    g_variant_get_child(parameters, 3, "&s", &title);
+    g_variant_get_child(parameters, 4, "&s", &body);
+    if (!shown.contains(number)) number = next_++;
+    shown[number] = title;
+    bodies.emplace_back(body);
+    return g_variant_new("(u)", number);
+  }
+
+  std::uint32_t next_;
+  Bus bus_;
+  BusObject object_;
+  OwnedName name_;
+};
+
+class NotificationCenterTest : public testing::Test {
+ protected:
+  void startServer(std::uint32_t firstNumber = 1) {
+    server_ = std::make_unique<Server>(address_, firstNumber);
+    EXPECT_TRUE(spinUntil([this] {
+      return replyText(watcher_,
+                       {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner"},
+                       g_variant_new("(s)", kService)) == "(true,)";
+    }));
+  }
+  void startCenter() {
+    center_.reset();
+    center_ = std::make_unique<FreedesktopNotificationCenter>(
+        bus_, store_,
+        FreedesktopNotificationCenter::ApplicationIdentity{
+            .id = "org.example.App",
+            .activationTokenGiven = [this](const std::string& token) { events_ += token + ' '; }});
+    center_->setOpenHandler([this] { events_ += "opened "; });
+  }
+  void post(const std::string& identifier, const std::string& title) {
+    center_->add({.identifier = identifier, .title = title, .body = "<b> & co"},
+                 [this](const Result<Done>& outcome) {
+                   outcomes_.push_back(outcome.ok() ? "shown" : outcome.error().message());
+                 });
+  }
+  // Waits for all that was posted.
+  std::vector<std::string> outcomes(std::size_t count) {
+    EXPECT_TRUE(spinUntil([&] { return outcomes_.size() >= count; }));
+    settle();
+    return std::exchange(outcomes_, {});
+  }
+  // By a reply on the same connection, what was sent before has come.
+  void settle() {
+    replyText(bus_, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}, nullptr);
+    spinOnce();
+  }
+  std::string authorization() {
+    std::string answer;
+    center_->requestAuthorization([&answer](Result<bool> granted) {
+      answer =
+          granted.ok() ? (granted.value() ? "granted" : "declined") : granted.error().message();
+    });
+    EXPECT_TRUE(spinUntil([&answer] { return !answer.empty(); }));
+    return answer;
+  }
+  std::vector<std::string> titles() const {
+    std::vector<std::string> result;
+    for (const auto& [number, title] : server_->shown) result.push_back(title);
+    return result;
+  }
+
+  CapturedLog log_;
+  PrivateBus privateBus_;
+  std::string address_ = privateBus_.address();
+  Bus bus_{address_};
+  Bus watcher_{address_};
+  FakeUserDefaults store_;
+  std::unique_ptr<Server> server_;
+  std::unique_ptr<FreedesktopNotificationCenter> center_;
+  std::vector<std::string> outcomes_;
+  std::string events_;
+};
+
+TEST_F(NotificationCenterTest, ReplacesByIdentifierEvenBeforeTheFirstWasAnswered) {
+  startServer();
+  startCenter();
+  post("a", "first");
+  post("a", "second");
+  post("b", "other");
+  post("a", "third");
+  EXPECT_THAT(outcomes(4), ElementsAre("shown", "shown", "shown", "shown"));
+  EXPECT_THAT(titles(), testing::UnorderedElementsAre("third", "other"));
+  EXPECT_EQ(server_->bodies.front(), "&lt;b&gt; &amp; co");
+
+  post("a", "fourth");
+  center_->remove("a");
+  center_->remove("never");
+  center_->remove("b");
+  outcomes(1);
+  EXPECT_TRUE(spinUntil([this] { return server_->shown.empty(); }));
+}
+
+TEST_F(NotificationCenterTest, KnowsWhatAnEarlierRunPostedOnTheSameServer) {
+  startServer();
+  startCenter();
+  post("kept", "old");
+  post("gone", "old");
+  outcomes(2);
+
+  startCenter();
+  post("kept", "new");
+  center_->remove("gone");
+  outcomes(1);
+  EXPECT_TRUE(spinUntil([this] { return titles() == std::vector<std::string>{"new"}; }));
+
+  startCenter();
+  settle();
+  server_->emit("ActionInvoked", g_variant_new("(us)", server_->shown.begin()->first, "default"));
+  EXPECT_TRUE(spinUntil([this] { return events_ == "opened "; })) << events_;
+}
+
+TEST_F(NotificationCenterTest, DoesNotTakeTheNumbersOfAnotherServerForItsOwn) {
+  startServer();
+  startCenter();
+  post("mine", "mine");
+  outcomes(1);
+
+  server_.reset();
+  startServer(5);
+  server_->shown[1] = "another program's";
+  center_->remove("mine");
+  settle();
+  post("mine", "mine again");
+  EXPECT_THAT(outcomes(1), ElementsAre("shown"));
+  EXPECT_EQ(server_->shown[1], "another program's");
+}
+
+TEST_F(NotificationCenterTest, ForgetsWhatTheServerClosed) {
+  startServer();
+  startCenter();
+  post("a", "first");
+  outcomes(1);
+  server_->emit("NotificationClosed", g_variant_new("(uu)", 1, 2));
+  server_->shown = {{1, "another program's"}};
+  settle();
+  post("a", "second");
+  outcomes(1);
+  EXPECT_EQ(server_->shown[1], "another program's");
+}
+
+TEST_F(NotificationCenterTest, OpensOnlyItsOwnAndByTheDefaultAction) {
+  startServer();
+  startCenter();
+  post("a", "mine");
+  outcomes(1);
+  const auto act = [this](std::uint32_t number, const char* action) {
+    server_->emit("ActivationToken", g_variant_new("(us)", number, "token"));
+    server_->emit("ActionInvoked", g_variant_new("(us)", number, action));
+  };
+  act(7, "default");
+  server_->emit("ActionInvoked", g_variant_new("(us)", 1, "other"));
+  server_->emit("ActionInvoked", g_variant_new("(s)", "default"));
+  act(1, "default");
+  EXPECT_TRUE(spinUntil([this] { return events_.find("opened") != std::string::npos; }));
+  EXPECT_EQ(events_, "token opened ");
+}
+
+TEST_F(NotificationCenterTest, ServesWhenTheServiceStartsLateAndSaysOnceThatThereIsNone) {
+  startCenter();
+  post("a", "too early");
+  post("a", "too early as well");
+  EXPECT_THAT(outcomes(2), testing::Each(HasSubstr("Could not show the notification: The name")));
+  center_->remove("a");
+  EXPECT_THAT(authorization(), HasSubstr("Could not ask for notifications: The name"));
+  post("a", "too early again");
+  outcomes(1);
+  EXPECT_EQ(log_.count(LogLevel::kWarning, "there is no notification service"), 1);
+
+  startServer();
+  EXPECT_EQ(authorization(), "granted");
+  post("a", "now");
+  EXPECT_THAT(outcomes(1), ElementsAre("shown"));
+}
+
+TEST_F(NotificationCenterTest, AnswersOnceWithinATimeLimitWhenTheServiceHangs) {
+  startServer();
+  startCenter();
+  settle();
+  server_->hang();
+  post("a", "x");
+  post("a", "y");
+  EXPECT_THAT(outcomes(2), testing::Each(HasSubstr("Timeout")));
+  spinUntil([this] { return !outcomes_.empty(); }, std::chrono::milliseconds(100));
+  EXPECT_TRUE(outcomes_.empty());
+}
+
+TEST_F(NotificationCenterTest, HandsOnWhatTheServiceSays) {
+  startServer();
+  startCenter();
+  server_->refuses = true;
+  post("a", "x");
+  EXPECT_THAT(outcomes(1), ElementsAre("Could not show the notification: too many notifications"));
+  EXPECT_EQ(authorization(), "granted");
+  server_->isInhibited = true;
+  EXPECT_EQ(authorization(), "declined");
+}
+
+TEST_F(NotificationCenterTest, ShowsThemEvenWhenTheirNumbersCannotBeKept) {
+  store_.refusesReading = store_.refusesSetting = true;
+  startServer();
+  startCenter();
+  post("a", "first");
+  post("a", "second");
+  EXPECT_THAT(outcomes(2), ElementsAre("shown", "shown"));
+  EXPECT_THAT(titles(), ElementsAre("second"));
+}
+
+TEST(NotificationMessageTest, SaysWhatTheServerCanTake) {
+  const auto text = [](const std::set<std::string>& capabilities) {
+    const GVariantPointer parameters(g_variant_ref_sink(notifyParameters(
+        {.identifier = "a", .title = "<T>", .body = "1 < 2 \xff &"}, 3, capabilities, "org.app")));
+    return std::string(GCharPointer(g_variant_print(parameters.get(), FALSE)).get());
+  };
+  EXPECT_EQ(text({"body", "body-markup", "actions"}),
+            "('Brevanholt', 3, 'org.app', '<T>', '1 &lt; 2 \uFFFD &amp;', ['default', 'Open'], "
+            "{'sound-name': <'message-new-instant'>, 'desktop-entry': <'org.app'>}, -1)");
+  EXPECT_EQ(text({"body"}),
+            "('Brevanholt', 3, 'org.app', '<T>', '1 < 2 \uFFFD &', [], "
+            "{'sound-name': <'message-new-instant'>, 'desktop-entry': <'org.app'>}, -1)");
+}
+
+}  // namespace
+}  // namespace brevanholt::platform
