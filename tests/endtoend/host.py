@@ -43,11 +43,11 @@ class Host:
     """One run of the program. Its standard error is kept in `log`."""
 
     def __init__(self, *options, scenario=None, arguments=(), environment=None,
-                 more_bundle=None, directory=None):
+                 more_bundle=None, directory=None, prefix=()):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-e2e-"))
         self.log_path = self.folder / "log"
         self.report_path = self.folder / "report.json"
-        command = [BINARY, *options]
+        command = [*prefix, BINARY, *options]
         if scenario:
             bundle = self.folder / "bundle"
             shutil.copytree(SOURCE / "tests/endtoend/bundle", bundle)

@@ -1,13 +1,11 @@
 """The status item and its menus in a real panel, and the program without one."""
 
-import json
-import pathlib
 import subprocess
-import tempfile
 import unittest
 
 from host import HostTest, output_of, visible_window, wait_until
-from tray import Recorder, Tray, colours_in, icon_place, picture, pixels_like
+from shell import Shell
+from tray import Recorder, colours_in, icon_place, picture, pixels_like
 
 MENU = "620x420+660+0"
 GREEN, RED, BLUE = (38, 163, 105), (191, 28, 41), (26, 94, 181)
@@ -16,32 +14,6 @@ GREEN, RED, BLUE = (38, 163, 105), (191, 28, 41), (26, 94, 181)
 def transfer(title, state="sending", progress=0.3, label="30 %"):
     return {"title": title, "item": f"{title} with a rather long name of its own.zip",
             "stateKey": state, "progress": progress, "progressLabel": label}
-
-
-class Shell:
-    """A host whose page sends the states of the shell that it is told to send."""
-
-    def __init__(self, test, **how):
-        self.folder = pathlib.Path(tempfile.mkdtemp())
-        self.orders = 0
-        self.host = test.start(scenario="shell", arguments=[f"folder={self.folder}"], **how)
-        self.tray = Tray(self.host.process.pid)
-
-    def show(self, state):
-        """Sends one state, or a list of them, and returns what the page has counted."""
-        with open(self.folder / "orders", "a", encoding="utf-8") as orders:
-            orders.write(json.dumps(state) + "\n")
-        done = self.folder / f"done-{self.orders}"
-        self.orders += 1
-        wait_until(lambda: done.exists() and done.read_text(), "the page to send the state")
-        return json.loads(done.read_text())
-
-    def open_menu(self):
-        x, y = icon_place()
-        output_of("xdotool", "mousemove", str(x), str(y), "click", "1")
-
-    def close_menu(self):
-        output_of("xdotool", "key", "Escape", "mousemove", "600", "700")
 
 
 class PanelTest(HostTest):

@@ -1,9 +1,9 @@
-// Sends one state of the shell after another, as the test asks for them: each line that the test
-// writes into the file `orders` is the arguments of an "updateDesktopShell" in JSON. Counts the
-// requests to look for devices anew.
+// Does what the test asks for, line by line, as it writes lines of JSON into the file `orders`: one
+// state of the shell, or a list of them, for "updateDesktopShell", or any other call as
+// {method, arguments}. Counts the requests to look for devices anew.
 
 import { EngineFile, stat } from './engine/files.js';
-import { platform } from './outcome.js';
+import { call, platform } from './outcome.js';
 
 /** @param {string} path */
 async function readText(path) {
@@ -21,6 +21,13 @@ async function writeText(path, text) {
   await file.close();
 }
 
+/** What the host replied. */
+async function carryOut(order) {
+  if (order.method) return call(order.method, order.arguments);
+  for (const state of [].concat(order)) await platform.invokeMethod('updateDesktopShell', state);
+  return undefined;
+}
+
 export async function scenario({ folder }) {
   let requests = 0;
   platform.setMethodCallHandler((method) => {
@@ -32,8 +39,8 @@ export async function scenario({ folder }) {
     for (; done < lines.length; ++done) {
       const order = JSON.parse(lines[done]);
       if (order === 'end') return { requests };
-      for (const state of [].concat(order)) await platform.invokeMethod('updateDesktopShell', state);
-      await writeText(`${folder}/done-${done}`, JSON.stringify({ requests }));
+      const outcome = await carryOut(order);
+      await writeText(`${folder}/done-${done}`, JSON.stringify({ requests, outcome }));
     }
     await new Promise((resolve) => setTimeout(resolve, 50));
   }

@@ -1,0 +1,42 @@
+"""A host that a test can give orders to."""
+
+import json
+import pathlib
+import tempfile
+
+from host import output_of, wait_until
+from tray import Tray, icon_place
+
+
+class Shell:
+    """A host whose page does what it is told to."""
+
+    def __init__(self, test, **how):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.orders = 0
+        self.host = test.start(scenario="shell", arguments=[f"folder={self.folder}"], **how)
+        self.tray = Tray(self.host.process.pid)
+
+    def call(self, method, **arguments):
+        """What the host replies: {"value": …} or {"error": [code, message, details]}."""
+        return self.show({"method": method, "arguments": arguments})["outcome"]
+
+    def requests(self):
+        """How often the host has asked to look for devices anew."""
+        return self.show([])["requests"]
+
+    def show(self, state):
+        """Sends one state, or a list of them, and returns what the page has counted."""
+        with open(self.folder / "orders", "a", encoding="utf-8") as orders:
+            orders.write(json.dumps(state) + "\n")
+        done = self.folder / f"done-{self.orders}"
+        self.orders += 1
+        wait_until(lambda: done.exists() and done.read_text(), "the page to send the state")
+        return json.loads(done.read_text())
+
+    def open_menu(self):
+        x, y = icon_place()
+        output_of("xdotool", "mousemove", str(x), str(y), "click", "1")
+
+    def close_menu(self):
+        output_of("xdotool", "key", "Escape", "mousemove", "600", "700")
