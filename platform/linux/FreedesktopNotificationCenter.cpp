@@ -1,7 +1,6 @@
 #include "platform/linux/FreedesktopNotificationCenter.h"
 
 #include "platform/foundation/Log.h"
-#include "platform/linux/NotificationMessage.h"
 
 namespace brevanholt::platform {
 namespace {
@@ -26,12 +25,14 @@ std::set<std::string> capabilitiesIn(GVariant* reply) {
 
 }  // namespace
 
-FreedesktopNotificationCenter::FreedesktopNotificationCenter(Bus& sessionBus, UserDefaults& store,
-                                                             ApplicationIdentity identity)
+FreedesktopNotificationCenter::FreedesktopNotificationCenter(
+    Bus& sessionBus, UserDefaults& store, NotificationSender sender,
+    std::function<void(const std::string&)> activationTokenGiven)
     : sessionBus_(sessionBus),
       posted_(store),
-      identity_(std::move(identity)),
-      switches_(sessionBus, kNotificationSender, identity_.id) {
+      sender_(std::move(sender)),
+      activationTokenGiven_(std::move(activationTokenGiven)),
+      switches_(sessionBus, kNotificationSenderName, sender_.desktopEntry) {
   subscribe();
   sessionBus.whenConnected(lifetime_.bind([this](GDBusConnection* connection) {
     if (connection == nullptr) return;
@@ -49,7 +50,7 @@ void FreedesktopNotificationCenter::subscribe() {
     std::uint32_t number = 0;
     const char* token = nullptr;
     g_variant_get(parameters, "(u&s)", &number, &token);
-    if (posted_.contains(number)) identity_.activationTokenGiven(token);
+    if (posted_.contains(number)) activationTokenGiven_(token);
   });
   on("ActionInvoked", "(us)", [this](GVariant* parameters) {
     std::uint32_t number = 0;
@@ -117,16 +118,15 @@ void FreedesktopNotificationCenter::show(const std::string& identifier) {
 void FreedesktopNotificationCenter::send(const std::string& identifier, const std::string& server,
                                          const std::set<std::string>& capabilities) {
   const Notification& notification = *requests_.at(identifier).front().notification;
-  sessionBus_.call(
-      {server.c_str(), kPath, kService, "Notify"},
-      notifyParameters(notification, posted_.find(identifier), capabilities, identity_.id), "(u)",
-      lifetime_.bind([this, identifier](Result<GVariantPointer> reply) {
-        if (!reply.ok()) return finished(identifier, reply.error());
-        std::uint32_t number = 0;
-        g_variant_get(reply.value().get(), "(u)", &number);
-        posted_.keep(identifier, number);
-        finished(identifier, Done{});
-      }));
+  sessionBus_.call({server.c_str(), kPath, kService, "Notify"},
+                   notifyParameters(notification, posted_.find(identifier), capabilities, sender_),
+                   "(u)", lifetime_.bind([this, identifier](Result<GVariantPointer> reply) {
+                     if (!reply.ok()) return finished(identifier, reply.error());
+                     std::uint32_t number = 0;
+                     g_variant_get(reply.value().get(), "(u)", &number);
+                     posted_.keep(identifier, number);
+                     finished(identifier, Done{});
+                   }));
 }
 
 void FreedesktopNotificationCenter::withdraw(const std::string& identifier) {

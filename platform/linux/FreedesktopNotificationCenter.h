@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/Bus.h"
+#include "platform/linux/NotificationMessage.h"
 #include "platform/linux/NotificationSwitches.h"
 #include "platform/linux/PostedNotifications.h"
 #include "platform/services/NotificationCenter.h"
@@ -19,12 +20,10 @@ namespace brevanholt::platform {
 // what the next has to replace. When one fails, what waits behind it fails with it.
 class FreedesktopNotificationCenter final : public NotificationCenter {
  public:
-  struct ApplicationIdentity {
-    std::string id;
-    std::function<void(const std::string& token)> activationTokenGiven;
-  };
-
-  FreedesktopNotificationCenter(Bus& sessionBus, UserDefaults& store, ApplicationIdentity identity);
+  // `activationTokenGiven` is told the token with which the window may take the focus, before the
+  // notification is opened.
+  FreedesktopNotificationCenter(Bus& sessionBus, UserDefaults& store, NotificationSender sender,
+                                std::function<void(const std::string& token)> activationTokenGiven);
 
   void setOpenHandler(std::function<void()> handler) override { opened_ = std::move(handler); }
   void requestAuthorization(UniqueFunction<void(Result<bool>)> callback) override;
@@ -51,7 +50,8 @@ class FreedesktopNotificationCenter final : public NotificationCenter {
 
   Bus& sessionBus_;
   PostedNotifications posted_;
-  ApplicationIdentity identity_;
+  NotificationSender sender_;
+  std::function<void(const std::string&)> activationTokenGiven_;
   NotificationSwitches switches_;
   std::string busId_;
   std::function<void()> opened_ = [] {};

@@ -12,6 +12,12 @@ WebEngineOptions engineOptions(const LaunchOptions& options, const InstallLayout
           .developerTools = options.developerTools};
 }
 
+// The icon's own file: whatever draws notifications finds no theme of a build tree's.
+std::string iconUri(const InstallLayout& layout) {
+  const auto file = layout.icons / "hicolor/scalable/apps" / (std::string(kApplicationId) + ".svg");
+  return GCharPointer(g_filename_to_uri(file.c_str(), nullptr, nullptr)).get();
+}
+
 // What ends with the user's session.
 std::filesystem::path sessionStateFile() {
   return std::filesystem::path(g_get_user_runtime_dir()) / "brevanholt/session.ini";
@@ -34,10 +40,8 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
       processActivities_(systemBus_, [this](bool runs) { engine_.setRunsWhileHidden(runs); }),
       sessionState_(sessionStateFile()),
       notificationCenter_(
-          sessionBus_, sessionState_,
-          {.id = kApplicationId,
-           .activationTokenGiven =
-               [this](const std::string& token) { mainWindow_.setActivationToken(token); }}),
+          sessionBus_, sessionState_, {.desktopEntry = kApplicationId, .icon = iconUri(layout_)},
+          [this](const std::string& token) { mainWindow_.setActivationToken(token); }),
       loginItem_(autostartFolder(), kApplicationId, layout_.executable) {}
 
 Services LinuxPlatform::services() {

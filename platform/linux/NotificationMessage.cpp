@@ -29,7 +29,7 @@ std::string escaped(const std::string& text) {
 
 GVariant* notifyParameters(const Notification& notification, std::uint32_t replaced,
                            const std::set<std::string>& capabilities,
-                           const std::string& applicationId) {
+                           const NotificationSender& sender) {
   const std::string title = repairedUtf8(notification.title);
   const std::string plainBody = repairedUtf8(notification.body);
   const std::string body = capabilities.contains("body-markup") ? escaped(plainBody) : plainBody;
@@ -44,8 +44,8 @@ GVariant* notifyParameters(const Notification& notification, std::uint32_t repla
   g_variant_builder_init(&hints, G_VARIANT_TYPE("a{sv}"));
   g_variant_builder_add(&hints, "{sv}", "sound-name", g_variant_new_string(kDefaultSound));
   g_variant_builder_add(&hints, "{sv}", "desktop-entry",
-                        g_variant_new_string(applicationId.c_str()));
-  return g_variant_new("(susssasa{sv}i)", kNotificationSender, replaced, applicationId.c_str(),
+                        g_variant_new_string(sender.desktopEntry.c_str()));
+  return g_variant_new("(susssasa{sv}i)", kNotificationSenderName, replaced, sender.icon.c_str(),
                        title.c_str(), body.c_str(), &actions, &hints, kServersOwnTime);
 }
 

@@ -190,7 +190,10 @@ class NotificationTest(HostTest):
         output_of("wmctrl", "-i", "-c", wait_until(visible_window, "the window"))
         wait_until(lambda: not visible_window(), "hiding")
         window = wait_until(notification_windows, "the notification")[0]
-        output_of("xdotool", "mousemove", "--window", window, "60", "30", "click", "1")
+        size = dict(line.split("=") for line in output_of(
+            "xdotool", "getwindowgeometry", "--shell", window).splitlines())
+        output_of("xdotool", "mousemove", "--window", window, str(int(size["WIDTH"]) - 57),
+                  str(int(size["HEIGHT"]) - 32), "click", "1")
         wait_until(visible_window, "the window")
         picture("after-opening-a-notification")
 

@@ -108,10 +108,8 @@ class NotificationCenterTest : public testing::Test {
   void startCenter() {
     center_.reset();
     center_ = std::make_unique<FreedesktopNotificationCenter>(
-        bus_, store_,
-        FreedesktopNotificationCenter::ApplicationIdentity{
-            .id = "org.example.App",
-            .activationTokenGiven = [this](const std::string& token) { events_ += token + ' '; }});
+        bus_, store_, NotificationSender{.desktopEntry = "org.example.App", .icon = "icon"},
+        [this](const std::string& token) { events_ += token + ' '; });
     center_->setOpenHandler([this] { events_ += "opened "; });
   }
   void post(const std::string& identifier, const std::string& title) {
@@ -294,15 +292,16 @@ TEST_F(NotificationCenterTest, ShowsThemEvenWhenTheirNumbersCannotBeKept) {
 
 TEST(NotificationMessageTest, SaysWhatTheServerCanTake) {
   const auto text = [](const std::set<std::string>& capabilities) {
-    const GVariantPointer parameters(g_variant_ref_sink(notifyParameters(
-        {.identifier = "a", .title = "<T>", .body = "1 < 2 \xff &"}, 3, capabilities, "org.app")));
+    const GVariantPointer parameters(g_variant_ref_sink(
+        notifyParameters({.identifier = "a", .title = "<T>", .body = "1 < 2 \xff &"}, 3,
+                         capabilities, {.desktopEntry = "org.app", .icon = "file:///i"})));
     return std::string(GCharPointer(g_variant_print(parameters.get(), FALSE)).get());
   };
   EXPECT_EQ(text({"body", "body-markup", "actions"}),
-            "('Brevanholt', 3, 'org.app', '<T>', '1 &lt; 2 \uFFFD &amp;', ['default', 'Open'], "
+            "('Brevanholt', 3, 'file:///i', '<T>', '1 &lt; 2 \uFFFD &amp;', ['default', 'Open'], "
             "{'sound-name': <'message-new-instant'>, 'desktop-entry': <'org.app'>}, -1)");
   EXPECT_EQ(text({"body"}),
-            "('Brevanholt', 3, 'org.app', '<T>', '1 < 2 \uFFFD &', [], "
+            "('Brevanholt', 3, 'file:///i', '<T>', '1 < 2 \uFFFD &', [], "
             "{'sound-name': <'message-new-instant'>, 'desktop-entry': <'org.app'>}, -1)");
 }
 
