@@ -3,6 +3,7 @@
 #include "platform/foundation/Files.h"
 #include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Utf8.h"
+#include "platform/linux/ReplaceFile.h"
 
 #include <cerrno>
 #include <string_view>
@@ -92,13 +93,7 @@ void AutostartLoginItem::registerItem() {
   set(G_KEY_FILE_DESKTOP_KEY_STARTUP_NOTIFY, "false");
   gsize size = 0;
   const GCharPointer text(g_key_file_to_data(entry.get(), &size, nullptr));
-  constexpr auto kWhole = static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT |
-                                                             G_FILE_SET_CONTENTS_DURABLE);
-  GError* failure = nullptr;
-  g_file_set_contents_full(file_.c_str(), text.get(), static_cast<gssize>(size), kWhole, 0644,
-                           &failure);
-  const GErrorPointer error(failure);
-  if (error) throw PlatformError(error->message);
+  replaceFile(file_, {text.get(), size}, 0644);
 }
 
 void AutostartLoginItem::unregisterItem() {

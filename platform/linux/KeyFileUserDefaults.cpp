@@ -6,6 +6,7 @@
 #include "platform/foundation/MoveIntoPlace.h"
 #include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Uuid.h"
+#include "platform/linux/ReplaceFile.h"
 
 #include <cerrno>
 #include <cstring>
@@ -162,13 +163,7 @@ void KeyFileUserDefaults::setAside() const {
 void KeyFileUserDefaults::replaceWith(GKeyFile* contents) const {
   gsize size = 0;
   const GCharPointer text(g_key_file_to_data(contents, &size, nullptr));
-  constexpr auto kOnTheDisk = static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT |
-                                                                 G_FILE_SET_CONTENTS_DURABLE);
-  GError* failure = nullptr;
-  g_file_set_contents_full(file_.c_str(), text.get(), static_cast<gssize>(size), kOnTheDisk, 0600,
-                           &failure);
-  const GErrorPointer ownedFailure(failure);
-  if (failure != nullptr) throw PlatformError(failure->message);
+  replaceFile(file_, {text.get(), size}, 0600);
 }
 
 }  // namespace brevanholt::platform

@@ -123,12 +123,14 @@ class ServicesTest(HostTest, dbusmock.DBusTestCase):
         def ip(*change):
             output_of("nsenter", "--target", str(shell.host.process.pid), "--net", "ip", *change)
 
-        self.assert_asks_for_discovery(shell, lambda: ip("link", "set", "lo", "up"))
-        self.assert_asks_for_discovery(
-            shell, lambda: ip("address", "add", "192.0.2.2/24", "dev", "lo"))
-        self.assert_asks_for_discovery(
-            shell, lambda: ip("address", "add", "192.0.2.3/24", "dev", "lo"))
-        self.assert_asks_for_discovery(shell, lambda: ip("link", "set", "lo", "down"))
+        ip("link", "add", "near", "type", "veth", "peer", "name", "far")
+        for change in ("link set lo up", "link set far up", "link set near up",
+                       "address add 192.0.2.2/24 dev near", "address add 192.0.2.3/24 dev near",
+                       "address delete 192.0.2.3/24 dev near",
+                       "address add 2001:db8::5/64 dev near", "route add default via 192.0.2.1",
+                       "link set far down", "link set near down"):
+            with self.subTest(change):
+                self.assert_asks_for_discovery(shell, lambda: ip(*change.split()))
 
     def test_starts_at_login_when_asked_to(self):
         shell = Shell(self)

@@ -157,6 +157,7 @@ class NotificationCenterTest : public testing::Test {
 };
 
 TEST_F(NotificationCenterTest, ReplacesByIdentifierEvenBeforeTheFirstWasAnswered) {
+  store_.refusesReading = store_.refusesSetting = true;
   startServer();
   startCenter();
   post("a", "first");
@@ -278,16 +279,6 @@ TEST_F(NotificationCenterTest, HandsOnWhatTheServiceSays) {
   EXPECT_EQ(authorization(), "granted");
   server_->isInhibited = true;
   EXPECT_EQ(authorization(), "declined");
-}
-
-TEST_F(NotificationCenterTest, ShowsThemEvenWhenTheirNumbersCannotBeKept) {
-  store_.refusesReading = store_.refusesSetting = true;
-  startServer();
-  startCenter();
-  post("a", "first");
-  post("a", "second");
-  EXPECT_THAT(outcomes(2), ElementsAre("shown", "shown"));
-  EXPECT_THAT(titles(), ElementsAre("second"));
 }
 
 TEST(NotificationMessageTest, SaysWhatTheServerCanTake) {
