@@ -15,7 +15,7 @@ from shell import Shell
 from tray import picture
 
 AUTOSTART = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "autostart"
-LOGIND = "org.freedesktop.login1"
+LOGIND_MANAGER = "org.freedesktop.login1.Manager"
 HOSTNAMED = "org.freedesktop.hostname1"
 SCREEN_SAVER = "org.freedesktop.ScreenSaver"
 TRANSFER = ("sleep", "Brevanholt", "Brevanholt file transfer", "block")
@@ -26,13 +26,12 @@ class ServicesTest(HostTest, dbusmock.DBusTestCase):
     @classmethod
     def setUpClass(cls):
         cls.start_system_bus()
-        cls.bus = cls.get_dbus(system_bus=True)
 
-    def mock(self, name, interface=None, system_bus=True):
-        """A service whose one object is where its name says."""
+    def mock(self, name, system_bus=True):
+        """A service whose one object, and its interface, are where its name says."""
         path = "/" + name.replace(".", "/")
-        interface = interface or name
-        server = self.spawn_server(name, path, interface, system_bus=system_bus)
+        server = self.spawn_server(name, path, name, system_bus=system_bus,
+                                   stdout=subprocess.DEVNULL)
         self.addCleanup(server.wait)
         self.addCleanup(server.terminate)
         bus = self.get_dbus(system_bus=system_bus)
@@ -63,7 +62,7 @@ class ServicesTest(HostTest, dbusmock.DBusTestCase):
 
         def inhibitors():
             return [tuple(map(str, each[:4])) for each in logind.ListInhibitors(
-                dbus_interface="org.freedesktop.login1.Manager")]
+                dbus_interface=LOGIND_MANAGER)]
 
         shell = Shell(self)
         for _ in range(2):
@@ -88,10 +87,9 @@ class ServicesTest(HostTest, dbusmock.DBusTestCase):
         screen_saver = self.mock(SCREEN_SAVER, system_bus=False)
         shell = Shell(self)
         wait_until(visible_window, "the window")
-        shell.call("deviceName")
 
         def sleep(begins):
-            manager.EmitSignal("org.freedesktop.login1.Manager", "PrepareForSleep", "b", [begins])
+            manager.EmitSignal(LOGIND_MANAGER, "PrepareForSleep", "b", [begins])
 
         def blank(begins):
             screen_saver.EmitSignal(SCREEN_SAVER, "ActiveChanged", "b", [begins])
