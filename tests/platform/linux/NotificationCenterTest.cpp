@@ -281,6 +281,36 @@ TEST_F(NotificationCenterTest, HandsOnWhatTheServiceSays) {
   EXPECT_EQ(authorization(), "declined");
 }
 
+TEST(NotificationSwitchesTest, ReadsTheDesktopsOwnSettingsWhereItHasThem) {
+  g_setenv("GSETTINGS_BACKEND", "memory", TRUE);
+  GSettingsSchemaSource* schemas = g_settings_schema_source_get_default();
+  const std::string schema = "org.gnome.desktop.notifications";
+  if (schemas == nullptr ||
+      g_settings_schema_source_lookup(schemas, schema.c_str(), TRUE) == nullptr) {
+    GTEST_SKIP() << "GNOME's settings are not installed";
+  }
+  const GObjectPointer<GSettings> all(g_settings_new(schema.c_str()));
+  const GObjectPointer<GSettings> ours(
+      g_settings_new_with_path((schema + ".application").c_str(),
+                               "/org/gnome/desktop/notifications/application/org-example-app/"));
+  const PrivateBus privateBus;
+  Bus bus(privateBus.address());
+  NotificationSwitches switches(bus, "Example", "org.example.App");
+  const auto areOff = [&switches] {
+    bool answer = false;
+    switches.areOff("gnome-shell", [&answer](bool areThey) { answer = areThey; });
+    return answer;
+  };
+  EXPECT_FALSE(areOff());
+  for (const auto& [settings, key] :
+       {std::pair(all.get(), "show-banners"), std::pair(ours.get(), "enable")}) {
+    g_settings_set_boolean(settings, key, FALSE);
+    EXPECT_TRUE(areOff()) << key;
+    g_settings_reset(settings, key);
+    EXPECT_FALSE(areOff()) << key;
+  }
+}
+
 TEST(NotificationMessageTest, SaysWhatTheServerCanTake) {
   const auto text = [](const std::set<std::string>& capabilities) {
     const GVariantPointer parameters(g_variant_ref_sink(
