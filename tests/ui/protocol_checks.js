@@ -1,0 +1,233 @@
+// What the protocol promises, checked in the engine that runs it, with the host's own cryptography.
+
+import { equal, runChecks } from './checking.js';
+import { pipe, tappedPipe } from './pipe.js';
+import { platform } from './platform.js';
+import { decodeAnnouncement, encodeAnnouncement } from './protocol/announcement.js';
+import { hex, jsonBytes, randomBytes, utf8 } from './protocol/bytes.js';
+import { Conversation, Type } from './protocol/conversation.js';
+import { answer, call } from './protocol/handshake.js';
+import { introduce } from './protocol/introduction.js';
+import { Limit } from './protocol/limits.js';
+import { decodeManifest, encodeManifest } from './protocol/manifest.js';
+import { SealedStream } from './protocol/sealed_stream.js';
+import { filledRecord, segmentsIn, segmentsOf } from './protocol/segments.js';
+import { Progress } from './model/progress.js';
+import { Trust } from './model/trust.js';
+
+const party = (name, first) =>
+  ({ id: `${first.repeat(8)}-0000-4000-8000-000000000000`, name, key: new Uint8Array(65).fill(4) });
+const ANNA = party('Anna', 'a');
+const BOB = party('Bob', 'b');
+const KEY = new Uint8Array(32).fill(9);
+const cipher = { seal: (data) => platform.cryptoEncrypt(KEY, data), open: (data) => platform.cryptoDecrypt(KEY, data) };
+
+/** The code of the error that it ends with. */
+async function failure(promise) {
+  try {
+    await promise;
+  } catch (error) {
+    return error.code ?? error.name;
+  }
+  return 'none';
+}
+
+const refusal = (action) => failure((async () => action())());
+
+const shaken = ([caller, callee]) => Promise.all([call(caller, ANNA), answer(callee, BOB)]);
+
+/** Both ends' conversations over streams. */
+async function conversations(streams) {
+  const sessions = await shaken(streams);
+  return sessions.map((session, at) =>
+    ({ session, talk: new Conversation(new SealedStream(streams[at], cipher, session), streams[at]) }));
+}
+
+/** What becomes of three records when somebody changes what the caller sends after the handshake. */
+async function outcomeOf(meddle) {
+  const frames = [];
+  const streams = tappedPipe((frame, number) => {
+    if (number < 2) return [frame];
+    frames.push(frame);
+    return meddle(frame, number - 2, frames);
+  });
+  const [caller, callee] = await conversations(streams);
+  for (const text of ['one', 'two', 'three']) caller.talk.send(Type.data, utf8(text)).catch(() => {});
+  const heard = [];
+  const end = await failure((async () => {
+    for (;;) heard.push(new TextDecoder().decode((await callee.talk.next()).body));
+  })());
+  await Promise.all([caller.talk.close(), callee.talk.close()]);
+  return [...heard, end];
+}
+
+const memory = () => ({ load: async () => null, save: async () => {} });
+
+const checks = {
+  announcementsCarryADeviceAndNothingElse() {
+    const here = { kind: 'here', ...BOB, port: 4711 };
+    equal(hex(decodeAnnouncement(encodeAnnouncement(here)).key), hex(BOB.key));
+    equal(decodeAnnouncement(encodeAnnouncement({ kind: 'query' })), { kind: 'query' });
+    const long = encodeAnnouncement({ ...here, name: '日'.repeat(900) });
+    equal(long.length <= Limit.datagram, true);
+    equal(decodeAnnouncement(long).name, '日'.repeat(Limit.nameCharacters));
+    const nameOf = (name) => decodeAnnouncement(encodeAnnouncement({ ...here, name })).name;
+    equal(nameOf('  Bob\n\u202egpj.exe\u0000 '), 'Bob gpj.exe');
+    equal(nameOf('\u200b'), 'Unnamed device');
+
+    const good = { brevanholt: 1, kind: 'here', id: BOB.id, name: 'Bob', port: 1, key: hex(BOB.key) };
+    const bad = [{ brevanholt: 2 }, { kind: 'there' }, { id: '../../x' }, { port: 0 }, { port: 65_536 },
+      { port: '1' }, { key: 'zz' }, { key: hex(BOB.key).slice(2) }, { key: null }, { pad: 'x'.repeat(1200) }];
+    equal(bad.map((change) => decodeAnnouncement(jsonBytes({ ...good, ...change }))), bad.map(() => null));
+    equal([utf8(''), utf8('[]'), utf8('null'), randomBytes(300)].map(decodeAnnouncement), [null, null, null, null]);
+  },
+
+  async manifestsAreBounded() {
+    const entries = [{ kind: 'directory', path: 'Photos', size: 0 },
+      { kind: 'file', path: 'Photos/it\'s "100%".jpg', size: 2 ** 40 }, { kind: 'text', path: 'Text', size: 5 }];
+    equal(decodeManifest(encodeManifest(entries)), entries);
+    const bad = [
+      {}, [], [[0, 'a']], [[3, 'a', 0]], [['0', 'a', 0]], [[0, 'a', -1]], [[0, 'a', 0.5]], [[1, 'a', 1]],
+      [[2, 'a', Limit.textBytes + 1]], [[0, 'a', 2 ** 53]],
+      [[0, 'a', 2 ** 53 - 1], [0, 'b', 1]],
+      ...['', '/', '/etc/passwd', 'a/../../b', '..', './a', 'a//b', 'a/', 'a\0b', 'x'.repeat(256),
+        'a/'.repeat(Limit.depth) + 'b'].map((path) => [[0, path, 1]]),
+      Array.from({ length: Limit.entries + 1 }, () => [0, 'a', 1]),
+    ];
+    for (const list of bad) equal(await refusal(() => decodeManifest(jsonBytes(list))), 'not-understood');
+    equal(await refusal(() => decodeManifest(new Uint8Array([0x5b, 0xff]))), 'not-understood');
+    const many = Array.from({ length: Limit.entries + 1 }, () => entries[1]);
+    equal(await refusal(() => encodeManifest(many)), 'too-large');
+  },
+
+  async segmentsCoverEveryFileOnceInOrder() {
+    const sizes = [0, 1, 3 * Limit.chunk + 7, 0, ...Array.from({ length: 40 }, (_, at) => at), Limit.chunk];
+    const entries = sizes.map((size, at) => ({ kind: at === 3 ? 'directory' : 'file', path: `${at}`, size }));
+    const taken = new Map();
+    for (const record of segmentsOf(entries)) {
+      const { body } = await filledRecord(record, async ({ index, length }) => new Uint8Array(length).fill(index));
+      equal(body.length <= Limit.frame - 1024, true);
+      for (const { index, offset, length, bytes } of segmentsIn(body)) {
+        equal([offset, bytes.every((byte) => byte === index)], [taken.get(index) ?? 0, true]);
+        taken.set(index, offset + length);
+      }
+    }
+    equal([...taken], sizes.map((size, at) => [at, size]).filter(([at]) => at !== 3));
+    const short = filledRecord([{ index: 0, offset: 0, length: 2 }], async () => new Uint8Array(1));
+    equal(await failure(short), 'changed-file');
+    const beyond = new Uint8Array(20);
+    beyond[15] = 5;
+    equal(await refusal(() => [...segmentsIn(beyond)]), 'not-understood');
+    equal(await refusal(() => [...segmentsIn(new Uint8Array(15))]), 'not-understood');
+  },
+
+  async handshakesEndInOneSessionAndOneCode() {
+    const [one, other] = await shaken(pipe());
+    equal([hex(one.session), one.code, one.peer.name], [hex(other.session), other.code, 'Bob']);
+    equal([other.peer.name, /^\d{6}$/.test(one.code), one.isCaller], ['Anna', true, true]);
+    const [again] = await shaken(pipe());
+    equal(hex(again.session) === hex(one.session), false);
+  },
+
+  async handshakesRefuseStrangers() {
+    const nonce = (_frame, number) => (number === 1 ? [jsonBytes({ nonce: '00'.repeat(32) })] : [_frame]);
+    const streams = tappedPipe(nonce);
+    call(streams[0], ANNA).catch(() => {});
+    equal(await failure(answer(streams[1], BOB)), 'not-understood');
+
+    const stranger = async (bytes) => {
+      const [caller, callee] = pipe();
+      caller.write(bytes);
+      const code = await failure(answer(callee, BOB));
+      await callee.close();
+      return [code, await caller.read(Limit.helloBytes)];
+    };
+    const [code, reply] = await stranger(jsonBytes({ brevanholt: [7] }));
+    equal([code, new TextDecoder().decode(reply)], ['version', '{"refused":"version","brevanholt":[1]}']);
+    for (const bytes of [utf8('GET / HTTP/1.1'), randomBytes(200), new Uint8Array(Limit.helloBytes + 1),
+      jsonBytes({ brevanholt: [1], id: '..', key: '' })]) {
+      equal(['not-understood', 'version'].includes((await stranger(bytes))[0]), true);
+    }
+    const [caller, callee] = pipe();
+    callee.write(jsonBytes({ refused: 'busy' }));
+    equal(await failure(call(caller, ANNA)), 'busy');
+  },
+
+  async recordsArriveOnceInOrderOrNotAtAll() {
+    equal(await outcomeOf((frame, at) => (at === 2 ? [frame, new Uint8Array(0)] : [frame])),
+      ['one', 'two', 'three', 'not-understood']);
+    equal(await outcomeOf((frame, at) => (at === 1 ? [frame, frame] : [frame])), ['one', 'two', 'not-understood']);
+    equal(await outcomeOf((frame, at) => (at === 1 ? [] : [frame])), ['one', 'not-understood']);
+    equal(await outcomeOf((frame, at, all) => [[], [frame, all[0]], [frame]][at]), ['not-understood']);
+    equal(await outcomeOf((frame, at) => {
+      if (at === 1) frame[40] ^= 1;
+      return [frame];
+    }), ['one', 'not-understood']);
+
+    // Sent back to where it came from, and moved to another session of the same two devices.
+    const [caller, callee] = pipe();
+    const [session, theirs] = await shaken([caller, callee]);
+    const sealed = new SealedStream(caller, cipher, session);
+    await sealed.send(Type.data, utf8('one'));
+    const frame = await callee.read(Limit.frame);
+    equal(await failure(new SealedStream(caller, cipher, session).open(frame)), 'not-understood');
+    const [other] = await shaken(pipe());
+    equal(await failure(new SealedStream(callee, cipher, { ...other, isCaller: false }).open(frame)), 'not-understood');
+    equal((await new SealedStream(callee, cipher, theirs).open(frame)).type, Type.data);
+  },
+
+  async endsHaveReasons() {
+    const [caller, callee] = await conversations(pipe());
+    await caller.talk.close('disk-full');
+    equal(await failure(callee.talk.next()), 'disk-full-there');
+    const [one, other] = await conversations(pipe());
+    await one.talk.close();
+    equal(await failure(other.talk.next()), 'lost');
+    await Promise.all([callee.talk.close(), other.talk.close()]);
+  },
+
+  async strangersCompareACodeOnceAndAreKnownByTheirKeyThen() {
+    const trusts = [new Trust(memory(), new Map()), new Trust(memory(), new Map())];
+    const meet = async (answers) => {
+      const ends = await conversations(pipe());
+      const codes = [];
+      const results = await Promise.all(ends.map(({ talk, session }, at) => {
+        const result = failure(introduce(talk, session, trusts[at], async (code) => {
+          codes.push(code);
+          return answers[at];
+        }));
+        return result.then(async (reason) => {
+          if (reason !== 'none') await talk.close(reason);
+          return reason;
+        });
+      }));
+      await Promise.all(ends.map(({ talk }) => talk.close()));
+      return { codes: codes.length, same: new Set(codes).size <= 1, results };
+    };
+    equal(await meet([true, false]), { codes: 2, same: true, results: ['code-differs', 'code-differs'] });
+    equal(trusts[0].of(BOB.id, BOB.key), 'new');
+    equal(await meet([true, true]), { codes: 2, same: true, results: ['none', 'none'] });
+    equal(await meet([false, false]), { codes: 0, same: true, results: ['none', 'none'] });
+
+    const otherKey = new Uint8Array(65).fill(5);
+    equal(trusts[0].of(BOB.id, otherKey), 'changed');
+    await trusts[1].pin(ANNA.id, otherKey, 'Anna');
+    equal(await meet([true, true]), { codes: 0, same: true, results: ['changed-key', 'new-key'] });
+    trusts[1].agree(ANNA.id, ANNA.key);
+    equal((await meet([true, true])).results, ['none', 'none']);
+    equal([trusts[1].of(ANNA.id, ANNA.key), trusts[1].of(ANNA.id, otherKey)], ['trusted', 'changed']);
+    await trusts[0].forget(BOB.id);
+    equal(trusts[0].of(BOB.id, otherKey), 'new');
+  },
+
+  progressIsToldByASteadyClock() {
+    const progress = new Progress(10_000_000, 0);
+    equal(progress.add(100_000, 100), { bytesDone: 100_000, rate: 0, secondsLeft: null });
+    for (let now = 200; now < 2000; now += 100) progress.add(100_000, now);
+    equal(progress.add(100_000, 2000), { bytesDone: 2_000_000, rate: 1_000_000, secondsLeft: 8 });
+    equal(progress.add(0, 20_000).rate < 200_000, true);
+    equal(progress.add(10 ** 9, 20_100).bytesDone, 10_000_000);
+  },
+};
+
+export const scenario = () => runChecks(checks);
