@@ -1,0 +1,58 @@
+// What the rest of the desktop is told: the status menu, the background mode, notifications.
+
+import { Float64, platform } from '../platform.js';
+import { isEnded } from './transfers.js';
+
+/** @typedef {import('./types.js').Transfer} Transfer */
+
+const RECENT = 5;
+
+/** @type {Record<string, string>} */
+const OUTCOMES = {
+  complete: 'Done', failed: 'Failed', cancelled: 'Cancelled', declined: 'Declined',
+  connecting: 'Connecting…', confirming: 'Compare the code', asking: 'Waiting for an answer',
+};
+
+/** @param {Transfer} transfer */
+const title = ({ direction, deviceName }) =>
+  (direction === 'send' ? `To ${deviceName}` : `From ${deviceName}`);
+
+/** @param {Transfer} transfer */
+function fraction({ state, bytesDone, bytesTotal }) {
+  if (state === 'complete') return 1;
+  return bytesTotal > 0 ? bytesDone / bytesTotal : 0;
+}
+
+/** @param {Transfer} transfer */
+const snapshot = (transfer) => ({
+  title: title(transfer),
+  item: transfer.name,
+  stateKey: transfer.state === 'declined' ? 'cancelled' : transfer.state,
+  progressLabel: OUTCOMES[transfer.state] ?? `${Math.floor(fraction(transfer) * 100)} %`,
+  progress: new Float64(fraction(transfer)),
+});
+
+export class Shell {
+  #lastShell = '';
+  #lastMode = '';
+
+  /**
+   * @param {boolean} visible
+   * @param {Transfer[]} transfers unfinished first
+   */
+  update(visible, transfers) {
+    const unfinished = transfers.filter((transfer) => !isEnded(transfer));
+    const recent = transfers.filter(isEnded).slice(0, RECENT);
+    const active = unfinished.find(({ state }) => state === 'active') ?? unfinished[0];
+    const shell = { visible, activeTransfer: active ? snapshot(active) : null,
+      recentTransfers: recent.map(snapshot) };
+    const mode = { enabled: visible || unfinished.length > 0,
+      transferInProgress: unfinished.some(({ state }) => state === 'active') };
+    const shellText = JSON.stringify(shell);
+    const modeText = JSON.stringify(mode);
+    if (shellText !== this.#lastShell) platform.updateDesktopShell(shell).catch(() => {});
+    if (modeText !== this.#lastMode) platform.setBackgroundMode(mode).catch(() => {});
+    this.#lastShell = shellText;
+    this.#lastMode = modeText;
+  }
+}
