@@ -5,9 +5,10 @@ import { fingerprintOf } from '../protocol/bytes.js';
 import { Endpoint } from '../protocol/endpoint.js';
 import { Courier } from './courier.js';
 import { Devices } from './devices.js';
-import { itemOf, nameOf, pathsOf, textItem } from './items.js';
+import { itemOf, measured, nameOf, pathsOf, textItem } from './items.js';
 import { Notices } from './notices.js';
 import { changedSettings, loadSettings } from './settings.js';
+import { sweepScratches } from './scratches.js';
 import { Shell } from './shell.js';
 import { Storage } from './storage.js';
 import { canRetry, isEnded, Transfers } from './transfers.js';
@@ -77,6 +78,7 @@ export class Application extends EventTarget {
     const stored = await storage.load('device');
     const id = typeof stored?.id === 'string' ? stored.id : crypto.randomUUID();
     if (!stored) await storage.save('device', { id });
+    await sweepScratches(storage);
     const [trust, transfers, settings, kept] = await Promise.all([Trust.load(storage),
       Transfers.load(storage), loadSettings(storage), storage.load('outbox')]);
     const application = new Application({ storage, trust, transfers, settings,
@@ -252,13 +254,11 @@ export class Application extends EventTarget {
   async agreeToNewKey(deviceId) {
     const { id, key } = this.#devices.neighbour(deviceId);
     this.#trust.agree(id, key);
-    await this.#devices.refresh();
   }
 
   /** @param {string} deviceId */
   async forgetDevice(deviceId) {
     await this.#trust.forget(this.#devices.neighbour(deviceId).id);
-    await this.#devices.refresh();
   }
 
   openReceiveFolder() {
@@ -288,7 +288,6 @@ export class Application extends EventTarget {
     const transfer = this.#transfers.add({ direction: 'send', deviceId: neighbour.id,
       deviceName: neighbour.name, name: nameOf(items), state: 'connecting', items });
     await this.#courier.send(transfer, () => this.#endpoint.connect(neighbour));
-    await this.#devices.refresh();
     if (this.#transfers.list.some(({ id, state }) => id === transfer.id && state === 'complete')) {
       this.#transfers.change(transfer.id, { items: [] });
       await this.#release(items);
@@ -303,7 +302,19 @@ export class Application extends EventTarget {
 
   /** @param {import('../platform.js').SharedEntry[]} entries */
   #add(entries) {
-    if (entries.length > 0) this.#setOutbox([...this.outbox, ...entries.map(itemOf)]);
+    const items = entries.map(itemOf);
+    if (items.length === 0) return;
+    this.#setOutbox([...this.outbox, ...items]);
+    this.#measure(items);
+  }
+
+  /**
+   * Pickers and drops do not say how large things are.
+   * @param {Item[]} items
+   */
+  async #measure(items) {
+    const measures = await measured(items);
+    this.#setOutbox(this.outbox.map((item) => measures.get(item) ?? item));
   }
 
   /** @param {Item[]} outbox */

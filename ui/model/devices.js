@@ -29,7 +29,8 @@ export class Devices extends EventTarget {
     super();
     this.#trust = trust;
     this.#discovery = new Discovery(self);
-    this.#discovery.addEventListener('change', () => this.refresh());
+    this.#discovery.addEventListener('change', () => this.#refresh());
+    trust.addEventListener('change', () => this.#refresh());
   }
 
   get list() {
@@ -73,7 +74,7 @@ export class Devices extends EventTarget {
     return found;
   }
 
-  async refresh() {
+  async #refresh() {
     const { neighbours } = this.#discovery;
     await Promise.all(neighbours.map(async ({ key }) => {
       const name = hex(key);

@@ -80,6 +80,23 @@ async function outgoingOf(item) {
 }
 
 /**
+ * The items that are other than they say, as they are.
+ * @param {Item[]} items
+ * @returns {Promise<Map<Item, Item>>}
+ */
+export async function measured(items) {
+  const measures = new Map();
+  const unknown = items.filter(({ kind, size }) => kind === 'file' && size === 0);
+  for (let at = 0; at < unknown.length; at += AT_ONCE) {
+    await Promise.all(unknown.slice(at, at + AT_ONCE).map(async (item) => {
+      const found = await stat(item.path).catch(() => null);
+      if (found?.kind === 'file') measures.set(item, { ...item, size: found.size });
+    }));
+  }
+  return measures;
+}
+
+/**
  * The paths that the host keeps open for these items.
  * @param {Item[]} items
  */

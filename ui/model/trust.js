@@ -8,7 +8,8 @@ const DOCUMENT = 'trusted-devices';
 /** @typedef {import('./storage.js').Storage} Storage */
 /** @typedef {{ key: string, name: string }} Pin */
 
-export class Trust {
+/** Dispatches “change”. */
+export class Trust extends EventTarget {
   #storage;
   /** @type {Map<string, Pin>} by identity */
   #pins;
@@ -20,6 +21,7 @@ export class Trust {
    * @param {Map<string, Pin>} pins
    */
   constructor(storage, pins) {
+    super();
     this.#storage = storage;
     this.#pins = pins;
   }
@@ -64,6 +66,7 @@ export class Trust {
    */
   agree(id, key) {
     this.#agreed.set(id, hex(key));
+    this.dispatchEvent(new Event('change'));
   }
 
   /** @param {string} id */
@@ -74,6 +77,7 @@ export class Trust {
   }
 
   #save() {
+    this.dispatchEvent(new Event('change'));
     return this.#storage.save(DOCUMENT, Object.fromEntries(this.#pins));
   }
 }

@@ -36,6 +36,8 @@ export class Conversation {
   #isOver = false;
   #unwritten = 0;
   #pings;
+  #reading;
+  #closed = Promise.resolve();
 
   /**
    * @param {import('./sealed_stream.js').SealedStream} stream
@@ -47,7 +49,7 @@ export class Conversation {
     this.#pings = setInterval(() => {
       if (this.#unwritten === 0) this.send(Type.ping).catch(() => {});
     }, Time.ping);
-    this.#read();
+    this.#reading = this.#read();
   }
 
   /**
@@ -97,35 +99,36 @@ export class Conversation {
    * @param {string} [code] nothing where all is said
    */
   async close(code) {
-    if (this.#isOver && !code) return this.#hangUp();
-    if (code) {
-      const said = this.send(Type.end, jsonBytes({ code })).catch(() => {});
-      await within(said, 1000, this.#frames, 'lost').catch(() => {});
-    }
-    await this.#stream.finish();
-    return this.#hangUp();
-  }
-
-  async #hangUp() {
+    if (this.#isOver) return this.#closed;
     this.#isOver = true;
     clearInterval(this.#pings);
+    this.#arrived = [];
     this.#wakeReader.splice(0).forEach((wake) => wake());
     this.#wakeTaker.splice(0).forEach((wake) => wake());
-    await this.#stream.close();
+    this.#closed = this.#partWith(code).finally(() => this.#stream.close());
+    return this.#closed;
+  }
+
+  /** @param {string | undefined} code */
+  async #partWith(code) {
+    const farewell = code ? this.#stream.send(Type.end, jsonBytes({ code })) : Promise.resolve();
+    // Hanging up on bytes that were not read resets the connection, and the other side might never
+    // hear why. So what it still sends is read until it hangs up as well.
+    const parted = farewell.then(() => this.#stream.finish()).then(() => this.#reading);
+    await within(parted, Time.farewell, this.#frames, 'lost').catch(() => {});
   }
 
   async #read() {
-    while (!this.#isOver) {
-      const frame = within(this.#stream.readSealed(), Time.silence, this.#frames, 'lost');
-      let bytes;
+    for (;;) {
+      let frame;
       try {
-        bytes = await frame;
+        frame = await within(this.#stream.readSealed(), Time.silence, this.#frames, 'lost');
       } catch (error) {
         this.#arrive(Promise.reject(TransferError.of(error, 'lost')));
-        break;
+        return;
       }
-      this.#arrive(bytes ? this.#stream.open(bytes) : Promise.resolve(null));
-      if (!bytes) break;
+      if (!this.#isOver) this.#arrive(frame ? this.#stream.open(frame) : Promise.resolve(null));
+      if (!frame) return;
       while (this.#arrived.length >= AHEAD && !this.#isOver) {
         await new Promise((resolve) => this.#wakeReader.push(() => resolve(null)));
       }

@@ -35,5 +35,6 @@ export const Time = {
   handshake: 10_000,
   ping: 5000,
   silence: 20_000,
+  farewell: 3000,
   question: 300_000,
 };

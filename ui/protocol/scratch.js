@@ -7,6 +7,24 @@ import { joined } from './bytes.js';
 /** Bytes that may wait for the disk. */
 const UNWRITTEN = 8 << 20;
 
+/** The scratch paths in use; dispatches “change”. Whoever keeps them can clear up after a crash. */
+export const scratchPaths = new (class extends EventTarget {
+  /** @type {Set<string>} */
+  paths = new Set();
+
+  /** @param {string} path */
+  add(path) {
+    this.paths.add(path);
+    this.dispatchEvent(new Event('change'));
+  }
+
+  /** @param {string} path */
+  delete(path) {
+    this.paths.delete(path);
+    this.dispatchEvent(new Event('change'));
+  }
+})();
+
 /** @param {string} path */
 const lastPiece = (path) => path.slice(path.lastIndexOf('/') + 1);
 
@@ -61,7 +79,10 @@ export class Scratch {
     this.#isClosed = true;
     await file.close();
     const relativePath = this.#entry.path;
-    return platform.publishReceivedFile({ path, name: lastPiece(relativePath), relativePath });
+    const location = await platform.publishReceivedFile(
+      { path, name: lastPiece(relativePath), relativePath });
+    scratchPaths.delete(path);
+    return location;
   }
 
   async discard() {
@@ -70,6 +91,7 @@ export class Scratch {
     if (!opened) return;
     if (!this.#isClosed) await opened.file.close().catch(() => {});
     await remove(opened.path).catch(() => {});
+    scratchPaths.delete(opened.path);
   }
 
   /**
@@ -87,7 +109,9 @@ export class Scratch {
 
   async #open() {
     const path = await platform.temporaryReceivePath(lastPiece(this.#entry.path));
-    return { file: await EngineFile.create(path), path };
+    const file = await EngineFile.create(path);
+    scratchPaths.add(path);
+    return { file, path };
   }
 }
 
