@@ -95,6 +95,23 @@ class Host:
         return status
 
 
+class Orders:
+    """Orders to a scenario that follows them, as bundle/orders.js says."""
+
+    def __init__(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.given = 0
+
+    def give(self, order):
+        """Gives one order and returns what came of it."""
+        with open(self.folder / "orders", "a", encoding="utf-8") as orders:
+            orders.write(json.dumps(order) + "\n")
+        done = self.folder / f"done-{self.given}"
+        self.given += 1
+        wait_until(lambda: done.exists() and done.read_text(), f"the page to follow {order}")
+        return json.loads(done.read_text())
+
+
 class HostTest(unittest.TestCase):
     """A test that starts hosts and ends them."""
 

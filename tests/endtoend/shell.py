@@ -1,10 +1,6 @@
 """A host that a test can give orders to."""
 
-import json
-import pathlib
-import tempfile
-
-from host import output_of, wait_until
+from host import Orders, output_of
 from tray import Tray, icon_place
 
 
@@ -12,9 +8,8 @@ class Shell:
     """A host whose page does what it is told to."""
 
     def __init__(self, test, **how):
-        self.folder = pathlib.Path(tempfile.mkdtemp())
-        self.orders = 0
-        self.host = test.start(scenario="shell", arguments=[f"folder={self.folder}"], **how)
+        self.orders = Orders()
+        self.host = test.start(scenario="shell", arguments=[f"folder={self.orders.folder}"], **how)
         self.tray = Tray(self.host.process.pid)
 
     def call(self, method, **arguments):
@@ -27,12 +22,7 @@ class Shell:
 
     def show(self, state):
         """Sends one state, or a list of them, and returns what the page has counted."""
-        with open(self.folder / "orders", "a", encoding="utf-8") as orders:
-            orders.write(json.dumps(state) + "\n")
-        done = self.folder / f"done-{self.orders}"
-        self.orders += 1
-        wait_until(lambda: done.exists() and done.read_text(), "the page to send the state")
-        return json.loads(done.read_text())
+        return self.orders.give(state)
 
     def open_menu(self):
         x, y = icon_place()
