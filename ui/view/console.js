@@ -1,0 +1,146 @@
+// The developer console: calls of the host's methods, typed in, and its events as they come.
+
+import { button } from './controls.js';
+import { METHODS, skeleton } from './console_methods.js';
+import { errorText, objection, parseArguments, valueText } from './console_values.js';
+import { element, region, uniqueId } from './dom.js';
+
+/**
+ * @typedef {{ invoke: (method: string, args: unknown) => Promise<unknown>,
+ *             listen: (heard: (event: string, args: unknown) => void) => void }} ConsoleHost
+ */
+
+const MOST_ENTRIES = 200;
+
+/**
+ * @param {'reply' | 'error' | 'event'} kind
+ * @param {string} title
+ * @param {string} aside
+ * @param {[string, string][]} texts each with what it is
+ */
+function entry(kind, title, aside, texts) {
+  const made = element(
+    'li',
+    { class: `entry ${kind}` },
+    element(
+      'div',
+      { class: 'entry-head' },
+      element('strong', {}, title),
+      element('span', { class: 'faint' }, aside),
+    ),
+  );
+  for (const [label, text] of texts) {
+    if (text !== '')
+      made.append(
+        element(
+          'pre',
+          { role: 'group', 'aria-label': label, 'data-label': label, tabindex: 0 },
+          text,
+        ),
+      );
+  }
+  return made;
+}
+
+/** @param {number} milliseconds whole ones: the engine's clock tells pages no more */
+const durationText = (milliseconds) =>
+  milliseconds < 1 ? 'under 1 ms' : `${Math.round(milliseconds)} ms`;
+
+/**
+ * @param {ConsoleHost} host
+ * @param {import('./notices.js').Notices} notices
+ */
+export function consoleView(host, notices) {
+  const [methodId, argumentsId, namesId] = [uniqueId(), uniqueId(), uniqueId()];
+  const method = element('input', {
+    id: methodId,
+    list: namesId,
+    autocomplete: 'off',
+    spellcheck: 'false',
+    required: true,
+  });
+  const names = element(
+    'datalist',
+    { id: namesId },
+    ...Object.keys(METHODS).map((name) => element('option', { value: name })),
+  );
+  const typed = element('textarea', {
+    id: argumentsId,
+    rows: 4,
+    spellcheck: 'false',
+    placeholder: 'JSON; bytes as {"base64": "…"} or {"hex": "…"}',
+  });
+  const entries = element('ol', {
+    class: 'entries',
+    role: 'list',
+    'aria-label': 'Calls and events, the latest first',
+  });
+  const form = element(
+    'form',
+    { class: 'console-form' },
+    element('label', { for: methodId }, 'Method'),
+    method,
+    names,
+    element('label', { for: argumentsId }, 'Arguments'),
+    typed,
+    element(
+      'div',
+      { class: 'actions' },
+      element('button', { class: 'main', title: 'Ctrl+Enter' }, 'Call'),
+      button('Clear the list', () => entries.replaceChildren()),
+    ),
+  );
+
+  /** @param {HTMLElement} made */
+  const add = (made) => {
+    entries.prepend(made);
+    while (entries.childElementCount > MOST_ENTRIES) entries.lastElementChild?.remove();
+  };
+  const call = async () => {
+    const name = method.value.trim();
+    const given = typed.value.trim();
+    const start = performance.now();
+    try {
+      const args = parseArguments(given);
+      const refused = objection(name, args);
+      if (refused) throw new Error(refused);
+      const reply = await host.invoke(name, args);
+      const time = durationText(performance.now() - start);
+      add(
+        entry('reply', name, time, [
+          ['Called with', given],
+          ['Reply', valueText(reply)],
+        ]),
+      );
+      notices.speak([`${name} answered in ${time}`]);
+    } catch (error) {
+      const time = durationText(performance.now() - start);
+      add(
+        entry('error', name, time, [
+          ['Called with', given],
+          ['Error', errorText(error)],
+        ]),
+      );
+      notices.speak([`${name} failed`]);
+    }
+  };
+
+  let suggested = '';
+  method.addEventListener('input', () => {
+    if (!(method.value in METHODS) || typed.value !== suggested) return;
+    typed.value = suggested = skeleton(method.value);
+  });
+  form.addEventListener('submit', (event) => {
+    event.preventDefault();
+    call();
+  });
+  typed.addEventListener('keydown', (event) => {
+    if (event.key !== 'Enter' || !event.ctrlKey) return;
+    event.preventDefault();
+    form.requestSubmit();
+  });
+  host.listen((event, args) =>
+    add(entry('event', event, new Date().toLocaleTimeString(), [['Event', valueText(args)]])),
+  );
+  return region('console', 'Developer console', element('div', { class: 'card' }, form), entries);
+}

@@ -1,0 +1,110 @@
+// Values of the channel as text, and back. Byte arrays are {"base64": "…"} or {"hex": "…"}.
+
+import { METHODS } from './console_methods.js';
+
+const MOST_BYTES = 3 * 1024;
+const MOST_TEXT = 20_000;
+
+/** @param {string} text */
+function bytesOfHex(text) {
+  const digits = text.replace(/[\s:]/g, '');
+  if (!/^([0-9a-f]{2})*$/i.test(digits)) throw new Error(`“${text}” is no hex.`);
+  return Uint8Array.from(digits.match(/../g) ?? [], (pair) => parseInt(pair, 16));
+}
+
+/** @param {string} text */
+function bytesOfBase64(text) {
+  try {
+    return Uint8Array.from(atob(text), (letter) => letter.charCodeAt(0));
+  } catch {
+    throw new Error(`“${text}” is no base64.`);
+  }
+}
+
+/** @param {any} value */
+function revived(value) {
+  const keys = value && typeof value === 'object' ? Object.keys(value).join() : '';
+  if (keys === 'base64' && typeof value.base64 === 'string') return bytesOfBase64(value.base64);
+  if (keys === 'hex' && typeof value.hex === 'string') return bytesOfHex(value.hex);
+  return value;
+}
+
+/**
+ * @param {string} text JSON; nothing at all is null
+ * @returns {unknown}
+ */
+export function parseArguments(text) {
+  if (text.trim() === '') return null;
+  try {
+    return JSON.parse(text, (_key, value) => revived(value));
+  } catch (error) {
+    if (error instanceof SyntaxError)
+      throw new Error(`The arguments are no JSON. ${error.message}`);
+    throw error;
+  }
+}
+
+/** @param {Uint8Array} bytes */
+function bytesText(bytes) {
+  const kept = bytes.subarray(0, MOST_BYTES);
+  const base64 = btoa(Array.from(kept, (byte) => String.fromCharCode(byte)).join(''));
+  return kept.length === bytes.length ? { base64 } : { base64, bytesInAll: bytes.length };
+}
+
+/**
+ * A value as it can be typed in again; a very long one is cut short.
+ * @param {unknown} value
+ */
+export function valueText(value) {
+  const text = JSON.stringify(
+    value ?? null,
+    (_key, part) => {
+      if (part instanceof Uint8Array) return bytesText(part);
+      if (ArrayBuffer.isView(part))
+        return Array.from(/** @type {any} */ (part), (item) =>
+          typeof item === 'bigint' ? String(item) : item,
+        );
+      if (typeof part === 'bigint') return String(part);
+      if (part instanceof Map) return [...part];
+      return part;
+    },
+    2,
+  );
+  const more = text.length - MOST_TEXT;
+  return more > 0 ? `${text.slice(0, MOST_TEXT)}\n… and ${more} characters more` : text;
+}
+
+/** @param {unknown} error */
+export function errorText(error) {
+  const { code, message, details } = /** @type {any} */ (error ?? {});
+  return code === undefined
+    ? String(message ?? error)
+    : `${code}: ${message}${details === null || details === undefined ? '' : `\n${valueText(details)}`}`;
+}
+
+/** @type {Record<string, (value: any) => boolean>} */
+const IS = {
+  string: (value) => typeof value === 'string',
+  boolean: (value) => typeof value === 'boolean',
+  integer: (value) => Number.isInteger(value),
+  bytes: (value) => value instanceof Uint8Array,
+  strings: (value) => Array.isArray(value),
+  map: (value) => value !== null && typeof value === 'object',
+};
+
+/**
+ * What a call lacks. The host ends the program over a call without what its method requires.
+ * @param {string} method
+ * @param {any} args
+ * @returns {string | null} a sentence
+ */
+export function objection(method, args) {
+  const expected = METHODS[method];
+  if (!expected || Object.keys(expected).length === 0) return null;
+  if (!IS.map(args) || Array.isArray(args)) return `“${method}” takes a map of arguments.`;
+  for (const [key, type] of Object.entries(expected)) {
+    if (type.endsWith('?') || IS[type](args[key])) continue;
+    return `“${method}” requires “${key}”, of the type ${type}; without it the program would end.`;
+  }
+  return null;
+}

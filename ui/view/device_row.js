@@ -1,0 +1,103 @@
+// One device nearby.
+
+import { button, iconButton } from './controls.js';
+import { element, setAttribute, setShown, setText, uniqueId } from './dom.js';
+import { icon } from './icons.js';
+
+/** @typedef {import('../model/types.js').Device} Device */
+
+const WORDS = {
+  new: 'New: you compare a code before the first transfer',
+  trusted: 'Known device',
+  changed: 'Its key has changed',
+};
+
+/** What to do when the key of a device is not the one it had. */
+function changedKeyWarning() {
+  return element(
+    'p',
+    {},
+    'This device does not prove to be the one you know. It may have been set up ' +
+      'anew, or another device uses its name. Nothing is sent to it or received from it. If you go ' +
+      'on, both devices show a code to compare first.',
+  );
+}
+
+/**
+ * @param {{ send: () => void, choose: (isChosen: boolean) => void,
+ *           agree: () => void, forget: () => void }} actions
+ * @returns {import('./keyed_list.js').Row<{ device: Device, standing: import('./devices.js').Standing }>}
+ */
+export function deviceRow({ send, choose, agree, forget }) {
+  const title = element('span', { class: 'title' });
+  const words = element('span', { class: 'faint' });
+  const choice = element('input', {
+    type: 'checkbox',
+    on: { change: () => choose(choice.checked) },
+  });
+  const sending = button('Send', send);
+
+  const moreId = uniqueId();
+  const fingerprint = element('code', { class: 'fingerprint' });
+  const forgetting = button('Forget this device', forget);
+  const details = element(
+    'div',
+    { id: moreId, class: 'device-details', hidden: true },
+    element('span', { class: 'faint' }, 'Fingerprint'),
+    fingerprint,
+    forgetting,
+  );
+  const more = iconButton(
+    'more',
+    '',
+    () => {
+      details.hidden = !details.hidden;
+      setAttribute(more, 'aria-expanded', String(!details.hidden));
+    },
+    { class: 'icon-button more-icon', 'aria-expanded': 'false', 'aria-controls': moreId },
+  );
+
+  const warning = element(
+    'div',
+    { class: 'warning', role: 'group' },
+    changedKeyWarning(),
+    element(
+      'div',
+      { class: 'actions' },
+      button('Agree to the new key', agree),
+      button('Forget this device', forget),
+    ),
+  );
+  const line = element(
+    'div',
+    { class: 'row' },
+    choice,
+    icon('device'),
+    element('div', { class: 'words' }, title, words),
+    sending,
+    more,
+  );
+  return {
+    element: element('li', { class: 'device', tabindex: -1 }, line, warning, details),
+    update({ device, standing }) {
+      const { name, trust } = device;
+      setText(title, name);
+      setAttribute(title, 'title', name);
+      const mark = standing.sharesName ? ` · ${device.fingerprint.slice(0, 4)}` : '';
+      setText(words, WORDS[trust] + mark);
+      setAttribute(choice, 'aria-label', `Choose ${name}`);
+      setShown(choice, standing.canChoose);
+      choice.disabled = trust === 'changed';
+      if (choice.checked !== standing.isChosen) choice.checked = standing.isChosen;
+      setAttribute(sending, 'aria-label', `Send to ${name}`);
+      sending.disabled = !standing.canSend;
+      setShown(sending, trust !== 'changed');
+      setAttribute(more, 'aria-label', `Details of ${name}`);
+      setAttribute(more, 'title', 'Details');
+      setText(fingerprint, device.fingerprint);
+      setShown(forgetting, trust === 'trusted');
+      setShown(warning, trust === 'changed');
+      setAttribute(warning, 'aria-label', `The key of ${name} has changed`);
+    },
+  };
+}

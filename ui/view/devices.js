@@ -1,0 +1,88 @@
+// The devices nearby, to which what is in the outbox is sent: to one, or to all that are chosen.
+
+import { button } from './controls.js';
+import { deviceRow } from './device_row.js';
+import { element, keepingFocus, region, setShown, setText } from './dom.js';
+import { countText } from './format.js';
+import { nothingYet } from './icons.js';
+import { KeyedList } from './keyed_list.js';
+
+/** @typedef {import('../model/application.js').Application} Application */
+/** @typedef {import('../model/types.js').Device} Device */
+/** @typedef {{ canSend: boolean, canChoose: boolean, isChosen: boolean, sharesName: boolean }} Standing */
+
+/**
+ * @param {Application} application
+ * @param {import('./notices.js').Notices} notices
+ */
+export function devicesView(application, notices) {
+  const { attempt } = notices;
+  /** @type {Set<string>} */
+  const chosen = new Set();
+  const rows = element('ul', { class: 'rows', role: 'list', 'aria-label': 'Devices nearby' });
+  const nothing = nothingYet('device');
+  const sendToChosen = button('', () => send([...chosen]), { class: 'main' });
+  const foot = element('div', { class: 'row-foot' }, sendToChosen);
+  const hint = element('p', { class: 'hint faint' }, 'Add something to send first.');
+
+  /** @param {string[]} ids */
+  const send = async (ids) => {
+    if (await attempt(() => application.send(ids))) chosen.clear();
+    update();
+  };
+  /** @type {KeyedList<{ device: Device, standing: Standing }>} */
+  const list = new KeyedList(
+    rows,
+    ({ device }) => device.id,
+    ({ device: { id } }) =>
+      deviceRow({
+        send: () => send([id]),
+        choose: (isChosen) => {
+          chosen[isChosen ? 'add' : 'delete'](id);
+          update();
+        },
+        agree: () => attempt(() => application.agreeToNewKey(id)),
+        forget: () => attempt(() => application.forgetDevice(id)),
+      }),
+  );
+
+  const section = region(
+    'devices',
+    'Nearby',
+    element('div', { class: 'card' }, nothing.element, rows, foot),
+    hint,
+  );
+  const update = () =>
+    keepingFocus(section, () => {
+      const { devices, outbox, settings } = application;
+      const able = devices.filter(({ trust }) => trust !== 'changed');
+      for (const id of chosen) if (!able.some((device) => device.id === id)) chosen.delete(id);
+      list.update(
+        devices.map((device) => ({
+          device,
+          standing: {
+            canSend: outbox.length > 0 && device.trust !== 'changed',
+            canChoose: able.length > 1,
+            isChosen: chosen.has(device.id),
+            sharesName: devices.some(({ id, name }) => id !== device.id && name === device.name),
+          },
+        })),
+      );
+      setShown(rows, devices.length > 0);
+      setShown(nothing.element, devices.length === 0);
+      setText(
+        nothing.words,
+        `Nobody is nearby yet. Open Brevanholt on another device in the same network.${
+          settings.isVisible ? '' : ' Others do not see this device while it is not visible.'
+        }`,
+      );
+      setShown(foot, chosen.size > 1);
+      sendToChosen.disabled = outbox.length === 0;
+      setText(sendToChosen, `Send to ${countText(chosen.size, 'device')}`);
+      setShown(hint, outbox.length === 0 && devices.length > 0);
+    });
+  for (const event of ['devices', 'outbox', 'settings'])
+    application.addEventListener(event, update);
+  update();
+  return section;
+}

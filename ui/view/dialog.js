@@ -1,0 +1,50 @@
+// A dialog over the window. Escape closes it; what had the focus has it again afterwards.
+
+import { iconButton } from './controls.js';
+import { element, uniqueId } from './dom.js';
+
+/**
+ * @param {string} className
+ * @param {string} title
+ * @param {...Node} children
+ */
+export function dialog(className, title, ...children) {
+  const id = uniqueId();
+  /** @type {HTMLElement | null} */
+  let opener = null;
+  const heading = element('h2', { id, tabindex: -1 }, title);
+  const made = element(
+    'dialog',
+    {
+      class: className,
+      'aria-labelledby': id,
+      on: {
+        close: () => opener?.focus(),
+        /** @param {MouseEvent} event on the ground around it */
+        mousedown: (event) => {
+          if (event.target === made) made.close();
+        },
+      },
+    },
+    element(
+      'div',
+      { class: 'dialog' },
+      element(
+        'div',
+        { class: 'dialog-title' },
+        heading,
+        iconButton('close', 'Close', () => made.close()),
+      ),
+      ...children,
+    ),
+  );
+  return {
+    element: made,
+    open() {
+      opener = /** @type {HTMLElement | null} */ (document.activeElement);
+      made.showModal();
+      /** @type {HTMLElement} */ (made.querySelector('[autofocus]') ?? heading).focus();
+    },
+    close: () => made.close(),
+  };
+}

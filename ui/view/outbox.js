@@ -1,0 +1,105 @@
+// What is to be sent next, and the ways to add to it.
+
+import { button, iconButton } from './controls.js';
+import { element, keepingFocus, region, setAttribute, setShown, setText } from './dom.js';
+import { countText, sizeText } from './format.js';
+import { icon, nothingYet } from './icons.js';
+import { KeyedList } from './keyed_list.js';
+import { textDialog } from './text_dialog.js';
+
+/** @typedef {import('../model/application.js').Application} Application */
+/** @typedef {import('../model/types.js').Item} Item */
+
+const PICTURES = /** @type {const} */ ({ file: 'file', directory: 'folder', text: 'text' });
+
+/** @param {Item} item */
+const titleOf = (item) => (item.kind === 'text' ? item.text?.trim() || 'Text' : item.name);
+
+/** @param {Item} item */
+function factsOf(item) {
+  if (item.kind === 'text')
+    return `Text · ${countText([...(item.text ?? '')].length, 'character')}`;
+  return item.kind === 'directory' ? `Folder · ${sizeText(item.size)}` : sizeText(item.size);
+}
+
+/**
+ * @param {Item} first
+ * @param {(item: Item) => void} remove
+ * @returns {import('./keyed_list.js').Row<Item>}
+ */
+function itemRow(first, remove) {
+  let shown = first;
+  const title = element('span', { class: 'title' });
+  const facts = element('span', { class: 'faint' });
+  const removal = iconButton('close', '', () => remove(shown), { 'data-takes-focus': true });
+  return {
+    element: element(
+      'li',
+      { class: 'row' },
+      icon(PICTURES[first.kind]),
+      element('div', { class: 'words' }, title, facts),
+      removal,
+    ),
+    update(item) {
+      shown = item;
+      setText(title, titleOf(item));
+      setAttribute(title, 'title', item.path || null);
+      setText(facts, factsOf(item));
+      const name = `Remove ${titleOf(item).slice(0, 80)}`;
+      setAttribute(removal, 'aria-label', name);
+      setAttribute(removal, 'title', 'Remove');
+    },
+  };
+}
+
+/**
+ * @param {Application} application
+ * @param {import('./notices.js').Notices} notices
+ */
+export function outboxView(application, notices) {
+  const { attempt } = notices;
+  const writing = textDialog((text) => attempt(() => application.addText(text)));
+  const rows = element('ul', { class: 'rows', role: 'list', 'aria-label': 'What is to be sent' });
+  const total = element('span', { class: 'faint' });
+  const clear = button('Clear', () => attempt(() => application.clearOutbox()), {
+    class: 'flat',
+    'aria-label': 'Clear what is to be sent',
+  });
+  const sum = element('div', { class: 'row-foot' }, total, clear);
+  const nothing = nothingYet(
+    'files',
+    'Drop files and folders into this window, or choose them here.',
+  ).element;
+  /** @type {KeyedList<Item>} */
+  const list = new KeyedList(
+    rows,
+    (item) => `${item.kind}:${item.path || item.text}`,
+    (item) => itemRow(item, (shown) => attempt(() => application.removeItem(shown))),
+  );
+
+  const toolbar = element('div', { class: 'toolbar', role: 'group', 'aria-label': 'Add' });
+  for (const [picture, label, run] of /** @type {const} */ ([
+    ['files', 'Add files', () => attempt(() => application.pickFiles())],
+    ['folder', 'Add folder', () => attempt(() => application.pickFolder())],
+    ['text', 'Write text', () => writing.open()],
+  ])) {
+    const made = button('', run);
+    made.append(icon(picture), label);
+    toolbar.append(made);
+  }
+
+  const card = element('div', { class: 'card' }, nothing, rows, sum);
+  const section = region('outbox', 'Send', card, toolbar, writing.element);
+  const update = () =>
+    keepingFocus(section, () => {
+      const { outbox } = application;
+      list.update(outbox);
+      for (const part of [rows, sum]) setShown(part, outbox.length > 0);
+      setShown(nothing, outbox.length === 0);
+      const size = outbox.reduce((bytes, item) => bytes + item.size, 0);
+      setText(total, `${countText(outbox.length, 'item')}, ${sizeText(size)}`);
+    });
+  application.addEventListener('outbox', update);
+  update();
+  return section;
+}

@@ -1,0 +1,42 @@
+// Where a text is written that is to be sent. What was written stays until it is added.
+
+import { button } from './controls.js';
+import { dialog } from './dialog.js';
+import { element } from './dom.js';
+
+/** @param {(text: string) => Promise<boolean>} add answers whether it was added */
+export function textDialog(add) {
+  const text = element('textarea', { rows: 7, 'aria-label': 'Text to send', autofocus: true });
+  const submit = element('button', { class: 'main', title: 'Ctrl+Enter' }, 'Add');
+  const form = element(
+    'form',
+    {},
+    text,
+    element(
+      'div',
+      { class: 'dialog-actions' },
+      button('Cancel', () => made.close()),
+      submit,
+    ),
+  );
+  const made = dialog('text-dialog', 'Write text', form);
+
+  const refresh = () => {
+    submit.disabled = text.value.trim() === '';
+  };
+  text.addEventListener('input', refresh);
+  text.addEventListener('keydown', (event) => {
+    if (event.key !== 'Enter' || !event.ctrlKey) return;
+    event.preventDefault();
+    form.requestSubmit();
+  });
+  form.addEventListener('submit', async (event) => {
+    event.preventDefault();
+    if (text.value.trim() === '') return;
+    made.close();
+    if (await add(text.value)) text.value = '';
+    refresh();
+  });
+  refresh();
+  return made;
+}

@@ -1,0 +1,85 @@
+// Parts of a transfer's row: the code to compare, what is offered, how far it is.
+
+import { element, setAttribute, setShown, setText } from './dom.js';
+import { share } from './format.js';
+
+/** @typedef {import('../model/types.js').Transfer} Transfer */
+/** @typedef {{ element: HTMLElement, update: (transfer: Transfer) => void }} Part */
+
+/**
+ * The six digits that both devices show.
+ * @returns {Part}
+ */
+export function codePart() {
+  const halves = [element('span'), element('span')];
+  const digits = element('p', { class: 'code', role: 'img' }, ...halves);
+  return {
+    element: digits,
+    update({ state, code }) {
+      setShown(digits, state === 'confirming' && code !== null);
+      if (!code) return;
+      setText(halves[0], code.slice(0, 3));
+      setText(halves[1], code.slice(3));
+      setAttribute(digits, 'aria-label', `Code ${[...code].join(' ')}`);
+    },
+  };
+}
+
+/**
+ * The names of what another device wants to send.
+ * @returns {Part}
+ */
+export function offerPart() {
+  const names = element('ul', { class: 'offered', role: 'list', 'aria-label': 'What is offered' });
+  let shown = '';
+  return {
+    element: names,
+    update({ state, direction, offered, fileCount, name }) {
+      const lists = offered.length > 1 || (offered.length === 1 && offered[0] !== name);
+      setShown(names, state === 'asking' && direction === 'receive' && lists);
+      const more = fileCount > offered.length ? [`and ${fileCount - offered.length} more`] : [];
+      const lines = [...offered, ...more];
+      if (names.hidden || lines.join('\n') === shown) return;
+      shown = lines.join('\n');
+      names.replaceChildren(...lines.map((line) => element('li', { title: line }, line)));
+    },
+  };
+}
+
+/**
+ * The bar: without a measure until bytes move.
+ * @returns {Part}
+ */
+export function progressPart() {
+  const bar = element('progress', { max: 1 });
+  return {
+    element: bar,
+    update(transfer) {
+      const { state, name } = transfer;
+      setShown(bar, state === 'active' || state === 'connecting');
+      if (bar.hidden) return;
+      setAttribute(bar, 'aria-label', `Progress of ${name}`);
+      setAttribute(bar, 'value', state === 'active' ? share(transfer).toFixed(4) : null);
+    },
+  };
+}
+
+/**
+ * A text that was received.
+ * @returns {Part}
+ */
+export function textPart() {
+  const text = element('blockquote', {
+    class: 'received-text',
+    role: 'group',
+    tabindex: 0,
+    'aria-label': 'Received text',
+  });
+  return {
+    element: text,
+    update(transfer) {
+      setShown(text, transfer.state === 'complete' && transfer.text !== null);
+      if (!text.hidden) setText(text, transfer.text ?? '');
+    },
+  };
+}

@@ -1,0 +1,78 @@
+// The transfers: first those that wait for an answer, then what runs, then what is over.
+
+import { button } from './controls.js';
+import { element, keepingFocus, region, setShown } from './dom.js';
+import { nothingYet } from './icons.js';
+import { KeyedList } from './keyed_list.js';
+import { transferRow } from './transfer_row.js';
+import { TransferNews, isFinished, needsAnswer } from './transfer_words.js';
+
+/** @typedef {import('../model/application.js').Application} Application */
+/** @typedef {import('../model/types.js').Transfer} Transfer */
+
+/**
+ * @param {Application} application
+ * @param {import('./notices.js').Notices} notices
+ * @returns {{ requests: HTMLElement, transfers: HTMLElement, update: (part: HTMLElement) => void }}
+ */
+export function transfersViews(application, { attempt }) {
+  const rowsOf = (/** @type {string} */ label) =>
+    element('ul', { class: 'rows', role: 'list', 'aria-label': label });
+  const listIn = (/** @type {HTMLElement} */ rows) =>
+    new KeyedList(
+      rows,
+      (/** @type {Transfer} */ { id }) => id,
+      () => transferRow(application, attempt),
+    );
+  const asked = rowsOf('Waiting for your answer');
+  const running = rowsOf('In progress');
+  const recent = rowsOf('Recent');
+  const lists = { asked: listIn(asked), running: listIn(running), recent: listIn(recent) };
+  const nothing = nothingYet('receive', 'What you send and receive is shown here.').element;
+  const recentHead = element(
+    'div',
+    { class: 'row-head' },
+    element('h3', {}, 'Recent'),
+    button('Clear', () => attempt(() => application.clearRecents()), {
+      class: 'flat',
+      'aria-label': 'Clear recent transfers',
+    }),
+  );
+  const requests = region('requests', 'Waiting for you', element('div', { class: 'card' }, asked));
+  const transfers = region(
+    'transfers',
+    'Transfers',
+    element('div', { class: 'card' }, nothing, running, recentHead, recent),
+  );
+
+  const update = () => {
+    const waiting = application.transfers.filter(needsAnswer);
+    const over = application.transfers.filter(isFinished);
+    const others = application.transfers.filter((one) => !needsAnswer(one) && !isFinished(one));
+    lists.asked.update(waiting);
+    lists.running.update(others);
+    lists.recent.update(over);
+    setShown(requests, waiting.length > 0);
+    setShown(running, others.length > 0);
+    for (const part of [recentHead, recent]) setShown(part, over.length > 0);
+    setShown(nothing, others.length + over.length === 0);
+  };
+  return {
+    requests,
+    transfers,
+    /** @param {HTMLElement} part that holds both */
+    update: (part) => keepingFocus(part, update),
+  };
+}
+
+/**
+ * Says aloud what becomes of the transfers.
+ * @param {Application} application
+ * @param {import('./notices.js').Notices} notices
+ */
+export function speakTransfers(application, notices) {
+  const news = new TransferNews();
+  const update = () => notices.speak(news.update(application.transfers));
+  application.addEventListener('transfers', update);
+  update();
+}
