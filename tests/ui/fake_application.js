@@ -1,0 +1,79 @@
+// An application without devices, network or host: made-up state that a test replaces as it likes, and a
+// record of what the views asked for.
+
+import { FINGERPRINT, SETTINGS } from './sample_state.js';
+
+const EVENTS = { isDragOver: 'drag' };
+const ACTIONS = [
+  'pickFiles',
+  'pickFolder',
+  'addText',
+  'removeItem',
+  'clearOutbox',
+  'send',
+  'confirmCode',
+  'agreeToNewKey',
+  'forgetDevice',
+  'accept',
+  'decline',
+  'cancel',
+  'retry',
+  'removeTransfer',
+  'clearRecents',
+  'open',
+  'reveal',
+  'copyText',
+  'openReceiveFolder',
+  'requestNotifications',
+];
+
+export class FakeApplication extends EventTarget {
+  self = { name: 'Kitchen computer', fingerprint: FINGERPRINT, version: '1.0.0 (build 42)' };
+  devices = [];
+  outbox = [];
+  transfers = [];
+  isDragOver = false;
+  problem = null;
+  settings = SETTINGS;
+
+  /** What was asked for, in order: [name, ...arguments]. */
+  calls = [];
+  /** Why the next action fails; null where it does not. */
+  nextFailure = null;
+  /** What preview() answers. */
+  picture = null;
+
+  /** @param {object} [state] */
+  constructor(state = {}) {
+    super();
+    Object.assign(this, state);
+    for (const name of ACTIONS) this[name] = (...given) => this.#act(name, given);
+  }
+
+  /**
+   * Replaces state and tells of it.
+   * @param {object} state
+   */
+  change(state) {
+    Object.assign(this, state);
+    for (const name of Object.keys(state)) {
+      this.dispatchEvent(new CustomEvent(EVENTS[name] ?? name));
+    }
+  }
+
+  async changeSettings(partial) {
+    await this.#act('changeSettings', [partial]);
+    this.change({ settings: { ...this.settings, ...partial } });
+  }
+
+  async preview() {
+    return this.picture;
+  }
+
+  async #act(name, given) {
+    this.calls.push([name, ...given]);
+    const message = this.nextFailure;
+    this.nextFailure = null;
+    if (message) throw new Error(message);
+  }
+}
