@@ -4,8 +4,10 @@ import { element, setAttribute, setShown, setText, uniqueId } from './dom.js';
 import { icon } from './icons.js';
 
 /**
- * @typedef {{ id: string, label: string, run: () => void, name?: string, isMain?: boolean }} Action
+ * @typedef {{ id: string, label: string, run: () => unknown, name?: string, isMain?: boolean,
+ *             done?: string }} Action
  *   name: what it is called where the label alone does not say what it acts on
+ *   done: what the button says once it worked, where nothing else shows that
  */
 
 /**
@@ -50,6 +52,12 @@ export class ActionRow {
     }
     for (const action of actions) this.#show(action);
     setShown(this.element, actions.length > 0);
+  }
+
+  /** @param {Action} action */
+  showDone({ id, done }) {
+    const made = this.#buttons.get(id)?.made;
+    if (made && done) setText(made, done);
   }
 
   /** @param {Action} action */

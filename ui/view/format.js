@@ -30,6 +30,9 @@ export function durationText(seconds) {
   return 'more than a day';
 }
 
+const TIME = new Intl.DateTimeFormat(undefined, { hour: 'numeric', minute: '2-digit' });
+const DAY = new Intl.DateTimeFormat(undefined, { day: 'numeric', month: 'short' });
+
 /**
  * The time of today, or the day and the time.
  * @param {number} when milliseconds since 1970
@@ -37,10 +40,8 @@ export function durationText(seconds) {
  */
 export function whenText(when, now) {
   const moment = new Date(when);
-  const time = moment.toLocaleTimeString(undefined, { hour: 'numeric', minute: '2-digit' });
-  if (moment.toDateString() === new Date(now).toDateString()) return time;
-  const day = moment.toLocaleDateString(undefined, { day: 'numeric', month: 'short' });
-  return `${day}, ${time}`;
+  const isToday = moment.toDateString() === new Date(now).toDateString();
+  return isToday ? TIME.format(moment) : `${DAY.format(moment)}, ${TIME.format(moment)}`;
 }
 
 /**

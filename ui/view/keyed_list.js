@@ -9,7 +9,7 @@ import { setAttribute } from './dom.js';
 
 /** @template Item */
 export class KeyedList {
-  /** @type {Map<string, Row<Item>>} */
+  /** @type {Map<string, { item: Item, row: Row<Item> }>} */
   #rows = new Map();
   #container;
   #keyOf;
@@ -26,18 +26,19 @@ export class KeyedList {
     this.#create = create;
   }
 
-  /** @param {Item[]} items */
+  /** @param {Item[]} items replaced where they change, never mutated */
   update(items) {
-    /** @type {Map<string, Row<Item>>} */
+    /** @type {Map<string, { item: Item, row: Row<Item> }>} */
     const rows = new Map();
     for (const item of items) {
       const key = this.#freeKey(rows, item);
-      const row = this.#rows.get(key) ?? this.#create(item);
+      const known = this.#rows.get(key);
+      const row = known?.row ?? this.#create(item);
       setAttribute(row.element, 'data-key', key);
-      row.update(item);
-      rows.set(key, row);
+      if (known?.item !== item) row.update(item);
+      rows.set(key, { item, row });
     }
-    for (const [key, row] of this.#rows) {
+    for (const [key, { row }] of this.#rows) {
       if (rows.has(key)) continue;
       row.remove?.();
       row.element.remove();
@@ -49,14 +50,15 @@ export class KeyedList {
   /** Moves only what is out of place: an element that is moved loses the focus. */
   #arrange() {
     let place = this.#container.firstElementChild;
-    for (const { element } of this.#rows.values()) {
+    for (const { row } of this.#rows.values()) {
+      const { element } = row;
       if (element === place) place = place.nextElementSibling;
       else this.#container.insertBefore(element, place);
     }
   }
 
   /**
-   * @param {Map<string, Row<Item>>} taken
+   * @param {Map<string, unknown>} taken
    * @param {Item} item
    */
   #freeKey(taken, item) {

@@ -36,7 +36,7 @@ function itemRow(first, remove) {
     element: element(
       'li',
       { class: 'row' },
-      icon(PICTURES[first.kind]),
+      icon(PICTURES[first.kind] ?? 'file'),
       element('div', { class: 'words' }, title, facts),
       removal,
     ),

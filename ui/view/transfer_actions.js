@@ -62,6 +62,7 @@ export function actionsOf(
         id: 'copy',
         label: 'Copy',
         name: 'Copy the received text',
+        done: 'Copied',
         run: () => application.copyText(id),
       },
     ];

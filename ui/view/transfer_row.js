@@ -81,7 +81,9 @@ export function transferRow(application, attempt) {
       actions.update(
         actionsOf(transfer, application).map((action) => ({
           ...action,
-          run: () => attempt(action.run),
+          run: async () => {
+            if (await attempt(action.run)) actions.showDone(action);
+          },
         })),
       );
       dismissal = dismissalOf(transfer, application);

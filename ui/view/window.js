@@ -37,7 +37,6 @@ export function mountWindow(root, application, host) {
   const home = element(
     'div',
     { class: 'home' },
-    requests,
     element(
       'div',
       { class: 'sending' },
@@ -48,7 +47,7 @@ export function mountWindow(root, application, host) {
   );
   const consolePage = consoleView(host, notices);
   const settings = settingsDialog(application, notices);
-  const main = element('main', { tabindex: -1 }, home, consolePage);
+  const main = element('main', { tabindex: -1 }, requests, home, consolePage);
 
   const show = (/** @type {boolean} */ showsConsole) => {
     setShown(consolePage, showsConsole);
@@ -61,12 +60,12 @@ export function mountWindow(root, application, host) {
   });
   update(main);
   show(false);
+  const header = headerView(application, notices, {
+    openSettings: settings.open,
+    toggleConsole: () => show(!home.hidden),
+  });
   root.replaceChildren(
-    headerView(application, notices, {
-      openSettings: settings.open,
-      toggleConsole: () => show(home.hidden === false),
-    }),
-    notices.element,
+    element('div', { class: 'top' }, header, notices.element),
     main,
     settings.element,
     dropTarget(application),
