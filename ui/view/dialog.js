@@ -10,8 +10,6 @@ import { element, uniqueId } from './dom.js';
  */
 export function dialog(className, title, ...children) {
   const id = uniqueId();
-  /** @type {HTMLElement | null} */
-  let opener = null;
   const heading = element('h2', { id, tabindex: -1 }, title);
   const made = element(
     'dialog',
@@ -19,7 +17,6 @@ export function dialog(className, title, ...children) {
       class: className,
       'aria-labelledby': id,
       on: {
-        close: () => opener?.focus(),
         /** @param {MouseEvent} event on the ground around it */
         mousedown: (event) => {
           if (event.target === made) made.close();
@@ -41,7 +38,6 @@ export function dialog(className, title, ...children) {
   return {
     element: made,
     open() {
-      opener = /** @type {HTMLElement | null} */ (document.activeElement);
       made.showModal();
       /** @type {HTMLElement} */ (made.querySelector('[autofocus]') ?? heading).focus();
     },
