@@ -7,7 +7,7 @@ import { icon } from './icons.js';
 /** @typedef {import('../model/types.js').Device} Device */
 
 const WORDS = {
-  new: 'New: you compare a code before the first transfer',
+  new: 'New device: compare a code first',
   trusted: 'Known device',
   changed: 'Its key has changed',
 };

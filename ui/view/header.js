@@ -37,6 +37,6 @@ export function headerView(application, notices, { openSettings, toggleConsole }
     element('h1', { title: application.self.name }, application.self.name),
     visible.element,
     consoleButton,
-    iconButton('settings', 'Settings', openSettings, { 'aria-haspopup': 'dialog' }),
+    iconButton('settings', 'Settings', openSettings),
   );
 }

@@ -53,17 +53,21 @@ export function statusText({ state, direction, deviceName, message }) {
  * @param {Transfer} transfer
  */
 export function factsText(transfer) {
-  const { state, direction, deviceName, fileCount, bytesTotal, bytesDone, rate, secondsLeft } =
-    transfer;
   if (transfer.text !== null) return '';
-  if (state !== 'active') {
-    const files = fileCount > 1 ? [countText(fileCount, 'file')] : [];
-    const other = `${direction === 'send' ? 'To' : 'From'} ${deviceName}`;
-    return [...(state === 'failed' ? [other] : []), ...files, sizeText(bytesTotal)].join(' · ');
+  const { state, name, bytesTotal, bytesDone, rate, secondsLeft } = transfer;
+  const facts = [];
+  if (state === 'active') {
+    facts.push(`${sizeText(bytesDone)} of ${sizeText(bytesTotal)}`);
+    if (rate > 0) facts.push(rateText(rate));
+    if (secondsLeft !== null) facts.push(`${durationText(secondsLeft)} left`);
+  } else {
+    const files = countText(transfer.fileCount, 'file');
+    if (state === 'failed') {
+      facts.push(`${transfer.direction === 'send' ? 'To' : 'From'} ${transfer.deviceName}`);
+    }
+    if (transfer.fileCount > 1 && files !== name) facts.push(files);
+    facts.push(sizeText(bytesTotal));
   }
-  const facts = [`${sizeText(bytesDone)} of ${sizeText(bytesTotal)}`];
-  if (rate > 0) facts.push(rateText(rate));
-  if (secondsLeft !== null) facts.push(`${durationText(secondsLeft)} left`);
   return facts.join(' · ');
 }
 
