@@ -9,7 +9,7 @@ try {
   const application = await Application.start();
   mountWindow(document.body, application, {
     invoke: (method, args) => channel.invokeMethod(method, args),
-    listen: () => {},
+    listen: (heard) => channel.watchMethodCalls(heard),
   });
 } catch (error) {
   console.error(error);

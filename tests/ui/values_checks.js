@@ -3,6 +3,7 @@
 import { equal, throws } from './expect.js';
 import { mount } from './page.js';
 import { STATES, transfer } from './sample_state.js';
+import { Float64 } from './ui/engine/codec.js';
 import { objection, parseArguments, valueText } from './ui/view/console_values.js';
 import { durationText, rateText, share, sizeText, whenText } from './ui/view/format.js';
 import { statusText } from './ui/view/transfer_words.js';
@@ -44,6 +45,7 @@ export const valuesChecks = {
 
   callsOfTheConsoleAreUnderstood() {
     equal(parseArguments('  '), null);
+    equal(parseArguments('{"progress": {"float64": 1}}').progress instanceof Float64, true);
     equal(
       valueText(parseArguments('{"key": {"hex": "00 ff:10"}, "data": [{"base64": "AP8="}]}')),
       valueText({ key: new Uint8Array([0, 255, 16]), data: [new Uint8Array([0, 255])] }),

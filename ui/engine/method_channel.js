@@ -46,6 +46,8 @@ function decodeReply(reply) {
 
 export class MethodChannel {
   #name;
+  /** @type {((method: string, args: any) => void)[]} */
+  #watchers = [];
 
   /** @param {string} name */
   constructor(name) {
@@ -76,7 +78,17 @@ export class MethodChannel {
       const reader = new Reader(message);
       const method = reader.readValue();
       if (typeof method !== 'string') throw new CodecError('A call does not begin with a name.');
-      handler(method, reader.readValue());
+      const args = reader.readValue();
+      for (const watch of this.#watchers) watch(method, args);
+      handler(method, args);
     });
+  }
+
+  /**
+   * Shows a watcher, too, what the handler hears.
+   * @param {(method: string, args: any) => void} watcher
+   */
+  watchMethodCalls(watcher) {
+    this.#watchers.push(watcher);
   }
 }

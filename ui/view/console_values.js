@@ -1,5 +1,7 @@
-// Values of the channel as text, and back. Byte arrays are {"base64": "…"} or {"hex": "…"}.
+// Values of the channel as text, and back. Byte arrays are {"base64": "…"} or {"hex": "…"}; a fraction
+// that is whole is {"float64": 1}.
 
+import { Float64 } from '../engine/codec.js';
 import { METHODS } from './console_methods.js';
 
 const MOST_BYTES = 3 * 1024;
@@ -26,6 +28,7 @@ function revived(value) {
   const keys = value && typeof value === 'object' ? Object.keys(value).join() : '';
   if (keys === 'base64' && typeof value.base64 === 'string') return bytesOfBase64(value.base64);
   if (keys === 'hex' && typeof value.hex === 'string') return bytesOfHex(value.hex);
+  if (keys === 'float64' && typeof value.float64 === 'number') return new Float64(value.float64);
   return value;
 }
 
