@@ -9,7 +9,8 @@ import unittest
 from host import SOURCE, HostTest, Orders, output_of, visible_window, wait_until
 from tray import PICTURES
 
-STATES = ("empty", "ready", "asking", "confirming", "active", "recents", "changed", "dragging",
+STATES = ("empty", "ready", "asking", "confirming", "active", "recents", "busy",
+          "changed", "dragging",
           "problem", "long")
 WIDTHS = (380, 640, 1100)
 

@@ -160,6 +160,11 @@ export const STATES = {
   confirming: { devices: DEVICES, transfers: [CONFIRMING] },
   active: { devices: DEVICES, transfers: [...ACTIVE, ...RECENTS.slice(0, 1)] },
   recents: { devices: DEVICES.slice(0, 1), transfers: RECENTS },
+  busy: {
+    devices: DEVICES.slice(0, 2),
+    outbox: OUTBOX.slice(0, 2),
+    transfers: [...ACTIVE.slice(0, 2), RECENTS[0], RECENTS[2], RECENTS[3]],
+  },
   changed: {
     devices: [DEVICES[0], device('4', 'Workshop laptop', 'changed')],
     outbox: OUTBOX.slice(0, 1),
