@@ -6,7 +6,7 @@ import { STATES, transfer } from './sample_state.js';
 import { Float64 } from './ui/engine/codec.js';
 import { objection, parseArguments, valueText } from './ui/view/console_values.js';
 import { durationText, rateText, share, sizeText, whenText } from './ui/view/format.js';
-import { statusText } from './ui/view/transfer_words.js';
+import { factsText, statusText } from './ui/view/transfer_words.js';
 
 export const valuesChecks = {
   numbersReadAsPeopleWriteThem() {
@@ -91,6 +91,7 @@ export const valuesChecks = {
         equal(statusText(transfer({ state, direction })).length > 5, true);
       }
     }
+    equal(factsText(transfer({ state: 'confirming', bytesTotal: 0 })), '');
     mount(STATES.confirming);
     equal(
       [

@@ -66,7 +66,7 @@ export function factsText(transfer) {
       facts.push(`${transfer.direction === 'send' ? 'To' : 'From'} ${transfer.deviceName}`);
     }
     if (transfer.fileCount > 1 && files !== name) facts.push(files);
-    facts.push(sizeText(bytesTotal));
+    if (bytesTotal > 0 || isFinished(transfer)) facts.push(sizeText(bytesTotal));
   }
   return facts.join(' · ');
 }
