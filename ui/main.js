@@ -1,15 +1,23 @@
 // Starts the application and shows it.
 
 import { Application } from './model/application.js';
-import { channel } from './platform.js';
+import { invoke, platformEvents } from './platform.js';
 import { errorText } from './view/notices.js';
 import { mountWindow, showStartFailure } from './view/window.js';
+
+const EVENTS = ['sharedEntries', 'filesDropped', 'dragActiveChanged', 'discoveryRecoveryRequested'];
 
 try {
   const application = await Application.start();
   mountWindow(document.body, application, {
-    invoke: (method, args) => channel.invokeMethod(method, args),
-    listen: (heard) => channel.watchMethodCalls(heard),
+    invoke,
+    listen(heard) {
+      for (const name of EVENTS) {
+        platformEvents.addEventListener(name, (event) =>
+          heard(name, /** @type {CustomEvent} */ (event).detail),
+        );
+      }
+    },
   });
 } catch (error) {
   console.error(error);

@@ -46,8 +46,6 @@ function decodeReply(reply) {
 
 export class MethodChannel {
   #name;
-  /** @type {((method: string, args: any) => void)[]} */
-  #watchers = [];
 
   /** @param {string} name */
   constructor(name) {
@@ -78,17 +76,7 @@ export class MethodChannel {
       const reader = new Reader(message);
       const method = reader.readValue();
       if (typeof method !== 'string') throw new CodecError('A call does not begin with a name.');
-      const args = reader.readValue();
-      for (const watch of this.#watchers) watch(method, args);
-      handler(method, args);
+      handler(method, reader.readValue());
     });
-  }
-
-  /**
-   * Shows a watcher, too, what the handler hears.
-   * @param {(method: string, args: any) => void} watcher
-   */
-  watchMethodCalls(watcher) {
-    this.#watchers.push(watcher);
   }
 }
