@@ -143,8 +143,6 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   // While a file is copied into place, the calls that must see the outcome wait here.
   bool isCopying_ = false;
   std::deque<std::pair<platform::MethodCall, platform::MethodResult>> callsBehindCopy_;
-
-  platform::Lifetime lifetime_;
 };
 
 }  // namespace brevanholt

@@ -56,12 +56,14 @@ void MainFlutterWindow::choose(
     OpenPanel::Choice choice, MethodResult result,
     platform::UniqueFunction<void(const PickedFiles::Locations&, OrderedLists::Deliver)> use) {
   services_.openPanel.choose(
-      choice, lifetime_.bind([this, use = std::move(use), answer = replyWith(std::move(result))](
-                                 PickedFiles::Locations chosen) mutable {
+      choice, [weak = weak_from_this(), use = std::move(use),
+               answer = replyWith(std::move(result))](PickedFiles::Locations chosen) mutable {
+        const auto self = weak.lock();
+        if (!self) return answer({});
         std::erase_if(chosen, [](const fs::path& location) { return !canBeNamed(location); });
-        if (!chosen.empty()) pickedFiles_.keep(chosen);
+        if (!chosen.empty()) self->pickedFiles_.keep(chosen);
         use(chosen, std::move(answer));
-      }));
+      });
 }
 
 Value MainFlutterWindow::restorePickedFiles(const CallArguments& arguments) {
