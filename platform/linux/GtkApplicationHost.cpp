@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <utility>
 
 namespace brevanholt::platform {
@@ -96,13 +97,14 @@ void GtkApplicationHost::addShareAction() {
 }
 
 int GtkApplicationHost::forward(const LaunchRequest& request) {
-  perform(request);
-  GError* failure = nullptr;
-  GDBusConnection* bus = g_application_get_dbus_connection(G_APPLICATION(application_->gobj()));
-  g_dbus_connection_flush_sync(bus, nullptr, &failure);
-  const GErrorPointer error(failure);
-  if (error) throw PlatformError(error->message);
-  return 0;
+  // Running a remote application activates the other one, unless this hook says that it is done.
+  application_->signal_handle_local_options().connect(
+      [this, &request](const Glib::RefPtr<Glib::VariantDict>&) {
+        perform(request);
+        return EXIT_SUCCESS;
+      },
+      false);
+  return application_->run();
 }
 
 void GtkApplicationHost::perform(const LaunchRequest& request) {
