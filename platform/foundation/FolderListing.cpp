@@ -5,6 +5,8 @@
 #include "platform/foundation/Utf8.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -21,6 +23,21 @@ namespace {
 constexpr std::size_t kDeepestLevel = 400;
 
 constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+// The kinds of folders that are made, moved and opened as one item, in lower case.
+constexpr std::array<std::string_view, 10> kPackageExtensions{
+    ".app",    ".appdir", ".appex",         ".bundle", ".kext",
+    ".plugin", ".pkg",    ".photoslibrary", ".rtfd",   ".xcodeproj"};
+
+bool isPackage(std::string_view name) {
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos) return false;
+  std::string extension(name.substr(dot));
+  std::ranges::transform(extension, extension.begin(), [](char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+  });
+  return std::ranges::find(kPackageExtensions, extension) != kPackageExtensions.end();
+}
 
 struct CloseDirectory {
   void operator()(DIR* directory) const { ::closedir(directory); }
@@ -59,6 +76,10 @@ class Walk {
       logWarning(std::to_string(tooDeep_) + " folders in “" + folder.string() +
                  "” are not entered: they lie too deep");
     }
+    if (packages_ > 0) {
+      logInfo(std::to_string(packages_) + " folders in “" + folder.string() +
+              "” are not entered: they are packages");
+    }
   }
 
  private:
@@ -88,6 +109,10 @@ class Walk {
     }
     if (type == DT_DIR) {
       items_.push_back({path_, FolderItem::Kind::kDirectory, 0});
+      if (isPackage(name)) {
+        ++packages_;
+        return;
+      }
       enter(FileDescriptor(::openat(folder, name, kOpenFolder | O_NOFOLLOW)));
     } else if (type == DT_REG) {
       const auto size = static_cast<std::uint64_t>(information.st_size);
@@ -100,6 +125,7 @@ class Walk {
   std::vector<Identity> ancestors_;
   int notUtf8_ = 0;
   int tooDeep_ = 0;
+  int packages_ = 0;
 };
 
 }  // namespace

@@ -19,12 +19,12 @@ struct FolderItem {
 // what is in it, otherwise in the file system's order. What cannot be read is left out and ends
 // nothing.
 //
-// Left out are hidden items (names that begin with a dot) with all that is in them, links and
-// devices, names that are not UTF-8, what lies more than 400 folders deep, and what is in a folder
-// that contains itself. The listed folder may be a link to one.
+// Left out are hidden items (names that begin with a dot) with all that is in them, what is in a
+// package, links and devices, names that are not UTF-8, what lies more than 400 folders deep, and
+// what is in a folder that contains itself. The listed folder may be a link to one, or a package.
 //
-// There are no packages here: a folder whose name ends in ".app" is listed like any other, as every
-// file manager of this system shows it. To leave out what is in it would lose the user's files.
+// A package is a folder that counts as one item; its name says so ("Notes.app", "Editor.AppDir").
+// What is left out although the user may miss it is counted in the log.
 [[nodiscard]] std::vector<FolderItem> listFolder(const std::filesystem::path& folder);
 
 }  // namespace brevanholt::platform

@@ -64,17 +64,31 @@ TEST_F(FolderListingTest, ListsEachFolderRightBeforeItsItems) {
 
 TEST_F(FolderListingTest, LeavesOutHiddenItemsLinksAndDevices) {
   fs::create_directories(folder_ / ".hidden/folder");
-  fs::create_directories(folder_ / "Notes.app/Contents");
+  fs::create_directories(folder_ / "open");
   writeFile(folder_ / ".hidden/folder/file", "");
   writeFile(folder_ / ".file", "");
-  writeFile(folder_ / "Notes.app/Contents/Info.plist", "x");
-  fs::create_symlink("Notes.app/Contents/Info.plist", folder_ / "link");
+  writeFile(folder_ / "open/.file", "");
+  fs::create_symlink(".file", folder_ / "link");
   fs::create_directory_symlink("..", folder_ / "up");
   ASSERT_EQ(::mkfifo((folder_ / "pipe").c_str(), 0600), 0);
 
-  EXPECT_THAT(listFolder(folder_.path()),
-              ElementsAre(directory("Notes.app"), directory("Notes.app/Contents"),
-                          file("Notes.app/Contents/Info.plist", 1)));
+  EXPECT_THAT(listFolder(folder_.path()), ElementsAre(directory("open")));
+}
+
+TEST_F(FolderListingTest, ListsPackagesAndDoesNotEnterThem) {
+  for (const char* name : {"Notes.app", "editor.AppDir", "app", "notes.app.d", "Notes.apple"}) {
+    fs::create_directories(folder_ / name / "Contents");
+  }
+  writeFile(folder_ / "file.app", "x");
+
+  EXPECT_THAT(
+      listFolder(folder_.path()),
+      UnorderedElementsAre(directory("Notes.app"), directory("editor.AppDir"), directory("app"),
+                           directory("app/Contents"), directory("notes.app.d"),
+                           directory("notes.app.d/Contents"), directory("Notes.apple"),
+                           directory("Notes.apple/Contents"), file("file.app", 1)));
+  EXPECT_EQ(log_.count(LogLevel::kInfo, "2 folders in"), 1);
+  EXPECT_THAT(listFolder(folder_ / "Notes.app"), ElementsAre(directory("Contents")));
 }
 
 TEST_F(FolderListingTest, FollowsALinkToTheFolderItself) {
