@@ -9,7 +9,9 @@ namespace brevanholt::platform {
 namespace {
 
 constexpr const char* kUriList = "text/uri-list";
+// A key to files that the portal hands out; the second is its earlier name.
 constexpr const char* kFileTransfer = "application/vnd.portal.filetransfer";
+constexpr const char* kOldFileTransfer = "application/vnd.portal.files";
 constexpr BusMethod kRetrieveFiles{"org.freedesktop.portal.Documents",
                                    "/org/freedesktop/portal/documents",
                                    "org.freedesktop.portal.FileTransfer", "RetrieveFiles"};
@@ -29,7 +31,8 @@ std::vector<std::string> pathsIn(GVariant* reply) {
 
 GtkDropContainer::GtkDropContainer(Bus& sessionBus) : sessionBus_(sessionBus) {
   // In this order a source that offers both is asked for.
-  box_.drag_dest_set({Gtk::TargetEntry(kUriList), Gtk::TargetEntry(kFileTransfer)},
+  box_.drag_dest_set({Gtk::TargetEntry(kUriList), Gtk::TargetEntry(kFileTransfer),
+                      Gtk::TargetEntry(kOldFileTransfer)},
                      Gtk::DestDefaults(0), Gdk::ACTION_COPY);
   box_.signal_drag_motion().connect(
       [this](const Context& context, int, int, guint time) { return dragMotion(context, time); },
@@ -90,7 +93,7 @@ void GtkDropContainer::dragDataReceived(const Context& context, const Gtk::Selec
                                         guint time) {
   if (!isCurrent(context) || drag_->info) return;
   const std::string text = data.get_data_as_string();
-  if (data.get_target() == kFileTransfer && !text.empty()) return retrieveFromPortal(text, time);
+  if (data.get_target() != kUriList && !text.empty()) return retrieveFromPortal(text, time);
   arrived(draggedFiles(text), time);
 }
 
