@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/desktop/Application.h"
-#include "platform/desktop/Image.h"
 #include "platform/desktop/DragDestination.h"
+#include "platform/desktop/Image.h"
 #include "platform/desktop/OpenPanel.h"
 #include "platform/desktop/Pasteboard.h"
 #include "platform/desktop/StatusItem.h"
