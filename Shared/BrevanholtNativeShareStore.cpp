@@ -75,7 +75,7 @@ BrevanholtNativeShareStore::Items BrevanholtNativeShareStore::consumeIdentifier(
 BrevanholtNativeShareStore::Items BrevanholtNativeShareStore::consumeDirectory(
     const fs::path& directory) const {
   const auto share = resolvedPath(directory);
-  if (!share || !isShareFolder(*share, inboxDirectory())) {
+  if (!share || !isDirectChildOfInbox(*share)) {
     throw StoreError("The native share location is invalid.");
   }
   const platform::DirectoryHandle folder(*share);

@@ -105,7 +105,7 @@ class Walk {
     if (type != DT_DIR) {
       const bool isKnown = ::fstatat(folder, name, &information, AT_SYMLINK_NOFOLLOW) == 0;
       if (!isKnown && (type == DT_UNKNOWN || errno == ENOENT)) return;
-      if (isKnown) type = IFTODT(information.st_mode);
+      if (isKnown) type = static_cast<unsigned char>(IFTODT(information.st_mode));
     }
     if (type == DT_DIR) {
       items_.push_back({path_, FolderItem::Kind::kDirectory, 0});

@@ -27,14 +27,6 @@ Map fileOf(const fs::path& path, std::int64_t size) {
           {"size", size},
           {"kind", "file"}};
 }
-Map inFolder(const fs::path& path, const std::string& relativePath, std::int64_t size,
-             const char* kind) {
-  return {{"path", path.native()},
-          {"name", path.filename().native()},
-          {"size", size},
-          {"relativePath", relativePath},
-          {"kind", kind}};
-}
 
 class IntakeTest : public testing::Test {
  protected:

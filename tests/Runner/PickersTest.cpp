@@ -19,14 +19,6 @@ constexpr const char* kKey = "pickedFileBookmarks";
 Map picked(const std::string& path) {
   return {{"path", path}, {"name", path.substr(path.rfind('/') + 1)}, {"size", std::int64_t{0}}};
 }
-Map entry(const std::filesystem::path& path, const std::string& relativePath, std::int64_t size,
-          const char* kind) {
-  return {{"path", path.native()},
-          {"name", path.filename().native()},
-          {"size", size},
-          {"relativePath", relativePath},
-          {"kind", kind}};
-}
 
 class PickersTest : public testing::Test {
  protected:
@@ -83,9 +75,9 @@ TEST_F(PickersTest, AnswersWithAFolderAndAllThatIsInIt) {
   const Reply reply = pick("pickFolder", {photos});
 
   EXPECT_EQ(reply,
-            Reply(Value(List{entry(photos, "Photos", 0, "directory"),
-                             entry(photos / "trip", "Photos/trip", 0, "directory"),
-                             entry(photos / "trip/b.jpg", "Photos/trip/b.jpg", 2, "file")})));
+            Reply(Value(List{inFolder(photos, "Photos", 0, "directory"),
+                             inFolder(photos / "trip", "Photos/trip", 0, "directory"),
+                             inFolder(photos / "trip/b.jpg", "Photos/trip/b.jpg", 2, "file")})));
   EXPECT_THAT(stored(), ElementsAre(Pair(photos.native(), bookmarkOf(photos.native()))));
   EXPECT_EQ(scopes_.held.size(), 1U);
 }

@@ -262,6 +262,8 @@ TEST_F(NativeShareStoreTest, LivesWithoutAnInbox) {
   constexpr const char* kMessage = "Brevanholt's Downloads staging area is unavailable.";
   EXPECT_EQ(storeError([&] { return nowhere.inboxDirectory(); }), kMessage);
   EXPECT_EQ(storeError([&] { return nowhere.consumeIdentifier(kShare); }), kMessage);
+  EXPECT_EQ(storeError([&] { return nowhere.consumeDirectory(inbox_ / kShare); }),
+            "The native share location is invalid.");
 }
 
 TEST_F(NativeShareStoreTest, DiscardsWholeSharesAndNothingElse) {

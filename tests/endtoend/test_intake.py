@@ -12,7 +12,7 @@ import uuid
 
 from entries import ODD_NAMES, file_entry, odd_files, text_entry
 from host import BINARY, SOURCE, output_of, visible_window, wait_until
-from remote import Remote, RemoteTest, stored_bookmarks
+from remote import Remote, RemoteTest
 
 HOME = pathlib.Path(os.environ["HOME"])
 BUILD = pathlib.Path(BINARY).parents[1]
@@ -126,31 +126,6 @@ class IntakeTest(RemoteTest):
         wait_until(lambda: ["sharedEntries", [text_entry("while hidden")]] in remote.events(),
                    "the share")
 
-    def test_forgets_nothing_until_it_is_released(self):
-        (self.folder / "sub").mkdir()
-        (self.folder / "sub/a").write_text("x")
-        paths = {"paths": [str(self.folder / "sub/a")]}
-        host, remote = self.start_remote()
-        self.share("--share", self.folder / "sub")
-        remote.call("platformEventsReady")
-        remote.wait_for_events(1)
-        self.assertEqual(list(stored_bookmarks()), [str(self.folder / "sub")])
-        self.assertEqual(host.stop(), 0)
-
-        host, remote = self.start_remote()
-        self.assertEqual(remote.call("restorePickedFiles", paths), {"value": None})
-        self.assertEqual(list(stored_bookmarks()), [str(self.folder / "sub")])
-        self.assertEqual(remote.call("releasePickedFiles", paths), {"value": None})
-        self.assertEqual(stored_bookmarks(), {})
-        self.assertEqual(host.stop(), 0)
-
-    def test_discards_a_share_that_is_released(self):
-        identifier = stage("x")
-        staged = INBOX / identifier / "staged"
-        staged.write_text("x")
-        _, remote = self.start_remote()
-        remote.call("releasePickedFiles", {"paths": [str(staged)]})
-        wait_until(lambda: not staged.parent.exists(), "the share's end")
 
 
 class InstalledTest(RemoteTest):

@@ -4,11 +4,22 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 #include "tests/fakes/FakePlatform.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace brevanholt {
+
+// How the UI is told of an item in a folder, and of the folder itself.
+inline platform::Map inFolder(const std::filesystem::path& path, const std::string& relativePath,
+                              std::int64_t size, const char* kind) {
+  return {{"path", path.native()},
+          {"name", path.filename().native()},
+          {"size", size},
+          {"relativePath", relativePath},
+          {"kind", kind}};
+}
 
 // The delegate and the window on the fake platform, with a bridge of their own.
 class RunningHost {
