@@ -73,6 +73,7 @@ GtkApplicationHost::GtkApplicationHost(const std::string& identifier, bool isSer
   application_->signal_open().connect(
       [this](const std::vector<Glib::RefPtr<Gio::File>>& files, const Glib::ustring&) {
         std::vector<std::string> urls;
+        urls.reserve(files.size());
         for (const auto& file : files) urls.push_back(file->get_uri());
         if (ApplicationDelegate* delegate = launchedDelegate()) delegate->applicationOpen(urls);
       });

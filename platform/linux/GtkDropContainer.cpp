@@ -99,8 +99,7 @@ void GtkDropContainer::dragDataReceived(const Context& context, const Gtk::Selec
 
 void GtkDropContainer::begin(const Context& context, guint time) {
   if (drag_) leave();
-  drag_.emplace();
-  drag_->context = context;
+  drag_ = Drag{.context = context, .info = {}, .dropTime = {}};
   const std::string target = box_.drag_dest_find_target(context);
   if (target == "NONE") return arrived({}, time);
   box_.drag_get_data(context, target, time);
