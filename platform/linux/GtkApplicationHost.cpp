@@ -55,6 +55,7 @@ ServicePasteboard pasteboardOf(GVariant* parameter) {
 
 std::vector<Glib::RefPtr<Gio::File>> filesOf(const std::vector<std::string>& uris) {
   std::vector<Glib::RefPtr<Gio::File>> files;
+  files.reserve(uris.size());
   for (const std::string& uri : uris) files.push_back(Gio::File::create_for_uri(uri));
   return files;
 }

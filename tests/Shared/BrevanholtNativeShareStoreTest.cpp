@@ -39,7 +39,7 @@ class NativeShareStoreTest : public testing::Test {
  protected:
   // Stages a share and returns its folder.
   fs::path stage(const std::string& name, const std::string& manifest) const {
-    const fs::path share = inbox_ / name;
+    fs::path share = inbox_ / name;
     fs::create_directories(share);
     writeFile(share / "share.json", manifest);
     return share;

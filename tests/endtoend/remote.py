@@ -61,11 +61,14 @@ class Remote:
         return (self.folder / "events").exists()
 
     def events(self):
-        """[method, arguments] of all that the host sent so far."""
+        """[method, arguments] of what was handed in, as the host has told of it so far."""
         if not self.listens():
             return []
         text = (self.folder / "events").read_text()
-        return [json.loads(line) for line in text.splitlines(keepends=True) if line.endswith("\n")]
+        events = [json.loads(line) for line in text.splitlines(keepends=True)
+                  if line.endswith("\n")]
+        # These come whenever the window gets the focus or the network changes.
+        return [event for event in events if event[0] != "discoveryRecoveryRequested"]
 
     def wait_for_events(self, count):
         wait_until(lambda: len(self.events()) >= count, f"event {count}")

@@ -17,7 +17,8 @@ using testing::IsEmpty;
 std::string thisHost() {
   std::string name(256, '\0');
   ::gethostname(name.data(), name.size());
-  return name.c_str();
+  name.resize(name.find('\0'));
+  return name;
 }
 
 TEST(DraggedFilesTest, DecodesEachUriOnceAndPassesOverTheRest) {
