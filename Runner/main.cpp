@@ -12,14 +12,14 @@ namespace {
 using namespace brevanholt;
 
 int run(const platform::LaunchOptions& options) {
-  platform::GtkApplicationHost application(platform::kApplicationId);
-  if (application.isRemote()) return application.forward();
+  platform::GtkApplicationHost application(platform::kApplicationId, options.isService);
+  if (application.isRemote()) return application.forward(options.request);
   platform::LinuxPlatform linux(application, options);
   AppDelegate delegate(linux.services());
   const auto window = std::make_shared<MainFlutterWindow>(linux.services(), &delegate);
   delegate.setMainWindow(window);
   window->awakeFromNib();
-  return application.run(delegate);
+  return application.run(delegate, options.request);
 }
 
 }  // namespace

@@ -9,8 +9,9 @@
 #include <benchmark/benchmark.h>
 #include <openssl/evp.h>
 
-#include <chrono>
 #include <functional>
+
+#include "bench/SecondsOf.h"
 
 namespace brevanholt {
 namespace {
@@ -42,12 +43,6 @@ Bytes message(const std::string& method, Map arguments) {
 
 Bytes filled(std::size_t size) {
   return std::vector<std::uint8_t>(size, 7);
-}
-
-double secondsOf(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 class BareCipher {

@@ -8,9 +8,9 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdlib>
-#include <functional>
+
+#include "bench/SecondsOf.h"
 
 namespace brevanholt {
 namespace {
@@ -86,12 +86,6 @@ void BM_ProbeTakenNames(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_ProbeTakenNames)->Unit(benchmark::kMillisecond);
-
-double secondsOf(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 // One after the other in each round, since a disk is not the same from one minute to the next.
 void BM_PublishAcrossFileSystems(benchmark::State& state) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/desktop/Application.h"
+#include "platform/desktop/DragDestination.h"
 #include "platform/desktop/Image.h"
+#include "platform/desktop/OpenPanel.h"
 #include "platform/desktop/Pasteboard.h"
 #include "platform/desktop/StatusItem.h"
 #include "platform/desktop/Window.h"
@@ -12,6 +14,7 @@
 #include "platform/foundation/KnownFolders.h"
 #include "platform/foundation/MainQueue.h"
 #include "platform/foundation/ProcessActivity.h"
+#include "platform/foundation/SecurityScopes.h"
 #include "platform/foundation/UserDefaults.h"
 #include "platform/services/HostName.h"
 #include "platform/services/LoginItem.h"
@@ -29,12 +32,15 @@ struct Services {
   UiEngine& engine;
   MainQueue& mainQueue;
   DispatchQueue& utilityQueue;
+  DropContainer& dropContainer;
+  OpenPanel& openPanel;
   Pasteboard& pasteboard;
   Workspace& workspace;
   HostName& hostName;
   StatusItem& statusItem;
   Images& images;
   ProcessActivities& processActivities;
+  SecurityScopes& securityScopes;
   UserDefaults& userDefaults;
   NotificationCenter& notificationCenter;
   LoginItem& loginItem;

@@ -4,9 +4,16 @@
 
 namespace brevanholt {
 
+AppDelegate::AppDelegate(const platform::Services& services, BrevanholtSharedItemsBridge& bridge)
+    : services_(services),
+      bridge_(bridge),
+      shareStore_(services.folders.downloads),
+      batches_(services.mainQueue, services.utilityQueue) {}
+
 void AppDelegate::applicationDidFinishLaunching() {
   configureDesktopStatusItem();
   services_.notificationCenter.setOpenHandler(lifetime_.bind([this] { showMainWindow(); }));
+  publishPendingShares(shareStore_.consumePending());
   if (services_.isLoginItemLaunch) {
     services_.mainQueue.post(lifetime_.bind([this] { hideToBackground(); }));
   } else if (const auto window = mainWindow()) {
@@ -14,7 +21,12 @@ void AppDelegate::applicationDidFinishLaunching() {
   }
 }
 
-void AppDelegate::applicationDidBecomeActive() {}
+void AppDelegate::applicationDidBecomeActive() {
+  const auto shares = shareStore_.consumePending();
+  if (shares.empty()) return;
+  publishPendingShares(shares);
+  showMainWindow();
+}
 
 bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows) {
   if (!hasVisibleWindows) showMainWindow();

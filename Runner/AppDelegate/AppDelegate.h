@@ -1,8 +1,13 @@
 #pragma once
 
 #include "Runner/AppDelegate/DesktopStatusMenuController.h"
+#include "Runner/MainFlutterWindow/BrevanholtSharedItemsBridge.h"
+#include "Runner/MainFlutterWindow/OrderedLists.h"
+#include "Runner/MainFlutterWindow/PickedFiles.h"
+#include "Shared/BrevanholtNativeShareStore.h"
 #include "platform/Services.h"
 #include "platform/foundation/Lifetime.h"
+#include "platform/foundation/Url.h"
 
 #include <memory>
 
@@ -14,7 +19,8 @@ class MainFlutterWindow;
 // serving nearby devices with its window hidden.
 class AppDelegate final : public platform::ApplicationDelegate {
  public:
-  explicit AppDelegate(const platform::Services& services) : services_(services) {}
+  explicit AppDelegate(const platform::Services& services,
+                       BrevanholtSharedItemsBridge& bridge = BrevanholtSharedItemsBridge::shared());
 
   void setMainWindow(std::weak_ptr<MainFlutterWindow> window) { mainWindow_ = std::move(window); }
   // Null where there is none, or it has gone.
@@ -23,6 +29,8 @@ class AppDelegate final : public platform::ApplicationDelegate {
   void applicationDidFinishLaunching() override;
   void applicationDidBecomeActive() override;
   bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
+  void applicationOpen(const std::vector<std::string>& urls) override;
+  void shareWithBrevanholt(const platform::ServicePasteboard& pasteboard) override;
 
   // Brings the application to the front as a windowed application.
   void showMainWindow();
@@ -37,12 +45,24 @@ class AppDelegate final : public platform::ApplicationDelegate {
   // Takes the shell's state, as the UI reports it, into the menu and the tooltip.
   void updateDesktopStatus(const platform::Map& state);
 
+  // Hands a share's items to the UI, in one batch. Shows no window.
+  void publishNative(const BrevanholtNativeShareStore::Items& items);
+
  private:
   void configureDesktopStatusItem();
   [[nodiscard]] platform::Image desktopStatusIcon() const;
   void requestDiscoveryRecovery() const;
 
+  void publishPendingShares(const std::vector<BrevanholtNativeShareStore::Items>& shares);
+  // The items that the UI can be told of, with access to them opened.
+  [[nodiscard]] BrevanholtNativeShareStore::Items keptItems(
+      const BrevanholtNativeShareStore::Items& items);
+  void openShareLink(const platform::Url& link);
+
   platform::Services services_;
+  BrevanholtSharedItemsBridge& bridge_;
+  BrevanholtNativeShareStore shareStore_;
+  OrderedLists batches_;
   std::weak_ptr<MainFlutterWindow> mainWindow_;
   DesktopStatusMenuController statusMenuController_;
   std::unique_ptr<platform::ProcessActivity> availabilityActivity_;

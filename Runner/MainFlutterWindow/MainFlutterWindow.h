@@ -1,6 +1,11 @@
 #pragma once
 
+#include "Runner/MainFlutterWindow/BrevanholtSharedItemsBridge.h"
 #include "Runner/MainFlutterWindow/CallArguments.h"
+#include "Runner/MainFlutterWindow/FileDropView.h"
+#include "Runner/MainFlutterWindow/OrderedLists.h"
+#include "Runner/MainFlutterWindow/PickedFiles.h"
+#include "Shared/BrevanholtNativeShareStore.h"
 #include "platform/Services.h"
 #include "platform/channel/MethodChannel.h"
 #include "platform/crypto/P256PrivateKey.h"
@@ -24,7 +29,8 @@ class MainFlutterWindow final : public platform::WindowDelegate,
                                 public std::enable_shared_from_this<MainFlutterWindow> {
  public:
   // Without a delegate, closing the window closes it for good.
-  MainFlutterWindow(const platform::Services& services, AppDelegate* delegate);
+  MainFlutterWindow(const platform::Services& services, AppDelegate* delegate,
+                    BrevanholtSharedItemsBridge& bridge = BrevanholtSharedItemsBridge::shared());
   ~MainFlutterWindow() override;
 
   // Builds the window's content and opens the channel.
@@ -39,6 +45,7 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   void requestDiscoveryRecovery();
   // Null until awakeFromNib().
   [[nodiscard]] platform::MethodChannel* platformChannel() { return platformChannel_.get(); }
+  [[nodiscard]] PickedFiles& pickedFiles() { return pickedFiles_; }
 
  private:
   friend struct PlatformMethod;
@@ -52,6 +59,7 @@ class MainFlutterWindow final : public platform::WindowDelegate,
 
   // Inline services.
   void deviceName(const CallArguments& arguments, platform::MethodResult& result);
+  platform::Value platformEventsReady(const CallArguments& arguments);
   platform::Value appSupportPath(const CallArguments& arguments);
   platform::Value appVersion(const CallArguments& arguments);
   platform::Value writeClipboardText(const CallArguments& arguments);
@@ -72,6 +80,16 @@ class MainFlutterWindow final : public platform::WindowDelegate,
                                      platform::MethodResult& result);
   void showNotification(const CallArguments& arguments, platform::MethodResult& result);
   platform::Value clearNotification(const CallArguments& arguments);
+
+  // Pickers and bookmarks.
+  void pickFiles(const CallArguments& arguments, platform::MethodResult& result);
+  void pickFolder(const CallArguments& arguments, platform::MethodResult& result);
+  // Shows a panel, keeps what was chosen, and has `use` answer with it.
+  void choose(
+      platform::OpenPanel::Choice choice, platform::MethodResult result,
+      platform::UniqueFunction<void(const PickedFiles::Locations&, OrderedLists::Deliver)> use);
+  platform::Value restorePickedFiles(const CallArguments& arguments);
+  platform::Value releasePickedFiles(const CallArguments& arguments);
 
   // Receive location.
   [[nodiscard]] std::filesystem::path brevanholtDownloadsDirectory() const;
@@ -108,13 +126,19 @@ class MainFlutterWindow final : public platform::WindowDelegate,
 
   platform::Services services_;
   AppDelegate* delegate_;
+  BrevanholtSharedItemsBridge& bridge_;
 
   platform::P256PrivateKey agreementKey_;
   std::optional<std::filesystem::path> receiveDirectory_;
   std::string receiveFolderName_ = "Brevanholt";
   std::unique_ptr<platform::ProcessActivity> transferActivity_;
-  std::unique_ptr<platform::MethodChannel> platformChannel_;
+  std::shared_ptr<platform::MethodChannel> platformChannel_;
   std::vector<platform::Connection> wakeObservers_;
+
+  PickedFiles pickedFiles_;
+  OrderedLists pickAnswers_;
+  BrevanholtNativeShareStore shareStore_;
+  std::unique_ptr<FileDropView> dropView_;
 
   // While a file is copied into place, the calls that must see the outcome wait here.
   bool isCopying_ = false;

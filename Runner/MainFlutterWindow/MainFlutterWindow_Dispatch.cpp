@@ -42,11 +42,16 @@ const PlatformMethod* PlatformMethod::find(std::string_view name) {
   using enum CallOrder;
   static constexpr std::array kPlatformMethods{
       PlatformMethod{"deviceName", &W::deviceName},
+      PlatformMethod{"platformEventsReady", &W::platformEventsReady},
       PlatformMethod{"appSupportPath", &W::appSupportPath},
       PlatformMethod{"appVersion", &W::appVersion},
       PlatformMethod{"launchAtStartupEnabled", &W::launchAtStartupEnabled},
       PlatformMethod{"setLaunchAtStartup", &W::setLaunchAtStartup},
       PlatformMethod{"updateDesktopShell", &W::updateDesktopShell},
+      PlatformMethod{"pickFiles", &W::pickFiles},
+      PlatformMethod{"pickFolder", &W::pickFolder},
+      PlatformMethod{"restorePickedFiles", &W::restorePickedFiles},
+      PlatformMethod{"releasePickedFiles", &W::releasePickedFiles},
       PlatformMethod{"prepareReceiveLocation", &W::prepareReceiveLocation, kBehindCopies},
       PlatformMethod{"writeClipboardText", &W::writeClipboardText},
       PlatformMethod{"openExternalUrl", &W::openExternalUrl},

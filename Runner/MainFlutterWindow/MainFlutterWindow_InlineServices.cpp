@@ -27,6 +27,12 @@ void MainFlutterWindow::deviceName(const CallArguments& /*arguments*/, MethodRes
   });
 }
 
+Value MainFlutterWindow::platformEventsReady(const CallArguments& /*arguments*/) {
+  bridge_.setDartReady();
+  bridge_.flushIfReady();
+  return {};
+}
+
 Value MainFlutterWindow::appSupportPath(const CallArguments& /*arguments*/) {
   const std::filesystem::path path = services_.folders.applicationSupport / "Brevanholt";
   platform::createDirectories(path);

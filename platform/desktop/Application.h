@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,12 @@ namespace brevanholt::platform {
 // Regular: in the taskbar, with a window. Accessory: only the status item.
 enum class ActivationPolicy { kRegular, kAccessory };
 
+// What another program hands over to be shared.
+struct ServicePasteboard {
+  std::vector<std::filesystem::path> files;  // and folders; absolute
+  std::string text;
+};
+
 class ApplicationDelegate {
  public:
   virtual ~ApplicationDelegate() = default;
@@ -15,6 +22,10 @@ class ApplicationDelegate {
   virtual void applicationDidBecomeActive() = 0;
   // Launched again while running. True where the request was handled.
   virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
+  // Asked to open URLs: links of the program's own scheme, files.
+  virtual void applicationOpen(const std::vector<std::string>& urls) = 0;
+  // The user chose to share something from another program with this one.
+  virtual void shareWithBrevanholt(const ServicePasteboard& pasteboard) = 0;
 };
 
 // The running program as the desktop sees it.

@@ -21,6 +21,11 @@ bool nameIsTaken(const std::filesystem::path& path) {
   return ::lstat(path.c_str(), &information) == 0;
 }
 
+bool isDirectory(const std::filesystem::path& path) {
+  struct stat information {};
+  return ::stat(path.c_str(), &information) == 0 && S_ISDIR(information.st_mode);
+}
+
 std::optional<std::uint64_t> fileSize(const std::filesystem::path& path) {
   struct stat information {};
   if (::stat(path.c_str(), &information) != 0) return std::nullopt;

@@ -10,6 +10,8 @@ namespace brevanholt::platform {
 [[nodiscard]] bool fileExists(const std::filesystem::path& path);
 // Whether the name is taken by anything at all, a dangling link included.
 [[nodiscard]] bool nameIsTaken(const std::filesystem::path& path);
+// Whether there is a directory at `path`, links followed.
+[[nodiscard]] bool isDirectory(const std::filesystem::path& path);
 // Nothing where there is no file whose size can be read.
 [[nodiscard]] std::optional<std::uint64_t> fileSize(const std::filesystem::path& path);
 

@@ -19,6 +19,7 @@ template <class T>
 using GObjectPointer = std::unique_ptr<T, FreeWith<g_object_unref>>;
 using GErrorPointer = std::unique_ptr<GError, FreeWith<g_error_free>>;
 using GVariantPointer = std::unique_ptr<GVariant, FreeWith<g_variant_unref>>;
+using GVariantTypePointer = std::unique_ptr<GVariantType, FreeWith<g_variant_type_free>>;
 using GBytesPointer = std::unique_ptr<GBytes, FreeWith<g_bytes_unref>>;
 using GCharPointer = std::unique_ptr<char, FreeWith<g_free>>;
 

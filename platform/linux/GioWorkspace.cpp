@@ -1,6 +1,7 @@
 #include "platform/linux/GioWorkspace.h"
 
 #include "platform/foundation/Log.h"
+#include "platform/linux/FileUri.h"
 
 #include <gdk/gdk.h>
 
@@ -9,13 +10,6 @@ namespace {
 
 constexpr BusMethod kShowItems{"org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
                                "org.freedesktop.FileManager1", "ShowItems"};
-
-std::string uriOf(const std::filesystem::path& path) {
-  GError* failure = nullptr;
-  const GCharPointer uri(g_filename_to_uri(path.c_str(), nullptr, &failure));
-  const GErrorPointer error(failure);
-  return uri ? uri.get() : "";
-}
 
 }  // namespace
 
@@ -38,11 +32,11 @@ void GioWorkspace::openUrl(const std::string& url, Callback callback) {
 }
 
 void GioWorkspace::openFile(const std::filesystem::path& path, Callback callback) {
-  openUrl(uriOf(path), std::move(callback));
+  openUrl(fileUriOf(path), std::move(callback));
 }
 
 void GioWorkspace::reveal(const std::filesystem::path& path) {
-  const std::string uri = uriOf(path);
+  const std::string uri = fileUriOf(path);
   const char* const uris[] = {uri.c_str(), nullptr};
   sessionBus_.call(
       kShowItems, g_variant_new("(^ass)", uris, ""), "()",

@@ -1,26 +1,30 @@
 #pragma once
 
 #include "platform/desktop/Application.h"
+#include "platform/linux/LaunchOptions.h"
 
 #include <gtkmm/application.h>
-
-#include <functional>
 
 namespace brevanholt::platform {
 
 // The program on this desktop: one instance a session where there is a session bus, several where
 // there is none.
+//
+// Other programs reach it by org.freedesktop.Application: Activate, Open, and the action "share"
+// with the files' URIs and a text, of which the files come first: ActivateAction("share", [<(as,
+// s)>], {}).
 class GtkApplicationHost final : public Application {
  public:
-  // Registers with the session bus; throws PlatformError where there is no display.
-  explicit GtkApplicationHost(const std::string& identifier);
+  // Registers with the session bus. Throws PlatformError where there is no display, and for a
+  // service that runs already.
+  GtkApplicationHost(const std::string& identifier, bool isService);
 
   // Whether another instance runs already. Then forward() is all there is to do.
   [[nodiscard]] bool isRemote() const { return application_->is_remote(); }
-  // Asks the running instance to present itself; returns an exit status.
-  int forward();
-  // Runs until terminate(); borrows the delegate.
-  int run(ApplicationDelegate& delegate);
+  // Asks the running instance; returns an exit status.
+  int forward(const LaunchRequest& request);
+  // Runs until terminate(); borrows the delegate. The request is the first that it is told of.
+  int run(ApplicationDelegate& delegate, const LaunchRequest& request);
 
   void setActivationPolicy(ActivationPolicy policy) override;
   void activate() override {}
@@ -30,12 +34,19 @@ class GtkApplicationHost final : public Application {
   [[nodiscard]] const Glib::RefPtr<Gtk::Application>& gtk() const { return application_; }
 
  private:
+  void addShareAction();
+  void perform(const LaunchRequest& request);
   void activated();
+  // The delegate, launched; null where nobody serves any more.
+  ApplicationDelegate* launchedDelegate();
   [[nodiscard]] bool hasVisibleWindows() const;
 
   Glib::RefPtr<Gtk::Application> application_;
+  bool isService_;
+  LaunchRequest firstRequest_;
   ApplicationDelegate* delegate_ = nullptr;
   bool isLaunched_ = false;
+  sigc::connection idleService_;
 };
 
 }  // namespace brevanholt::platform

@@ -48,6 +48,9 @@ bool GtkMainWindow::isVisible() const {
 }
 
 void GtkMainWindow::makeKeyAndOrderFront() {
+  // A window that is shown is in the taskbar, even while the program is an accessory.
+  window_.set_skip_taskbar_hint(false);
+  window_.set_skip_pager_hint(false);
   useActivationToken();
   window_.present();
 }

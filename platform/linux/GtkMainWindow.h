@@ -13,6 +13,8 @@ class GtkMainWindow final : public Window {
  public:
   explicit GtkMainWindow(const Glib::RefPtr<Gtk::Application>& application);
 
+  [[nodiscard]] Gtk::Window& gtk() { return window_; }
+
   void setDelegate(WindowDelegate* delegate) override { delegate_ = delegate; }
   [[nodiscard]] Frame frame() const override;
   void setFrame(Frame frame) override;

@@ -6,14 +6,26 @@
 
 namespace brevanholt::platform {
 
+// What one launch of the program asks the running instance to do; to show itself where all is
+// empty.
+struct LaunchRequest {
+  bool isShare = false;
+  std::vector<std::string> sharedFiles;  // URIs
+  std::string sharedText;
+  std::vector<std::string> opened;  // URIs
+};
+
 // What the command line asks for.
 struct LaunchOptions {
   std::filesystem::path uiBundle;  // empty for the one that ships with the host
   std::vector<std::string> uiArguments;
   bool developerTools = false;
   bool isLoginItem = false;
+  bool isService = false;  // started by the bus, which says later what for
+  LaunchRequest request;
 
-  // Prints the help or an error and ends the process where the command line asks for that.
+  // Prints the help or an error and ends the process where the command line asks for that. File
+  // names are taken relative to the current directory.
   static LaunchOptions parse(int argc, char** argv);
 };
 

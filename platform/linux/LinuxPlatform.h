@@ -11,7 +11,9 @@
 #include "platform/linux/GioNetworkMonitor.h"
 #include "platform/linux/GioWorkspace.h"
 #include "platform/linux/GtkApplicationHost.h"
+#include "platform/linux/GtkDropContainer.h"
 #include "platform/linux/GtkMainWindow.h"
+#include "platform/linux/GtkOpenPanel.h"
 #include "platform/linux/GtkPasteboard.h"
 #include "platform/linux/HostnamedHostName.h"
 #include "platform/linux/InstallLayout.h"
@@ -19,6 +21,7 @@
 #include "platform/linux/LaunchOptions.h"
 #include "platform/linux/LinuxProcessActivities.h"
 #include "platform/linux/LinuxStatusItem.h"
+#include "platform/linux/PathSecurityScopes.h"
 #include "platform/linux/XdgFolders.h"
 
 namespace brevanholt::platform {
@@ -40,12 +43,15 @@ class LinuxPlatform {
   GLibMainQueue mainQueue_;
   GtkMainWindow mainWindow_;
   WebEngine engine_;
+  GtkDropContainer dropContainer_{sessionBus_};
+  GtkOpenPanel openPanel_;
   GtkPasteboard pasteboard_;
   GioWorkspace workspace_{sessionBus_};
   HostnamedHostName hostName_{systemBus_};
   GdkImages images_;
   LinuxStatusItem statusItem_;
   LinuxProcessActivities processActivities_;
+  PathSecurityScopes securityScopes_;
   KeyFileUserDefaults userDefaults_{folders_.configuration / "defaults.ini"};
   KeyFileUserDefaults sessionState_;
   FreedesktopNotificationCenter notificationCenter_;

@@ -97,7 +97,8 @@ TEST_F(MainFlutterWindowTest, EndsTheProcessWhenARequiredArgumentIsMissing) {
 }
 
 TEST_F(MainFlutterWindowTest, FillsTheWindowAndKeepsItsFrame) {
-  EXPECT_EQ(platform_.window.content, &platform_.engine.nativeView);
+  EXPECT_EQ(platform_.window.content, &platform_.dropContainer.nativeView);
+  EXPECT_EQ(platform_.dropContainer.subview, &platform_.engine.nativeView);
   EXPECT_EQ(platform_.window.current.width, 800);
   EXPECT_EQ(platform_.window.current.height, 600);
 }

@@ -2,6 +2,7 @@
 
 #include "platform/Services.h"
 #include "tests/fakes/FakeDesktop.h"
+#include "tests/fakes/FakeIntake.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/fakes/FakeProcessActivities.h"
 #include "tests/fakes/FakeServices.h"
@@ -18,12 +19,15 @@ struct FakePlatform {
             .engine = engine,
             .mainQueue = mainQueue,
             .utilityQueue = utilityQueue,
+            .dropContainer = dropContainer,
+            .openPanel = openPanel,
             .pasteboard = pasteboard,
             .workspace = workspace,
             .hostName = hostName,
             .statusItem = statusItem,
             .images = images,
             .processActivities = processActivities,
+            .securityScopes = securityScopes,
             .userDefaults = userDefaults,
             .notificationCenter = notificationCenter,
             .loginItem = loginItem,
@@ -48,12 +52,15 @@ struct FakePlatform {
   FakeWindow window;
   FakeEngine engine;
   FakeMainQueue mainQueue;
+  FakeDropContainer dropContainer;
+  FakeOpenPanel openPanel;
   FakePasteboard pasteboard;
   FakeWorkspace workspace;
   FakeHostName hostName;
   FakeStatusItem statusItem;
   FakeImages images;
   FakeProcessActivities processActivities;
+  FakeSecurityScopes securityScopes;
   FakeUserDefaults userDefaults;
   FakeNotificationCenter notificationCenter;
   FakeLoginItem loginItem;

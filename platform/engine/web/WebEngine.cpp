@@ -66,6 +66,7 @@ void WebEngine::createView() {
   webView_.reset(WEBKIT_WEB_VIEW(g_object_ref_sink(widget)));
   nativeView_ = std::make_unique<GtkNativeView>(*Glib::wrap(widget));
   configureSettings();
+  leaveDragsToTheHost();
   lockToBundle(webView_.get(), options_.developerTools);
   g_signal_connect(
       webView_.get(), "user-message-received",
@@ -95,6 +96,13 @@ void WebEngine::configureSettings() {
   // The UI is text and lists: drawn by the processor it is there sooner, in half the memory.
   webkit_settings_set_hardware_acceleration_policy(settings,
                                                    WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+}
+
+// The view takes drags for the page to handle; here the container around it is the drop target.
+void WebEngine::leaveDragsToTheHost() {
+  const auto unset = +[](GtkWidget* widget, gpointer) { gtk_drag_dest_unset(widget); };
+  unset(GTK_WIDGET(webView_.get()), nullptr);
+  g_signal_connect_after(webView_.get(), "realize", G_CALLBACK(unset), nullptr);
 }
 
 void WebEngine::setRunsWhileHidden(bool runs) {

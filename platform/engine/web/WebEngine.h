@@ -38,6 +38,7 @@ class WebEngine final : public UiEngine {
   void createContext();
   void createView();
   void configureSettings();
+  void leaveDragsToTheHost();
   void load();
   void pageJoined(WebKitUserMessage* message);
   void pageGone();

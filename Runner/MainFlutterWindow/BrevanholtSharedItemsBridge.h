@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/channel/MethodChannel.h"
+
+#include <memory>
+#include <vector>
+
+namespace brevanholt {
+
+// The one place through which items from outside reach the UI. A batch goes out as it came, in one
+// "sharedEntries" call: at once when the UI is ready and the channel is there, else when both are.
+class BrevanholtSharedItemsBridge {
+ public:
+  using Batch = platform::List;  // of shared-entry maps
+
+  // The program's own. Others are for tests.
+  static BrevanholtSharedItemsBridge& shared();
+
+  // An empty batch is ignored.
+  void publish(Batch entries);
+  // Delivers what waits, oldest first, if it can be delivered.
+  void flushIfReady();
+
+  // Null to let go of the channel.
+  void setChannel(std::shared_ptr<platform::MethodChannel> channel) {
+    channel_ = std::move(channel);
+  }
+  [[nodiscard]] const platform::MethodChannel* channel() const { return channel_.get(); }
+  // The UI listens; it never stops.
+  void setDartReady() { dartReady_ = true; }
+
+ private:
+  [[nodiscard]] bool isReady() const { return dartReady_ && channel_; }
+  void deliver(Batch entries);
+
+  std::shared_ptr<platform::MethodChannel> channel_;
+  std::vector<Batch> pendingEntries_;
+  bool dartReady_ = false;
+};
+
+}  // namespace brevanholt

@@ -1,0 +1,64 @@
+#include "Runner/MainFlutterWindow/FileDropView.h"
+
+#include "Runner/MainFlutterWindow/ShareEntries.h"
+
+namespace brevanholt {
+
+using platform::DraggingInfo;
+using platform::DragOperation;
+using platform::List;
+
+namespace {
+
+PickedFiles::Locations droppedFiles(const DraggingInfo& drag) {
+  PickedFiles::Locations files;
+  for (const std::string& path : drag.filePaths) {
+    if (!path.ends_with('/') && canBeNamed(path)) files.emplace_back(path);
+  }
+  return files;
+}
+
+}  // namespace
+
+FileDropView::FileDropView(std::shared_ptr<platform::MethodChannel> channel,
+                           platform::DropContainer& container, PickedFiles& pickedFiles)
+    : channel_(std::move(channel)), container_(container), pickedFiles_(pickedFiles) {
+  container_.registerForDraggedFiles(this);
+}
+
+FileDropView::~FileDropView() {
+  container_.registerForDraggedFiles(nullptr);
+}
+
+DragOperation FileDropView::draggingEntered(const DraggingInfo& drag) {
+  acceptsCurrentDrag_ = !droppedFiles(drag).empty();
+  if (acceptsCurrentDrag_) channel_->invokeMethod("dragActiveChanged", true);
+  return draggingUpdated(drag);
+}
+
+DragOperation FileDropView::draggingUpdated(const DraggingInfo& /*drag*/) {
+  return acceptsCurrentDrag_ ? DragOperation::kCopy : DragOperation::kNone;
+}
+
+void FileDropView::draggingExited() {
+  endDrag();
+}
+
+bool FileDropView::performDragOperation(const DraggingInfo& drag) {
+  const PickedFiles::Locations files = droppedFiles(drag);
+  if (!files.empty()) {
+    pickedFiles_.keepSoon(files);
+    List entries;
+    for (const auto& file : files) entries.push_back(pickedFileEntry(file));
+    channel_->invokeMethod("filesDropped", std::move(entries));
+  }
+  endDrag();
+  return !files.empty();
+}
+
+void FileDropView::endDrag() {
+  acceptsCurrentDrag_ = false;
+  channel_->invokeMethod("dragActiveChanged", false);
+}
+
+}  // namespace brevanholt

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/foundation/FileDescriptor.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+
+namespace brevanholt::platform {
+
+// A folder held open. What is read or removed through it is in that very folder, whoever bears its
+// name by then. Links are not followed, the folder's own name included. Failures are FileErrors.
+class DirectoryHandle {
+ public:
+  explicit DirectoryHandle(std::filesystem::path path);
+
+  // The whole content of a regular file of at most `limit` bytes; never waits for a pipe or device.
+  [[nodiscard]] std::string readFile(const std::string& name, std::size_t limit) const;
+  void removeFile(const std::string& name) const;
+
+ private:
+  std::filesystem::path path_;
+  FileDescriptor descriptor_;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace brevanholt::platform {
+
+struct FolderItem {
+  enum class Kind { kDirectory, kFile };
+
+  std::string relativePath;  // below the listed folder, its components joined by "/"
+  Kind kind = Kind::kFile;
+  std::uint64_t size = 0;  // bytes; 0 for a directory, and where it cannot be read
+};
+
+// The directories and regular files below a folder, at every depth, each directory right before
+// what is in it, otherwise in the file system's order. What cannot be read is left out and ends
+// nothing.
+//
+// Left out are hidden items (names that begin with a dot) with all that is in them, what is in a
+// package, links and devices, names that are not UTF-8, what lies more than 400 folders deep, and
+// what is in a folder that contains itself. The listed folder may be a link to one, or a package.
+//
+// A package is a folder that counts as one item; its name says so ("Notes.app", "Editor.AppDir").
+// What is left out although the user may miss it is counted in the log.
+[[nodiscard]] std::vector<FolderItem> listFolder(const std::filesystem::path& folder);
+
+}  // namespace brevanholt::platform
