@@ -3,6 +3,7 @@
 #include "platform/Services.h"
 #include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakePreviews.h"
 #include "tests/fakes/FakeProcessActivities.h"
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeUserDefaults.h"
@@ -23,6 +24,9 @@ struct FakePlatform {
             .hostName = hostName,
             .statusItem = statusItem,
             .images = images,
+            .screen = screen,
+            .imagePreviewer = imagePreviewer,
+            .thumbnailer = thumbnailer,
             .processActivities = processActivities,
             .userDefaults = userDefaults,
             .notificationCenter = notificationCenter,
@@ -53,6 +57,9 @@ struct FakePlatform {
   FakeHostName hostName;
   FakeStatusItem statusItem;
   FakeImages images;
+  FakeScreen screen;
+  FakeImagePreviewer imagePreviewer;
+  FakeThumbnailer thumbnailer;
   FakeProcessActivities processActivities;
   FakeUserDefaults userDefaults;
   FakeNotificationCenter notificationCenter;
