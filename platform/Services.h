@@ -5,6 +5,7 @@
 #include "platform/desktop/Image.h"
 #include "platform/desktop/OpenPanel.h"
 #include "platform/desktop/Pasteboard.h"
+#include "platform/desktop/Screen.h"
 #include "platform/desktop/StatusItem.h"
 #include "platform/desktop/Window.h"
 #include "platform/desktop/Workspace.h"
@@ -17,9 +18,11 @@
 #include "platform/foundation/SecurityScopes.h"
 #include "platform/foundation/UserDefaults.h"
 #include "platform/services/HostName.h"
+#include "platform/services/ImagePreviewer.h"
 #include "platform/services/LoginItem.h"
 #include "platform/services/NetworkMonitor.h"
 #include "platform/services/NotificationCenter.h"
+#include "platform/services/Thumbnailer.h"
 #include "platform/services/WakeNotices.h"
 
 namespace brevanholt::platform {
@@ -39,6 +42,9 @@ struct Services {
   HostName& hostName;
   StatusItem& statusItem;
   Images& images;
+  Screen& screen;
+  ImagePreviewer& imagePreviewer;
+  Thumbnailer& thumbnailer;
   ProcessActivities& processActivities;
   SecurityScopes& securityScopes;
   UserDefaults& userDefaults;

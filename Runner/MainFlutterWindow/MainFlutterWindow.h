@@ -124,6 +124,15 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   platform::Value cryptoEncrypt(const CallArguments& arguments);
   platform::Value cryptoDecrypt(const CallArguments& arguments);
 
+  // Previews.
+  void receivedFilePreview(const CallArguments& arguments, platform::MethodResult& result);
+  void receivedFilePreview(const std::filesystem::path& file, int maximumDimension,
+                           platform::MethodResult result);
+  void imagePreviewData(const std::filesystem::path& file, int maximumDimension,
+                        platform::ImagePreviewer::Callback callback);
+  void documentPreview(const std::filesystem::path& file, int maximumDimension,
+                       platform::MethodResult result);
+
   platform::Services services_;
   AppDelegate* delegate_;
   BrevanholtSharedItemsBridge& bridge_;

@@ -63,6 +63,7 @@ const PlatformMethod* PlatformMethod::find(std::string_view name) {
       PlatformMethod{"receivedFileExists", &W::receivedFileExists, kBehindCopies},
       PlatformMethod{"openReceivedFile", &W::openReceivedFile, kBehindCopies},
       PlatformMethod{"revealReceivedFile", &W::revealReceivedFile, kBehindCopies},
+      PlatformMethod{"receivedFilePreview", PlatformMethod::AnswersLater(&W::receivedFilePreview)},
       PlatformMethod{"locateReceivedFiles", &W::locateReceivedFiles, kBehindCopies},
       PlatformMethod{"enableMulticast", &W::enableMulticast},
       PlatformMethod{"requestNotificationPermission", &W::requestNotificationPermission},

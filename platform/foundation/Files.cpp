@@ -1,6 +1,5 @@
 #include "platform/foundation/Files.h"
 
-#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cerrno>
@@ -30,6 +29,17 @@ std::optional<std::uint64_t> fileSize(const std::filesystem::path& path) {
   struct stat information {};
   if (::stat(path.c_str(), &information) != 0) return std::nullopt;
   return static_cast<std::uint64_t>(information.st_size);
+}
+
+FileDescriptor openRegularFile(const std::filesystem::path& path) {
+  FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat information {};
+  if (!descriptor || ::fstat(descriptor.get(), &information) != 0) {
+    throw FileError("open", path, errno);
+  }
+  if (S_ISDIR(information.st_mode)) throw FileError("open", path, EISDIR);
+  if (!S_ISREG(information.st_mode)) throw FileError("open", path, EINVAL);
+  return descriptor;
 }
 
 void createDirectories(const std::filesystem::path& path) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -14,6 +16,10 @@ namespace brevanholt::platform {
 [[nodiscard]] bool isDirectory(const std::filesystem::path& path);
 // Nothing where there is no file whose size can be read.
 [[nodiscard]] std::optional<std::uint64_t> fileSize(const std::filesystem::path& path);
+
+// Opens a file for reading, links followed. Only regular files: a FIFO or a device would never let
+// go of the thread. Throws FileError.
+[[nodiscard]] FileDescriptor openRegularFile(const std::filesystem::path& path);
 
 // Creates the directory and those above it; one that exists is fine. Throws FileError.
 void createDirectories(const std::filesystem::path& path);

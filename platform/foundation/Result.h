@@ -19,6 +19,7 @@ class [[nodiscard]] Result {
 
   // Throws the error where there is no value.
   [[nodiscard]] T& value() & { return check(), std::get<0>(outcome_); }
+  [[nodiscard]] const T& value() const& { return check(), std::get<0>(outcome_); }
   [[nodiscard]] T&& value() && { return check(), std::get<0>(std::move(outcome_)); }
   // Only where !ok().
   [[nodiscard]] const PlatformError& error() const { return std::get<1>(outcome_); }

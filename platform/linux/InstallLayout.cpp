@@ -8,6 +8,7 @@ InstallLayout InstallLayout::ofThisProcess() {
   return {.executable = executable,
           .uiBundle = prefix / "share/brevanholt/ui",
           .webExtensions = prefix / "lib/brevanholt/web-extensions",
+          .previewChild = prefix / "lib/brevanholt/brevanholt-preview",
           .privateFrameworks = prefix / "share/brevanholt/Frameworks",
           .icons = prefix / "share/icons"};
 }

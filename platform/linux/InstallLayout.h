@@ -10,6 +10,7 @@ struct InstallLayout {
   std::filesystem::path executable;
   std::filesystem::path uiBundle;           // share/brevanholt/ui
   std::filesystem::path webExtensions;      // lib/brevanholt/web-extensions
+  std::filesystem::path previewChild;       // lib/brevanholt/brevanholt-preview
   std::filesystem::path privateFrameworks;  // share/brevanholt/Frameworks
   std::filesystem::path icons;              // share/icons
 

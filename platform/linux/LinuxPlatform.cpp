@@ -2,6 +2,11 @@
 
 #include "platform/BuildInfo.h"
 
+#include <glib.h>
+
+#include <algorithm>
+#include <thread>
+
 namespace brevanholt::platform {
 namespace {
 
@@ -27,6 +32,11 @@ std::filesystem::path autostartFolder() {
   return std::filesystem::path(g_get_user_config_dir()) / "autostart";
 }
 
+// Decoding takes a processor each, and up to 1 GiB.
+std::size_t previewsAtOnce() {
+  return std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
+}
+
 }  // namespace
 
 LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOptions& options)
@@ -38,6 +48,8 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
       images_(kApplicationId),
       statusItem_(sessionBus_, kApplicationId, layout_.icons,
                   [this](const std::string& token) { mainWindow_.setActivationToken(token); }),
+      imagePreviewer_({.child = layout_.previewChild, .mostChildren = previewsAtOnce()}),
+      thumbnailer_(sessionBus_, imagePreviewer_, {.cacheHome = g_get_user_cache_dir()}),
       processActivities_(systemBus_, [this](bool runs) { engine_.setRunsWhileHidden(runs); }),
       sessionState_(sessionStateFile()),
       notificationCenter_(
@@ -58,6 +70,9 @@ Services LinuxPlatform::services() {
           .hostName = hostName_,
           .statusItem = statusItem_,
           .images = images_,
+          .screen = screens_,
+          .imagePreviewer = imagePreviewer_,
+          .thumbnailer = thumbnailer_,
           .processActivities = processActivities_,
           .securityScopes = securityScopes_,
           .userDefaults = userDefaults_,

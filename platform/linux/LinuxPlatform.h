@@ -4,10 +4,12 @@
 #include "platform/engine/web/WebEngine.h"
 #include "platform/linux/AutostartLoginItem.h"
 #include "platform/linux/Bus.h"
+#include "platform/linux/ChildImagePreviewer.h"
 #include "platform/linux/DBusWakeNotices.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
 #include "platform/linux/GLibMainQueue.h"
 #include "platform/linux/GdkImages.h"
+#include "platform/linux/GdkScreens.h"
 #include "platform/linux/GioNetworkMonitor.h"
 #include "platform/linux/GioWorkspace.h"
 #include "platform/linux/GtkApplicationHost.h"
@@ -22,6 +24,7 @@
 #include "platform/linux/LinuxProcessActivities.h"
 #include "platform/linux/LinuxStatusItem.h"
 #include "platform/linux/PathSecurityScopes.h"
+#include "platform/linux/TumblerThumbnailer.h"
 #include "platform/linux/XdgFolders.h"
 
 namespace brevanholt::platform {
@@ -50,6 +53,9 @@ class LinuxPlatform {
   HostnamedHostName hostName_{systemBus_};
   GdkImages images_;
   LinuxStatusItem statusItem_;
+  GdkScreens screens_;
+  ChildImagePreviewer imagePreviewer_;
+  TumblerThumbnailer thumbnailer_;
   LinuxProcessActivities processActivities_;
   PathSecurityScopes securityScopes_;
   KeyFileUserDefaults userDefaults_{folders_.configuration / "defaults.ini"};

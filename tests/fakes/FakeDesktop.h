@@ -3,6 +3,7 @@
 #include "platform/desktop/Application.h"
 #include "platform/desktop/Image.h"
 #include "platform/desktop/Pasteboard.h"
+#include "platform/desktop/Screen.h"
 #include "platform/desktop/StatusItem.h"
 #include "platform/desktop/Window.h"
 #include "platform/desktop/Workspace.h"
@@ -106,6 +107,12 @@ struct FakeImages final : Images {
 
   std::set<std::filesystem::path> pictures;
   bool applicationIcon = true;
+};
+
+struct FakeScreen final : Screen {
+  [[nodiscard]] std::optional<double> mainScaleFactor() const override { return scale; }
+
+  std::optional<double> scale = 1.0;
 };
 
 struct FakeHostName final : HostName {

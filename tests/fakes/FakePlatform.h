@@ -4,6 +4,7 @@
 #include "tests/fakes/FakeDesktop.h"
 #include "tests/fakes/FakeIntake.h"
 #include "tests/fakes/FakeMainQueue.h"
+#include "tests/fakes/FakePreviews.h"
 #include "tests/fakes/FakeProcessActivities.h"
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeUserDefaults.h"
@@ -26,6 +27,9 @@ struct FakePlatform {
             .hostName = hostName,
             .statusItem = statusItem,
             .images = images,
+            .screen = screen,
+            .imagePreviewer = imagePreviewer,
+            .thumbnailer = thumbnailer,
             .processActivities = processActivities,
             .securityScopes = securityScopes,
             .userDefaults = userDefaults,
@@ -59,6 +63,9 @@ struct FakePlatform {
   FakeHostName hostName;
   FakeStatusItem statusItem;
   FakeImages images;
+  FakeScreen screen;
+  FakeImagePreviewer imagePreviewer;
+  FakeThumbnailer thumbnailer;
   FakeProcessActivities processActivities;
   FakeSecurityScopes securityScopes;
   FakeUserDefaults userDefaults;

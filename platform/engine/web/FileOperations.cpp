@@ -36,17 +36,6 @@ Value statFile(const std::filesystem::path& path) {
              {"modified", milliseconds(information.st_mtim)}};
 }
 
-FileDescriptor openFileForReading(const std::filesystem::path& path) {
-  FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  struct stat information {};
-  if (!descriptor || ::fstat(descriptor.get(), &information) != 0) {
-    throw FileError("open", path, errno);
-  }
-  if (S_ISDIR(information.st_mode)) throw FileError("open", path, EISDIR);
-  if (!S_ISREG(information.st_mode)) throw FileError("open", path, EINVAL);
-  return descriptor;
-}
-
 FileDescriptor createFile(const std::filesystem::path& path) {
   FileDescriptor descriptor(
       ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));

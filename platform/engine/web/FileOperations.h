@@ -14,9 +14,6 @@ namespace brevanholt::platform {
 // where there is nothing. Links are followed.
 [[nodiscard]] Value statFile(const std::filesystem::path& path);
 
-// Only regular files: a FIFO or a device would never let go of the thread.
-[[nodiscard]] FileDescriptor openFileForReading(const std::filesystem::path& path);
-
 // A new file that only this user may read; fails where the name is taken.
 [[nodiscard]] FileDescriptor createFile(const std::filesystem::path& path);
 

@@ -2,6 +2,7 @@
 
 #include "platform/engine/web/EngineArguments.h"
 #include "platform/engine/web/FileOperations.h"
+#include "platform/foundation/Files.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <algorithm>
@@ -34,7 +35,7 @@ Reply FileTable::dispatch(const MethodCall& call, const Map& arguments) {
   if (call.method == "stat") return statFile(pathIn(arguments));
   if (call.method == "open") {
     expectRoom();
-    return add({openFileForReading(pathIn(arguments)), false});
+    return add({openRegularFile(pathIn(arguments)), false});
   }
   if (call.method == "create") {
     expectRoom();

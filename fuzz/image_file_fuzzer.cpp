@@ -1,0 +1,12 @@
+#include "preview/ImageFormat.h"
+#include "preview/IsoMedia.h"
+
+// What the host's child makes of a file before a decoder gets to see it.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace brevanholt::preview;
+  const ByteSpan file(data, size);
+  static_cast<void>(mostAnnouncedPixels(file));
+  const auto format = formatOf(file);
+  if (format) static_cast<void>(isWhole(*format, file));
+  return 0;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/UniqueFunction.h"
+
+#include <utility>
+
+namespace brevanholt::platform {
+
+// A callback that is owed one result. Where nobody can deliver it any more, it gets an error.
+template <class T>
+class OwedResult {
+ public:
+  using Callback = UniqueFunction<void(Result<T>)>;
+
+  explicit OwedResult(Callback callback) : callback_(std::move(callback)) {}
+  OwedResult(OwedResult&&) noexcept = default;
+  OwedResult& operator=(OwedResult&&) = delete;
+  ~OwedResult() {
+    if (callback_) std::move(*this).deliver(PlatformError("it was given up"));
+  }
+
+  void deliver(Result<T> result) && { std::exchange(callback_, nullptr)(std::move(result)); }
+
+ private:
+  Callback callback_;
+};
+
+}  // namespace brevanholt::platform

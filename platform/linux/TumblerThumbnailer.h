@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/linux/ChildImagePreviewer.h"
+#include "platform/linux/TumblerRequest.h"
+#include "platform/services/Thumbnailer.h"
+
+namespace brevanholt::platform {
+
+// Thumbnails that Tumbler makes, in its own process, and leaves in the desktop's cache. What it
+// made of a stranger's document is read as carefully as the document. A few are asked for at once.
+class TumblerThumbnailer final : public Thumbnailer {
+ public:
+  struct Options {
+    std::filesystem::path cacheHome;
+    std::chrono::milliseconds timeLimit = std::chrono::seconds(30);  // for each thumbnail
+    std::size_t mostAtOnce = 2;
+  };
+
+  TumblerThumbnailer(Bus& sessionBus, ChildImagePreviewer& previewer, Options options);
+
+  void thumbnail(const std::filesystem::path& file, int maximumDimension,
+                 Callback callback) override;
+
+ private:
+  struct Job {
+    std::filesystem::path file;
+    int maximumDimension = 0;
+    OwedResult<Bytes> result;
+    TumblerRequest::Document document;
+    std::unique_ptr<TumblerRequest> request;
+  };
+  using Jobs = BoundedJobs<Job>;
+
+  void start(Jobs::Position job);
+  void flavorsKnown(Jobs::Position job, Result<GVariantPointer> reply);
+  void made(Jobs::Position job, const ThumbnailFlavor& flavor, const Result<Done>& result);
+  void read(Job job, const ThumbnailFlavor& flavor);
+  void fail(Jobs::Position job, const PlatformError& error);
+
+  Bus& bus_;
+  ChildImagePreviewer& previewer_;
+  Options options_;
+  bool isKnownMissing_ = false;
+  Jobs jobs_;
+  Lifetime lifetime_;
+};
+
+}  // namespace brevanholt::platform

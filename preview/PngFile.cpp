@@ -1,0 +1,27 @@
+#include "preview/PngFile.h"
+
+namespace brevanholt::preview {
+namespace {
+
+constexpr std::string_view kSignature = "\x89PNG\r\n\x1A\n";
+constexpr std::size_t kAroundChunk = 12;  // its length and type before, its checksum after
+
+}  // namespace
+
+std::optional<PngFile> PngFile::parse(ByteSpan bytes) {
+  if (!text(bytes).starts_with(kSignature)) return std::nullopt;
+  std::uint64_t offset = kSignature.size();
+  if (text(from(bytes, offset + 4, 4)) != "IHDR") return std::nullopt;
+  PngFile file{.width = bigEndian<std::uint32_t>(bytes, offset + 8),
+               .height = bigEndian<std::uint32_t>(bytes, offset + 12)};
+  while (offset + kAroundChunk <= bytes.size()) {
+    const bool isLast = text(from(bytes, offset + 4, 4)) == "IEND";
+    offset += kAroundChunk + bigEndian<std::uint32_t>(bytes, offset);
+    if (!isLast) continue;
+    file.length = static_cast<std::size_t>(offset);
+    return offset <= bytes.size() ? std::optional(file) : std::nullopt;
+  }
+  return std::nullopt;
+}
+
+}  // namespace brevanholt::preview

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "preview/ByteReader.h"
+
+#include <optional>
+
+namespace brevanholt::preview {
+
+// The outside of a PNG file (PNG specification, second edition, 5).
+struct PngFile {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::size_t length = 0;  // up to and with the end chunk
+
+  // Nothing where the chunks do not follow each other from the header to the end.
+  [[nodiscard]] static std::optional<PngFile> parse(ByteSpan bytes);
+};
+
+}  // namespace brevanholt::preview
