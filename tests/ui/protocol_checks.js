@@ -7,7 +7,7 @@ import { decodeAnnouncement, encodeAnnouncement } from './protocol/announcement.
 import { hex, jsonBytes, randomBytes, utf8 } from './protocol/bytes.js';
 import { Conversation, Type } from './protocol/conversation.js';
 import { answer, call } from './protocol/handshake.js';
-import { introduce } from './protocol/introduction.js';
+import { greet, introduce } from './protocol/introduction.js';
 import { Limit } from './protocol/limits.js';
 import { decodeManifest, encodeManifest } from './protocol/manifest.js';
 import { SealedStream } from './protocol/sealed_stream.js';
@@ -192,10 +192,13 @@ const checks = {
       const ends = await conversations(pipe());
       const codes = [];
       const results = await Promise.all(ends.map(({ talk, session }, at) => {
-        const result = failure(introduce(talk, session, trusts[at], async (code) => {
-          codes.push(code);
-          return answers[at];
-        }));
+        const result = failure((async () => {
+          if (await greet(talk, session, trusts[at])) return;
+          await introduce(talk, session, trusts[at], async (code) => {
+            codes.push(code);
+            return answers[at];
+          });
+        })());
         return result.then(async (reason) => {
           if (reason !== 'none') await talk.close(reason);
           return reason;
