@@ -1,6 +1,6 @@
 // What the protocol promises, checked in the engine that runs it, with the host's own cryptography.
 
-import { equal, runChecks } from './checking.js';
+import { equal } from './expect.js';
 import { pipe, tappedPipe } from './pipe.js';
 import { platform } from './platform.js';
 import { decodeAnnouncement, encodeAnnouncement } from './protocol/announcement.js';
@@ -63,7 +63,7 @@ async function outcomeOf(meddle) {
 
 const memory = () => ({ load: async () => null, save: async () => {} });
 
-const checks = {
+export const protocolChecks = {
   announcementsCarryADeviceAndNothingElse() {
     const here = { kind: 'here', ...BOB, port: 4711 };
     equal(hex(decodeAnnouncement(encodeAnnouncement(here)).key), hex(BOB.key));
@@ -232,5 +232,3 @@ const checks = {
     equal(progress.add(10 ** 9, 20_100).bytesDone, 10_000_000);
   },
 };
-
-export const scenario = () => runChecks(checks);
