@@ -13,7 +13,7 @@ def _ip(*arguments):
 def is_permitted():
     """Whether this user, in this place, may make namespaces and join them."""
     tried = subprocess.run(
-        ["unshare", "--net", "--uts", "--mount", "ip", "link", "add", "a", "type", "veth"],
+        ["unshare", "--net", "--uts", "--mount", "ip", "link", "add", "one", "type", "veth", "peer", "name", "two"],
         capture_output=True, check=False, timeout=30)
     return tried.returncode == 0
 
