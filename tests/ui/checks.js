@@ -1,8 +1,9 @@
-// What the views promise, checked in the engine that shows them. Each check throws where the promise is
+// What the views and the protocol promise, checked in the engine that runs them. Each check throws where the promise is
 // broken; answers the names of those that passed.
 
 import { actionsChecks } from './actions_checks.js';
 import { useStyle } from './page.js';
+import { protocolChecks } from './protocol_checks.js';
 import { updatesChecks } from './updates_checks.js';
 import { valuesChecks } from './values_checks.js';
 
@@ -13,6 +14,7 @@ export async function scenario() {
     ...valuesChecks,
     ...actionsChecks,
     ...updatesChecks,
+    ...protocolChecks,
   })) {
     try {
       await check();

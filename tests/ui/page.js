@@ -1,7 +1,10 @@
 // The shipped views in this page, on a made-up application, and what a person would find there.
 
 import { FakeApplication } from './fake_application.js';
-import { mountWindow } from './ui/view/window.js';
+import { nameOf, shown } from './names.js';
+import { mountWindow } from './view/window.js';
+
+export { nameOf, shown };
 
 /** Mounts the window afresh. */
 export function mount(state = {}) {
@@ -23,32 +26,13 @@ export function mount(state = {}) {
 export function useStyle() {
   const link = document.createElement('link');
   link.rel = 'stylesheet';
-  link.href = 'ui/style.css';
+  link.href = 'style.css';
   return new Promise((resolve, reject) => {
     link.onload = resolve;
     link.onerror = reject;
     document.head.append(link);
   });
 }
-
-const textOf = (element) => element?.textContent.replace(/\s+/g, ' ').trim() ?? '';
-
-/** What an element is called, by the order of accessible names. */
-export function nameOf(element) {
-  const by = element.getAttribute('aria-labelledby');
-  if (by)
-    return by
-      .split(' ')
-      .map((id) => textOf(document.getElementById(id)))
-      .join(' ');
-  return element.getAttribute('aria-label') || textOf(element.labels?.[0]) || textOf(element);
-}
-
-const CONTROLS =
-  'button, input, textarea, progress, [role=switch], section, dialog, [tabindex="0"]';
-
-export const shown = (root = document) =>
-  [...root.querySelectorAll(CONTROLS)].filter((element) => element.checkVisibility());
 
 /** The one control of that name that can be seen. */
 export function control(name, root = document) {

@@ -3,7 +3,7 @@
 import { equal } from './expect.js';
 import { control, mount } from './page.js';
 import { ACTIVE, ASKING, RECENTS, transfer } from './sample_state.js';
-import { TransferNews } from './ui/view/transfer_words.js';
+import { TransferNews } from './view/transfer_words.js';
 
 export const updatesChecks = {
   rowsAndFocusOutlastUpdates() {

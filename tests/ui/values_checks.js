@@ -3,10 +3,10 @@
 import { equal, throws } from './expect.js';
 import { mount } from './page.js';
 import { STATES, transfer } from './sample_state.js';
-import { Float64 } from './ui/engine/codec.js';
-import { objection, parseArguments, valueText } from './ui/view/console_values.js';
-import { durationText, rateText, share, sizeText, whenText } from './ui/view/format.js';
-import { factsText, statusText } from './ui/view/transfer_words.js';
+import { Float64 } from './engine/codec.js';
+import { objection, parseArguments, valueText } from './view/console_values.js';
+import { durationText, rateText, share, sizeText, whenText } from './view/format.js';
+import { factsText, statusText } from './view/transfer_words.js';
 
 export const valuesChecks = {
   numbersReadAsPeopleWriteThem() {

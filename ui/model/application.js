@@ -157,7 +157,8 @@ export class Application extends EventTarget {
    */
   async removeItem(item) {
     const inside = `${item.relativePath ?? item.name}/`;
-    const isGone = (/** @type {Item} */ one) => one === item ||
+    const isIt = (/** @type {Item} */ one) => one.path === item.path && one.text === item.text;
+    const isGone = (/** @type {Item} */ one) => isIt(one) ||
       (item.kind === 'directory' && one.relativePath?.startsWith(inside) === true);
     const gone = this.outbox.filter(isGone);
     this.#setOutbox(this.outbox.filter((one) => !isGone(one)));

@@ -1,7 +1,7 @@
 // Runs transfers, each to its end: sends to a device, and answers those that call.
 
 import { TransferError } from '../protocol/errors.js';
-import { beforeLong, introduce } from '../protocol/introduction.js';
+import { beforeLong, greet, introduce } from '../protocol/introduction.js';
 import { Limit } from '../protocol/limits.js';
 import { totalSize } from '../protocol/manifest.js';
 import { receiveAll, receiveOffer } from '../protocol/receive.js';
@@ -45,7 +45,9 @@ export class Courier {
       this.#transfers.change(id, { fileCount: fileCount(entries), bytesTotal: totalSize(entries) });
       const { conversation, session } = await connect();
       await this.#hold(id, conversation);
-      await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
+      if (!await greet(conversation, session, this.#trust)) {
+        await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
+      }
       this.#transfers.change(id, { state: 'asking', code: null });
       await sendAll(conversation, entries, {
         onAccepted: () => this.#transfers.change(id, { state: 'active' }),
@@ -65,11 +67,14 @@ export class Courier {
       deviceId === peer.id && direction === 'receive' && (state === 'confirming' || state === 'asking'));
     if (isAsking || this.#questions.count >= Limit.questions) return conversation.close('busy');
     if (this.#trust.of(peer.id, peer.key) === 'changed') return conversation.close('new-key');
+    const isKnown = await greet(conversation, session, this.#trust);
     const { id } = this.#transfers.add({ direction: 'receive', deviceId: peer.id,
       deviceName: peer.name, name: 'Something', state: 'connecting' });
-    return this.#run(id, async () => {
+    await this.#run(id, async () => {
       await this.#hold(id, conversation);
-      await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
+      if (!isKnown) {
+        await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
+      }
       const entries = await receiveOffer(conversation);
       const items = entries.map(({ kind, path, size }) =>
         ({ kind, size, name: path.slice(path.lastIndexOf('/') + 1), relativePath: path }));
@@ -86,6 +91,8 @@ export class Courier {
         (bytes) => this.#transfers.advance(id, bytes));
       this.#transfers.change(id, { ...result, state: 'complete', bytesDone: totalSize(entries) });
     });
+    // Strangers who ring and run leave no trace.
+    if (this.#trust.of(peer.id, peer.key) === 'new') this.#transfers.remove((one) => one.id === id);
   }
 
   /**

@@ -84,7 +84,8 @@ export class Endpoint {
     }
     this.#callers.set(stream, connection.peer);
     try {
-      await this.#onContact(await this.#contact(stream, await answer(stream, this.#self)));
+      const contact = await this.#contact(stream, await answer(stream, this.#self));
+      await this.#onContact(contact).finally(() => contact.conversation.close());
     } catch {
       // A stranger who made no sense, or left.
     } finally {

@@ -25,20 +25,30 @@ export function beforeLong(answer) {
 }
 
 /**
+ * Hears from the other side in a sealed record for the first time, which proves that it has the key
+ * it showed.
  * @param {import('./conversation.js').Conversation} conversation
  * @param {Session} session
  * @param {Trust} trust
- * @param {(code: string) => Promise<boolean>} compare whether the codes match, as the person says
+ * @returns {Promise<boolean>} whether both know each other
  */
-export async function introduce(conversation, session, trust, compare) {
-  const { peer, code } = session;
+export async function greet(conversation, { peer }, trust) {
   const standing = trust.of(peer.id, peer.key);
   if (standing === 'changed') throw new TransferError('new-key');
   const isKnown = standing === 'trusted';
   await conversation.send(Type.greeting, new Uint8Array([Number(isKnown)]));
   const greeting = await conversation.expect(Type.greeting);
-  if (isKnown && greeting[0] === 1) return;
+  return isKnown && greeting[0] === 1;
+}
 
+/**
+ * Keeps the other device's key once both persons say that the codes match.
+ * @param {import('./conversation.js').Conversation} conversation
+ * @param {Session} session
+ * @param {Trust} trust
+ * @param {(code: string) => Promise<boolean>} compare what the person says
+ */
+export async function introduce(conversation, { peer, code }, trust, compare) {
   const theirs = conversation.expect(Type.confirmed);
   const ours = beforeLong(compare(code)).then((matches) => {
     if (!matches) throw new TransferError('code-differs');

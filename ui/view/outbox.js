@@ -1,6 +1,7 @@
 // What is to be sent next, and the ways to add to it.
 
 import { button, iconButton } from './controls.js';
+import { topLevel } from '../model/items.js';
 import { element, keepingFocus, region, setAttribute, setShown, setText } from './dom.js';
 import { countText, sizeText } from './format.js';
 import { icon, nothingYet } from './icons.js';
@@ -14,6 +15,23 @@ const PICTURES = /** @type {const} */ ({ file: 'file', directory: 'folder', text
 
 /** @param {Item} item */
 const titleOf = (item) => (item.kind === 'text' ? item.text?.trim() || 'Text' : item.name);
+
+/**
+ * A folder is one row, which stands for all that is in it.
+ * @param {Item[]} outbox
+ * @returns {Item[]}
+ */
+function rowsOf(outbox) {
+  /** @type {Map<string, number>} */
+  const sizes = new Map();
+  for (const { relativePath, size } of outbox) {
+    const folder = relativePath?.split('/')[0];
+    if (folder) sizes.set(folder, (sizes.get(folder) ?? 0) + size);
+  }
+  return topLevel(outbox).map((item) =>
+    item.kind === 'directory' ? { ...item, size: sizes.get(item.name) ?? 0 } : item,
+  );
+}
 
 /** @param {Item} item */
 function factsOf(item) {
@@ -93,7 +111,7 @@ export function outboxView(application, notices) {
   const update = () =>
     keepingFocus(section, () => {
       const { outbox } = application;
-      list.update(outbox);
+      list.update(rowsOf(outbox));
       for (const part of [rows, sum]) setShown(part, outbox.length > 0);
       setShown(nothing, outbox.length === 0);
       const size = outbox.reduce((bytes, item) => bytes + item.size, 0);

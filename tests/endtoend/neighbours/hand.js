@@ -1,0 +1,32 @@
+// Uses the page as a person does, on a test's behalf: finds controls by what they are called. Orders
+// are {press: NAME}, {write: [NAME, TEXT]}, or {} to look; each answers what the page says.
+
+import { uiArguments } from './engine/application.js';
+import { followOrders } from './orders.js';
+import { nameOf, shown } from './names.js';
+
+function control(name) {
+  const found = shown().find((element) => nameOf(element).startsWith(name) && !element.disabled);
+  if (!found) throw new Error(`nothing is called “${name}”: ${shown().map(nameOf)}`);
+  return found;
+}
+
+function follow({ press, write }) {
+  if (press) control(press).click();
+  if (write) {
+    control(write[0]).value = write[1];
+    control(write[0]).dispatchEvent(new Event('input', { bubbles: true }));
+  }
+}
+
+for (const argument of await uiArguments()) {
+  if (!argument.startsWith('hand=')) continue;
+  followOrders(argument.slice('hand='.length), async (order) => {
+    try {
+      follow(order);
+    } catch (error) {
+      return { error: error.message };
+    }
+    return { text: document.body.innerText };
+  });
+}

@@ -1,0 +1,64 @@
+"""Several machines on one: network namespaces on one Ethernet segment. Needs root."""
+
+import os
+import subprocess
+
+PREFIX = f"bvh{os.getpid()}"
+
+
+def _ip(*arguments):
+    subprocess.run(["ip", *arguments], check=True, capture_output=True, text=True, timeout=30)
+
+
+def is_permitted():
+    """Whether this user, in this place, may make namespaces and join them."""
+    tried = subprocess.run(
+        ["unshare", "--net", "--uts", "--mount", "ip", "link", "add", "one", "type", "veth", "peer", "name", "two"],
+        capture_output=True, check=False, timeout=30)
+    return tried.returncode == 0
+
+
+class Network:
+    """A bridge in a namespace of its own, and each machine joined to it by a cable."""
+
+    def __init__(self, *machines):
+        self._machines = machines
+        _ip("netns", "add", self.namespace("switch"))
+        self._on("switch", "link", "add", "bridge", "type", "bridge")
+        self._on("switch", "link", "set", "bridge", "up")
+        for number, machine in enumerate(machines, 1):
+            _ip("netns", "add", self.namespace(machine))
+            self._on("switch", "link", "add", machine, "type", "veth",
+                     "peer", "name", "eth0", "netns", self.namespace(machine))
+            self._on("switch", "link", "set", machine, "master", "bridge", "up")
+            self._on(machine, "address", "add", f"{self.address(number)}/24", "dev", "eth0")
+            self._on(machine, "link", "set", "lo", "up")
+            self._on(machine, "link", "set", "eth0", "up")
+
+    @staticmethod
+    def namespace(machine):
+        return f"{PREFIX}-{machine}"
+
+    @staticmethod
+    def address(number):
+        return f"10.77.0.{number}"
+
+    def address_of(self, machine):
+        return self.address(self._machines.index(machine) + 1)
+
+    def command(self, machine, *command):
+        """The command that runs another as that machine, with its name as host name."""
+        return ["nsenter", f"--net=/run/netns/{self.namespace(machine)}",
+                "unshare", "--uts", "sh", "-c", 'hostname "$0"; exec "$@"', machine, *command]
+
+    def plug(self, machine, is_in):
+        """Puts that machine's cable in, or pulls it."""
+        self._on("switch", "link", "set", machine, "up" if is_in else "down")
+
+    def close(self):
+        for machine in ("switch", *self._machines):
+            subprocess.run(["ip", "netns", "delete", self.namespace(machine)],
+                           check=False, capture_output=True, timeout=30)
+
+    def _on(self, machine, *arguments):
+        _ip("-netns", self.namespace(machine), *arguments)

@@ -1,0 +1,103 @@
+"""A machine of the test's network with a desktop, the program on it, and a hand on its window."""
+
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import tempfile
+
+from host import BINARY, SOURCE, Orders, wait_until
+
+VIRTUAL_DESKTOP = str(SOURCE / "scripts/virtual-desktop")
+SCREENSHOT = str(SOURCE / "scripts/settled-screenshot")
+HERE = pathlib.Path(__file__).parent
+
+
+def bundle_with_hand(folder):
+    """The shipped user interface with hand.js beside it."""
+    shutil.copytree(SOURCE / "ui", folder)
+    for part in (HERE / "hand.js", HERE.parent / "bundle/orders.js", SOURCE / "tests/ui/names.js"):
+        shutil.copy(part, folder)
+    page = folder / "index.html"
+    page.write_text(page.read_text().replace(
+        "</head>", '<script type="module" src="hand.js"></script></head>'))
+    return folder
+
+
+class Station:
+    """The commands of `wrapper` run the program."""
+
+    def __init__(self, network, name, wrapper=()):
+        self.network = network
+        self.name = name
+        self._wrapper = wrapper
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix=f"brevanholt-{name}-"))
+        self.home = self.folder / "home"
+        self.received = self.home / "Downloads/Brevanholt"
+        self.received.parent.mkdir(parents=True)
+        self._log = self.folder / "log"
+        self._bundle = bundle_with_hand(self.folder / "bundle")
+        self._desktop = None
+
+    def start(self, size="560x860"):
+        self._orders = Orders()
+        inside = self.folder / "inside"
+        inside.unlink(missing_ok=True)
+        program = [*self._wrapper, BINARY, "--ui-bundle", str(self._bundle),
+                   "--ui-argument", f"hand={self._orders.folder}"]
+        script = ('{ echo $$; env; } >"$0.new"; mv "$0.new" "$0"; '
+                  'xdotool search --sync --onlyvisible --class brevanholt windowsize 100% 100% & '
+                  'exec "$@" 2>>"${0%/*}/log"')
+        self._desktop = subprocess.Popen(self.network.command(
+            self.name, VIRTUAL_DESKTOP, "--without-panel", "--size", size, "--home", str(self.home),
+            "sh", "-c", script, str(inside), *program), stderr=subprocess.DEVNULL)
+        process, *variables = wait_until(
+            lambda: inside.exists() and inside.read_text(), f"{self.name}'s desktop").splitlines()
+        self.process = int(process)
+        self._environment = dict(line.split("=", 1) for line in variables if "=" in line)
+        self.sees("Nearby")
+
+    def stop(self, with_signal=signal.SIGTERM):
+        """Ends the program, and its desktop with it."""
+        if self._desktop is None:
+            return
+        if self._desktop.poll() is None:
+            os.kill(self.process, with_signal)
+        self._desktop.wait(60)
+        self._desktop = None
+
+    def close(self):
+        self.stop(signal.SIGKILL)
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def run(self, *command):
+        """Runs a command at this machine's desktop."""
+        return subprocess.run(self.network.command(self.name, *command), env=self._environment,
+                              check=True, capture_output=True, text=True, timeout=60).stdout
+
+    def share(self, *files):
+        self.run(BINARY, "--share", *map(str, files))
+
+    def share_text(self, text):
+        self.run(BINARY, "--share-text", text)
+
+    def screenshot(self, picture):
+        picture.parent.mkdir(parents=True, exist_ok=True)
+        self.run(SCREENSHOT, str(picture))
+
+    def press(self, name):
+        """Presses the first control whose name begins so, once it is there."""
+        wait_until(lambda: "error" not in self._orders.give({"press": name}),
+                   f"“{name}” in {self.name}'s window", 30)
+
+    def text(self):
+        """All that the window says."""
+        return self._orders.give({})["text"]
+
+    def sees(self, text, limit=60):
+        try:
+            wait_until(lambda: text in self.text(), f"“{text}” in {self.name}'s window", limit)
+        except AssertionError as failure:
+            raise AssertionError(f"{failure}; it says:\n{self.text()}\nlog:\n"
+                                 f"{self._log.read_text()[-2000:]}") from None
