@@ -4,6 +4,7 @@ import { equal, runChecks } from './checking.js';
 import { pipe, tappedPipe } from './pipe.js';
 import { platform } from './platform.js';
 import { decodeAnnouncement, encodeAnnouncement } from './protocol/announcement.js';
+import { Budget } from './protocol/budget.js';
 import { hex, jsonBytes, randomBytes, utf8 } from './protocol/bytes.js';
 import { Conversation, Type } from './protocol/conversation.js';
 import { answer, call } from './protocol/handshake.js';
@@ -218,6 +219,14 @@ const checks = {
     equal([trusts[1].of(ANNA.id, ANNA.key), trusts[1].of(ANNA.id, otherKey)], ['trusted', 'changed']);
     await trusts[0].forget(BOB.id);
     equal(trusts[0].of(BOB.id, otherKey), 'new');
+  },
+
+  aLoudSourceTakesNothingFromTheOthers() {
+    const budget = new Budget(2, 2);
+    const allowed = (source, now) => budget.allows(source, now);
+    equal([allowed('a', 0), allowed('a', 1), allowed('a', 2)], [true, true, false]);
+    equal([allowed('b', 3), allowed('c', 4), allowed('b', 5)], [true, false, true]);
+    equal([allowed('a', 1000), allowed('c', 1001)], [true, true]);
   },
 
   progressIsToldByASteadyClock() {
