@@ -3,6 +3,7 @@
 import { equal, runChecks } from './checking.js';
 import { pipe, tappedPipe } from './pipe.js';
 import { platform } from './platform.js';
+import { releasablePaths } from './model/items.js';
 import { decodeAnnouncement, encodeAnnouncement } from './protocol/announcement.js';
 import { Budget } from './protocol/budget.js';
 import { hex, jsonBytes, randomBytes, utf8 } from './protocol/bytes.js';
@@ -227,6 +228,15 @@ const checks = {
     equal([allowed('a', 0), allowed('a', 1), allowed('a', 2)], [true, true, false]);
     equal([allowed('b', 3), allowed('c', 4), allowed('b', 5)], [true, false, true]);
     equal([allowed('a', 1000), allowed('c', 1001)], [true, true]);
+  },
+
+  nothingIsReleasedThatTakesSomethingNeededWithIt() {
+    const share = '/d/.NativeShareInbox/8E4D2A6C-0000-4000-8000-000000000000';
+    const items = (...paths) => paths.map((path) => ({ path, name: '', size: 0, kind: 'file' }));
+    equal(releasablePaths(items('/a', '/b', ''), items('/b')), ['/a']);
+    equal(releasablePaths(items(`${share}/1`), items(`${share}/2`)), []);
+    equal(releasablePaths(items(`${share}/1`, `${share}/2`), items('/a')), [`${share}/1`, `${share}/2`]);
+    equal(releasablePaths(items('/f/a/b', '/fa'), items('/f')), ['/fa']);
   },
 
   progressIsToldByASteadyClock() {
