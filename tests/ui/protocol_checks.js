@@ -14,6 +14,10 @@ import { SealedStream } from './protocol/sealed_stream.js';
 import { filledRecord, segmentsIn, segmentsOf } from './protocol/segments.js';
 import { Progress } from './model/progress.js';
 import { Trust } from './model/trust.js';
+import { TcpListener } from './engine/sockets.js';
+import { Endpoint } from './protocol/endpoint.js';
+import { releasablePaths } from './model/items.js';
+import { Budget } from './protocol/budget.js';
 
 const party = (name, first) =>
   ({ id: `${first.repeat(8)}-0000-4000-8000-000000000000`, name, key: new Uint8Array(65).fill(4) });
@@ -221,6 +225,36 @@ export const protocolChecks = {
     equal([trusts[1].of(ANNA.id, ANNA.key), trusts[1].of(ANNA.id, otherKey)], ['trusted', 'changed']);
     await trusts[0].forget(BOB.id);
     equal(trusts[0].of(BOB.id, otherKey), 'new');
+  },
+
+  aLoudSourceTakesNothingFromTheOthers() {
+    const budget = new Budget(2, 2);
+    const allowed = (source, now) => budget.allows(source, now);
+    equal([allowed('a', 0), allowed('a', 1), allowed('a', 2)], [true, true, false]);
+    equal([allowed('b', 3), allowed('c', 4), allowed('b', 5)], [true, false, true]);
+    equal([allowed('a', 1000), allowed('c', 1001)], [true, true]);
+  },
+
+  async aWrongAddressLeadsToTheNext() {
+    const key = await platform.cryptoCreateIdentity();
+    const bob = new Endpoint({ ...BOB, key }, async () => {});
+    const decoy = await TcpListener.listen('127.0.0.2', 0);
+    decoy.accept().then((connection) => connection.close());
+    const addresses = new Map([['127.0.0.1', await bob.open()], ['127.0.0.2', decoy.port]]);
+    const anna = new Endpoint({ ...ANNA, key }, async () => {});
+    const { conversation, session } = await anna.connect({ addresses, key });
+    equal(session.peer.id, BOB.id);
+    await Promise.all([conversation.close(), bob.close(), decoy.close()]);
+    equal(await failure(anna.connect({ addresses, key })), 'unreachable');
+  },
+
+  nothingIsReleasedThatTakesSomethingNeededWithIt() {
+    const share = '/d/.NativeShareInbox/8E4D2A6C-0000-4000-8000-000000000000';
+    const items = (...paths) => paths.map((path) => ({ path, name: '', size: 0, kind: 'file' }));
+    equal(releasablePaths(items('/a', '/b', ''), items('/b')), ['/a']);
+    equal(releasablePaths(items(`${share}/1`), items(`${share}/2`)), []);
+    equal(releasablePaths(items(`${share}/1`, `${share}/2`), items('/a')), [`${share}/1`, `${share}/2`]);
+    equal(releasablePaths(items('/f/a/b', '/fa'), items('/f')), ['/fa']);
   },
 
   progressIsToldByASteadyClock() {

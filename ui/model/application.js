@@ -5,7 +5,7 @@ import { fingerprintOf } from '../protocol/bytes.js';
 import { Endpoint } from '../protocol/endpoint.js';
 import { Courier } from './courier.js';
 import { Devices } from './devices.js';
-import { itemOf, measured, nameOf, pathsOf, textItem } from './items.js';
+import { itemOf, measured, nameOf, pathsOf, releasablePaths, textItem } from './items.js';
 import { Notices } from './notices.js';
 import { changedSettings, loadSettings } from './settings.js';
 import { sweepScratches } from './scratches.js';
@@ -329,8 +329,8 @@ export class Application extends EventTarget {
    * @param {Item[]} items
    */
   async #release(items) {
-    const needed = new Set(pathsOf([...this.outbox, ...this.#transfers.list.flatMap((one) => one.items)]));
-    const paths = pathsOf(items).filter((path) => !needed.has(path));
+    const needed = [...this.outbox, ...this.#transfers.list.flatMap((one) => one.items)];
+    const paths = releasablePaths(items, needed);
     if (paths.length > 0) await platform.releasePickedFiles(paths).catch(() => {});
   }
 

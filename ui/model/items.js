@@ -96,6 +96,29 @@ export async function measured(items) {
   return measures;
 }
 
+const SHARE = /^.*\/\.NativeShareInbox\/[^/]+\//;
+
+/** @param {string} path */
+const shareOf = (path) => SHARE.exec(path)?.[0];
+
+/** @param {string} path */
+const foldersAbove = (path) =>
+  [...path.matchAll(/\//g)].slice(1).map(({ index }) => path.slice(0, index));
+
+/**
+ * The paths of items that the host may let go of while it keeps those of others. It lets go of more
+ * than it is told: of a folder along with a file in it, and of a whole share, whose files it
+ * removes, along with one item.
+ * @param {Item[]} items
+ * @param {Item[]} needed
+ */
+export function releasablePaths(items, needed) {
+  const kept = new Set(pathsOf(needed));
+  const keptShares = new Set([...kept].map(shareOf).filter(Boolean));
+  return pathsOf(items).filter((path) => !kept.has(path) && !keptShares.has(shareOf(path)) &&
+    !foldersAbove(path).some((folder) => kept.has(folder)));
+}
+
 /**
  * The paths that the host keeps open for these items.
  * @param {Item[]} items

@@ -5,6 +5,7 @@
 
 import { networkInterfaces, UdpSocket } from '../engine/sockets.js';
 import { decodeAnnouncement, encodeAnnouncement } from './announcement.js';
+import { Budget } from './budget.js';
 import { hex } from './bytes.js';
 import { Limit, Time } from './limits.js';
 
@@ -15,8 +16,9 @@ const GROUPS = [
   { any: '::', group: 'ff02::b4e7', isOf: (/** @type {string} */ address) => address.startsWith('fe80:') },
 ];
 
-/** @typedef {{ id: string, key: Uint8Array, name: string, port: number,
- *              addresses: Map<string, number>, seen: number }} Neighbour */
+/** `addresses`: with the port that was announced from there, the latest last.
+ *  @typedef {{ id: string, key: Uint8Array, name: string, addresses: Map<string, number>,
+ *              seen: number }} Neighbour */
 /** @typedef {{ socket: UdpSocket, group: string }} Outlet */
 
 /** Dispatches “change”. Its own device is known by `self.id`, and left out. */
@@ -29,8 +31,10 @@ export class Discovery extends EventTarget {
   #port = 0;
   #isRunning = false;
   #round = 0;
-  #answered = 0;
-  #budget = Limit.announcementsPerSecond;
+  #answered = -Infinity;
+  /** @type {ReturnType<typeof setTimeout> | undefined} */
+  #answer;
+  #budget = new Budget(Limit.announcementsPerSecond, Limit.devices);
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #timer;
 
@@ -63,7 +67,8 @@ export class Discovery extends EventTarget {
     }
     this.#outlets = opened;
     for (const outlet of opened) this.#listen(outlet);
-    this.#send({ kind: 'query' });
+    // More than once: datagrams get lost.
+    for (const delay of Time.queries) setTimeout(() => this.#ask(round), delay);
     this.#tick(round);
   }
 
@@ -72,6 +77,7 @@ export class Discovery extends EventTarget {
     this.#isRunning = false;
     ++this.#round;
     clearTimeout(this.#timer);
+    clearTimeout(this.#answer);
     for (const { socket } of this.#outlets.splice(0)) socket.close().catch(() => {});
   }
 
@@ -92,10 +98,14 @@ export class Discovery extends EventTarget {
   }
 
   /** @param {number} round */
+  #ask(round) {
+    if (round === this.#round) this.#send({ kind: 'query' });
+  }
+
+  /** @param {number} round */
   #tick(round) {
     if (round !== this.#round) return;
     this.#announce();
-    this.#budget = Limit.announcementsPerSecond * (Time.announce / 1000);
     this.#expire(performance.now() - Time.expire);
     // Each device a little differently, so that they do not all speak at once.
     const pause = Time.announce * (0.8 + 0.4 * Math.random());
@@ -115,7 +125,7 @@ export class Discovery extends EventTarget {
     try {
       for (;;) {
         const { bytes, address } = await socket.receive();
-        if (this.#budget-- > 0) this.#hear(bytes, address);
+        if (this.#budget.allows(address, performance.now())) this.#hear(bytes, address);
       }
     } catch {
       // Closed, by us or with its interface.
@@ -139,10 +149,13 @@ export class Discovery extends EventTarget {
   }
 
   #answerQuery() {
-    const now = performance.now();
-    if (now - this.#answered < Time.answerAgain) return;
-    this.#answered = now;
-    this.#announce();
+    if (this.#answer !== undefined) return;
+    const wait = Math.max(0, this.#answered + Time.answerAgain - performance.now());
+    this.#answer = setTimeout(() => {
+      this.#answer = undefined;
+      this.#answered = performance.now();
+      this.#announce();
+    }, wait);
   }
 
   /**
@@ -155,11 +168,12 @@ export class Discovery extends EventTarget {
     const known = this.#neighbours.get(mapKey);
     if (!known && this.#neighbours.size >= Limit.devices) return;
     const { id, key, name, port } = said;
-    const addresses = known?.port === port ? known.addresses : new Map();
+    // What is said of one address changes nothing at the others: anybody can say it.
+    const addresses = known?.addresses ?? new Map();
     addresses.delete(address);
-    addresses.set(address, now);
+    addresses.set(address, port);
     if (addresses.size > 8) addresses.delete(addresses.keys().next().value);
-    this.#neighbours.set(mapKey, { id, key, name, port, addresses, seen: now });
+    this.#neighbours.set(mapKey, { id, key, name, addresses, seen: now });
     if (!known || known.name !== name) this.#changed();
   }
 

@@ -14,6 +14,9 @@ import { SealedStream } from './sealed_stream.js';
 /** @typedef {import('./handshake.js').Session} Session */
 /** @typedef {{ conversation: Conversation, session: Session }} Contact */
 
+/** Ends of a call after which the device may still be found at another of its addresses. */
+const ELSEWHERE = new Set(['unreachable', 'lost', 'no-answer', 'not-understood', 'other-key']);
+
 export class Endpoint {
   #self;
   #onContact;
@@ -36,40 +39,67 @@ export class Endpoint {
 
   /** @returns {Promise<number>} the port */
   async open() {
-    this.#listener ??= await TcpListener.listen('::', 0);
-    this.#accept(this.#listener);
+    if (!this.#listener) {
+      this.#listener = await listenOnAll();
+      this.#accept(this.#listener);
+    }
     return this.#listener.port;
   }
 
   /** Takes no more calls; those that were taken go on. */
   async close() {
-    await this.#listener?.close().catch(() => {});
+    const listener = this.#listener;
     this.#listener = null;
+    await listener?.close().catch(() => {});
   }
 
   /**
-   * Calls a device at the first of its addresses that answers.
-   * @param {import('./discovery.js').Neighbour} neighbour
+   * Calls a device at the first of its addresses where it is the one that answers.
+   * @param {Pick<import('./discovery.js').Neighbour, 'addresses' | 'key'>} neighbour
    * @returns {Promise<Contact>}
    */
-  async connect({ addresses, port, key }) {
-    const stream = new FrameStream(await firstToAnswer([...addresses.keys()].reverse(), port));
+  async connect({ addresses, key }) {
+    let failure = new TransferError('unreachable');
+    for (const [address, port] of [...addresses].reverse()) {
+      try {
+        return await this.#connectAt(address, port, key);
+      } catch (error) {
+        failure = TransferError.of(error, 'unreachable');
+        if (!ELSEWHERE.has(failure.code)) break;
+      }
+    }
+    throw failure;
+  }
+
+  /**
+   * @param {string} address
+   * @param {number} port
+   * @param {Uint8Array} key
+   */
+  async #connectAt(address, port, key) {
+    const connection = await TcpConnection.connect(address, port, Time.connect).catch(() => {
+      throw new TransferError('unreachable');
+    });
+    const stream = new FrameStream(connection);
     try {
       const session = await call(stream, this.#self);
       if (!equalBytes(session.peer.key, key)) throw new TransferError('other-key');
       return await this.#contact(stream, session);
     } catch (error) {
       await stream.close();
-      throw TransferError.of(error, 'unreachable');
+      throw error;
     }
   }
 
   /** @param {TcpListener} listener */
   async #accept(listener) {
-    try {
-      for (;;) this.#serve(await listener.accept());
-    } catch {
-      // Closed.
+    while (this.#listener === listener) {
+      try {
+        this.#serve(await listener.accept());
+      } catch {
+        // Closed, or there is no room for one more connection just now.
+        await new Promise((resolve) => setTimeout(resolve, Time.listenAgain));
+      }
     }
   }
 
@@ -121,17 +151,11 @@ export class Endpoint {
   }
 }
 
-/**
- * @param {string[]} addresses
- * @param {number} port
- */
-async function firstToAnswer(addresses, port) {
-  for (const address of addresses) {
-    try {
-      return await TcpConnection.connect(address, port, Time.connect);
-    } catch {
-      // The next one.
-    }
+/** In either family, where there are both. */
+async function listenOnAll() {
+  try {
+    return await TcpListener.listen('::', 0);
+  } catch {
+    return TcpListener.listen('0.0.0.0', 0);
   }
-  throw new TransferError('unreachable');
 }

@@ -7,6 +7,7 @@ export const VERSION = 1;
 export const Limit = {
   datagram: 1200,
   devices: 200,
+  /** From one source. */
   announcementsPerSecond: 50,
   helloBytes: 4096,
   /** Content in one record. */
@@ -31,6 +32,8 @@ export const Time = {
   announce: 2500,
   expire: 8000,
   answerAgain: 400,
+  queries: [0, 300, 900],
+  listenAgain: 1000,
   connect: 5000,
   handshake: 10_000,
   ping: 5000,
