@@ -5,7 +5,7 @@ import { MethodChannel } from './engine/method_channel.js';
 
 export { Float64 };
 
-export const channel = new MethodChannel('brevanholt/platform');
+const channel = new MethodChannel('brevanholt/platform');
 
 /** @typedef {{ name: string, location: string, size: number }} ReceivedFile */
 /** @typedef {{ path: string, name: string, size: number, relativePath?: string,
@@ -20,7 +20,6 @@ export const channel = new MethodChannel('brevanholt/platform');
  * @param {object | null} [args]
  */
 const call = (method, args = null) => channel.invokeMethod(method, args);
-
 
 export const platform = {
   /** @returns {Promise<string>} */
@@ -118,6 +117,13 @@ export const platform = {
    */
   cryptoDecrypt: (key, data) => call('cryptoDecrypt', { key, data }),
 };
+
+/**
+ * Calls any method by name.
+ * @param {string} method
+ * @param {unknown} args
+ */
+export const invoke = (method, args) => channel.invokeMethod(method, args);
 
 /** The host's events: “sharedEntries”, “filesDropped”, “dragActiveChanged” and
  *  “discoveryRecoveryRequested”, each a CustomEvent with the arguments as its detail. What came
