@@ -15,28 +15,46 @@ BINARY = os.environ.get("BREVANHOLT_BINARY", str(SOURCE / "build/release/bin/bre
 TIME_LIMIT = 60
 
 
-def wait_until(condition, what, limit=TIME_LIMIT):
-    """Waits for a condition to hold and returns what it gave."""
+def holds_within(limit, condition):
+    """What a condition gives once it holds, or what it gives when the time is over, in seconds."""
     deadline = time.monotonic() + limit
     while True:
         result = condition()
-        if result:
+        if result or time.monotonic() > deadline:
             return result
-        if time.monotonic() > deadline:
-            raise AssertionError(f"{what} did not happen within {limit} seconds")
         time.sleep(0.05)
+
+
+def wait_until(condition, what, limit=TIME_LIMIT):
+    """Waits for a condition to hold and returns what it gave."""
+    result = holds_within(limit, condition)
+    if not result:
+        raise AssertionError(f"{what} did not happen within {limit} seconds")
+    return result
 
 
 def output_of(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True, timeout=30).stdout
 
 
-def visible_window():
-    """The X window of the host's main window, or None while it is hidden."""
+def visible_windows():
+    """The program's X windows that show, menus too."""
     found = subprocess.run(
         ["xdotool", "search", "--onlyvisible", "--class", "brevanholt"],
         capture_output=True, text=True, check=False, timeout=30)
-    return found.stdout.split()[0] if found.stdout.strip() else None
+    return [int(number) for number in found.stdout.split()]
+
+
+def managed_windows():
+    """The program's X windows that the window manager has framed, the oldest first."""
+    listed = subprocess.run(["wmctrl", "-lx"], capture_output=True, text=True, check=False, timeout=30)
+    rows = [line.split() for line in listed.stdout.splitlines()]
+    return [int(row[0], 16) for row in rows if row[2] == "brevanholt.Brevanholt"]
+
+
+def visible_window():
+    """The X window of the main window, or None while it is hidden."""
+    return next(map(str, managed_windows()), None)
 
 
 class Host:

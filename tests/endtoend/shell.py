@@ -1,6 +1,6 @@
 """A host that a test can give orders to."""
 
-from host import Orders, output_of
+from host import Orders, holds_within, managed_windows, output_of, visible_windows, wait_until
 from tray import Tray, icon_place
 
 
@@ -25,8 +25,19 @@ class Shell:
         return self.orders.give(state)
 
     def open_menu(self):
-        x, y = icon_place()
-        output_of("xdotool", "mousemove", str(x), str(y), "click", "1")
+        def opened():
+            x, y = icon_place()
+            output_of("xdotool", "mousemove", str(x), str(y), "click", "1")
+            return holds_within(5, menu_is_open)
+
+        # The panel takes an icon a little before it has a place for it.
+        wait_until(opened, "the menu")
 
     def close_menu(self):
         output_of("xdotool", "key", "Escape", "mousemove", "600", "700")
+        wait_until(lambda: not menu_is_open(), "the menu's end")
+
+
+def menu_is_open():
+    """Whether the program's own menu shows, which the window manager leaves alone."""
+    return bool(set(visible_windows()) - set(managed_windows()))
