@@ -75,6 +75,13 @@ export const actionsChecks = {
     equal(control('Visible nearby').getAttribute('role'), 'switch');
   },
 
+  filesThatCameWithATextCanBeOpened() {
+    mount({ transfers: [{ ...RECENTS[2], name: '3 items', text: 'hello', locations: ['/tmp/x'] }] });
+    ['Copy the received text', 'Open 3 items', 'Show 3 items in its folder'].forEach((name) => control(name));
+    mount({ transfers: [{ ...ASKING, offered: ['Photos'], offeredCount: 1, fileCount: 300 }] });
+    equal(document.body.textContent.includes('more'), false);
+  },
+
   async theButtonsAskForWhatTheySay() {
     const { application } = mount({
       ...STATES.ready,

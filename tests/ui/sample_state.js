@@ -56,6 +56,7 @@ export const transfer = (given) => ({
   secondsLeft: null,
   items: [],
   offered: [],
+  offeredCount: 0,
   locations: [],
   text: null,
   when: NOW - 60_000,
@@ -113,6 +114,7 @@ export const ASKING = transfer({
   fileCount: 12,
   bytesTotal: 512_000_000,
   offered: ['IMG_2041.jpg', 'IMG_2042.jpg', LONG],
+  offeredCount: 12,
 });
 export const CONFIRMING = transfer({
   id: 'a2',

@@ -69,7 +69,7 @@ export class Courier {
     if (this.#trust.of(peer.id, peer.key) === 'changed') return conversation.close('new-key');
     const isKnown = await greet(conversation, session, this.#trust);
     const { id } = this.#transfers.add({ direction: 'receive', deviceId: peer.id,
-      deviceName: peer.name, name: 'Something', state: 'connecting' });
+      deviceName: peer.name, name: `Something from ${peer.name}`, state: 'connecting' });
     await this.#run(id, async () => {
       await this.#hold(id, conversation);
       if (!isKnown) {
@@ -78,9 +78,10 @@ export class Courier {
       const entries = await receiveOffer(conversation);
       const items = entries.map(({ kind, path, size }) =>
         ({ kind, size, name: path.slice(path.lastIndexOf('/') + 1), relativePath: path }));
+      const offered = topLevel(items);
       this.#transfers.change(id, { state: 'asking', code: null, name: nameOf(items),
         fileCount: fileCount(entries), bytesTotal: totalSize(entries),
-        offered: topLevel(items).slice(0, 5).map(({ name }) => name) });
+        offered: offered.slice(0, 5).map(({ name }) => name), offeredCount: offered.length });
       // The sender is silent until it is answered, so what comes first is its end or the content.
       const first = conversation.next();
       first.catch(() => {});

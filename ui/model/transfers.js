@@ -69,7 +69,7 @@ export class Transfers extends EventTarget {
     /** @type {Transfer} */
     const transfer = {
       id: crypto.randomUUID(), code: null, message: null, fileCount: 0, bytesTotal: 0, bytesDone: 0,
-      rate: 0, secondsLeft: null, items: [], offered: [], locations: [], text: null,
+      rate: 0, secondsLeft: null, items: [], offered: [], offeredCount: 0, locations: [], text: null,
       when: Date.now(), ...given,
     };
     this.#replace([transfer, ...this.#list]);

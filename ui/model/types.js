@@ -29,7 +29,8 @@
  * @property {number} rate in bytes a second; 0 while unknown
  * @property {number | null} secondsLeft
  * @property {Item[]} items what is sent
- * @property {string[]} offered names of the first few entries, while asking
+ * @property {string[]} offered names of the first few that are offered, while asking
+ * @property {number} offeredCount how many that are, without what is inside folders
  * @property {string[]} locations top-level places of what was received
  * @property {string | null} text that was received
  * @property {number} when of its last change of state, in milliseconds since 1970

@@ -56,28 +56,29 @@ export function actionsOf(
       : [];
   }
   if (state !== 'complete') return [];
+  /** @type {Action[]} */
+  const actions = [];
   if (text !== null) {
-    return [
-      {
-        id: 'copy',
-        label: 'Copy',
-        name: 'Copy the received text',
-        done: 'Copied',
-        run: () => application.copyText(id),
-      },
-    ];
+    actions.push({
+      id: 'copy',
+      label: 'Copy',
+      name: 'Copy the received text',
+      done: 'Copied',
+      run: () => application.copyText(id),
+    });
   }
-  return locations.length === 0
-    ? []
-    : [
-        { id: 'open', label: 'Open', name: `Open ${name}`, run: () => application.open(id) },
-        {
-          id: 'reveal',
-          label: 'Show in folder',
-          name: `Show ${name} in its folder`,
-          run: () => application.reveal(id),
-        },
-      ];
+  if (locations.length > 0) {
+    actions.push(
+      { id: 'open', label: 'Open', name: `Open ${name}`, run: () => application.open(id) },
+      {
+        id: 'reveal',
+        label: 'Show in folder',
+        name: `Show ${name} in its folder`,
+        run: () => application.reveal(id),
+      },
+    );
+  }
+  return actions;
 }
 
 /**

@@ -34,11 +34,11 @@ export function offerPart() {
   let shown = '';
   return {
     element: names,
-    update({ state, direction, offered, fileCount, name }) {
+    update({ state, direction, offered, offeredCount, name }) {
       const lists = offered.length > 1 || (offered.length === 1 && offered[0] !== name);
       setShown(names, state === 'asking' && direction === 'receive' && lists);
-      const more = fileCount > offered.length ? [`and ${fileCount - offered.length} more`] : [];
-      const lines = [...offered, ...more];
+      const rest = offeredCount - offered.length;
+      const lines = rest > 0 ? [...offered, `and ${rest} more`] : offered;
       if (names.hidden || lines.join('\n') === shown) return;
       shown = lines.join('\n');
       names.replaceChildren(...lines.map((line) => element('li', { title: line }, line)));

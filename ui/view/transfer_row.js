@@ -12,9 +12,9 @@ import { factsText, isFinished, statusText } from './transfer_words.js';
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 
 /** @param {Transfer} transfer */
-function pictureOf({ state, text, name, direction }) {
+function pictureOf({ state, text, name, direction, locations }) {
   if (state === 'failed') return 'warning';
-  if (text !== null || name === 'Text') return 'text';
+  if ((text !== null && locations.length === 0) || name === 'Text') return 'text';
   return direction === 'send' ? 'send' : 'receive';
 }
 

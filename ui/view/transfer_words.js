@@ -53,7 +53,7 @@ export function statusText({ state, direction, deviceName, message }) {
  * @param {Transfer} transfer
  */
 export function factsText(transfer) {
-  if (transfer.text !== null) return '';
+  if (transfer.text !== null && transfer.locations.length === 0) return '';
   const { state, name, bytesTotal, bytesDone, rate, secondsLeft } = transfer;
   const facts = [];
   if (state === 'active') {

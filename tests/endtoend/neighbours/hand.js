@@ -27,6 +27,6 @@ for (const argument of await uiArguments()) {
     } catch (error) {
       return { error: error.message };
     }
-    return { text: document.body.innerText };
+    return { text: document.body.innerText.replace(/\s+/g, ' ') };
   });
 }
