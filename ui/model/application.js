@@ -156,10 +156,9 @@ export class Application extends EventTarget {
    * @param {Item} item
    */
   async removeItem(item) {
-    const inside = `${item.relativePath ?? item.name}/`;
     const isIt = (/** @type {Item} */ one) => one.path === item.path && one.text === item.text;
     const isGone = (/** @type {Item} */ one) => isIt(one) ||
-      (item.kind === 'directory' && one.relativePath?.startsWith(inside) === true);
+      (item.kind === 'directory' && one.path.startsWith(`${item.path}/`));
     const gone = this.outbox.filter(isGone);
     this.#setOutbox(this.outbox.filter((one) => !isGone(one)));
     await this.#release(gone);

@@ -8,6 +8,7 @@ import { receiveAll, receiveOffer } from '../protocol/receive.js';
 import { sendAll } from '../protocol/send.js';
 import { nameOf, outgoing, topLevel } from './items.js';
 import { Questions } from './questions.js';
+import { isEnded } from './transfers.js';
 
 /** @typedef {import('./transfers.js').Transfers} Transfers */
 /** @typedef {import('../protocol/conversation.js').Conversation} Conversation */
@@ -63,11 +64,12 @@ export class Courier {
    */
   async receive({ conversation, session }) {
     const { peer } = session;
-    const isAsking = this.#transfers.list.some(({ deviceId, direction, state }) =>
-      deviceId === peer.id && direction === 'receive' && (state === 'confirming' || state === 'asking'));
-    if (isAsking || this.#questions.count >= Limit.questions) return conversation.close('busy');
     if (this.#trust.of(peer.id, peer.key) === 'changed') return conversation.close('new-key');
     const isKnown = await greet(conversation, session, this.#trust);
+    // A device asks one thing at a time. From here to the transfer nothing else can come between.
+    const isAsking = this.#transfers.list.some(({ deviceId, direction, state }) =>
+      deviceId === peer.id && direction === 'receive' && state !== 'active' && !isEnded({ state }));
+    if (isAsking || this.#questions.count >= Limit.questions) return conversation.close('busy');
     const { id } = this.#transfers.add({ direction: 'receive', deviceId: peer.id,
       deviceName: peer.name, name: `Something from ${peer.name}`, state: 'connecting' });
     await this.#run(id, async () => {

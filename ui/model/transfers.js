@@ -9,7 +9,7 @@ const MOST = 50;
 const INTERVAL = 100;
 const ENDED = ['complete', 'failed', 'cancelled', 'declined'];
 
-/** @param {Transfer} transfer */
+/** @param {Pick<Transfer, 'state'>} transfer */
 export const isEnded = ({ state }) => ENDED.includes(state);
 
 /**

@@ -26,12 +26,14 @@ def bundle_with_hand(folder):
 
 
 class Station:
-    """The commands of `wrapper` run the program."""
+    """The commands of `wrapper` run the program. Without a panel the window has the whole screen."""
 
-    def __init__(self, network, name, wrapper=()):
+    def __init__(self, network, name, wrapper=(), panel=False, size="560x860"):
         self.network = network
         self.name = name
         self._wrapper = wrapper
+        self._panel = panel
+        self._size = size
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix=f"brevanholt-{name}-"))
         self.home = self.folder / "home"
         self.received = self.home / "Downloads/Brevanholt"
@@ -40,17 +42,19 @@ class Station:
         self._bundle = bundle_with_hand(self.folder / "bundle")
         self._desktop = None
 
-    def start(self, size="560x860"):
+    def start(self):
         self._orders = Orders()
         inside = self.folder / "inside"
         inside.unlink(missing_ok=True)
         program = [*self._wrapper, BINARY, "--ui-bundle", str(self._bundle),
                    "--ui-argument", f"hand={self._orders.folder}"]
-        script = ('{ echo $$; env; } >"$0.new"; mv "$0.new" "$0"; '
-                  'xdotool search --sync --onlyvisible --class brevanholt windowsize 100% 100% & '
-                  'exec "$@" 2>>"${0%/*}/log"')
+        widen = "" if self._panel else (
+            "xdotool search --sync --onlyvisible --class brevanholt windowsize 100% 100% & ")
+        script = '{ echo $$; env; } >"$0.new"; mv "$0.new" "$0"; ' + widen + (
+            'exec "$@" 2>>"${0%/*}/log"')
         self._desktop = subprocess.Popen(self.network.command(
-            self.name, VIRTUAL_DESKTOP, "--without-panel", "--size", size, "--home", str(self.home),
+            self.name, VIRTUAL_DESKTOP, *(() if self._panel else ("--without-panel",)),
+            "--size", self._size, "--home", str(self.home),
             "sh", "-c", script, str(inside), *program), stderr=subprocess.DEVNULL)
         process, *variables = wait_until(
             lambda: inside.exists() and inside.read_text(), f"{self.name}'s desktop").splitlines()
