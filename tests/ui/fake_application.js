@@ -5,26 +5,9 @@ import { FINGERPRINT, SETTINGS } from './sample_state.js';
 
 const EVENTS = { isDragOver: 'drag' };
 const ACTIONS = [
-  'pickFiles',
-  'pickFolder',
-  'addText',
-  'removeItem',
-  'clearOutbox',
-  'send',
-  'confirmCode',
-  'agreeToNewKey',
-  'forgetDevice',
-  'accept',
-  'decline',
-  'cancel',
-  'retry',
-  'removeTransfer',
-  'clearRecents',
-  'open',
-  'reveal',
-  'copyText',
-  'openReceiveFolder',
-  'requestNotifications',
+  'pickFiles', 'pickFolder', 'addText', 'removeItem', 'clearOutbox', 'send', 'confirmCode', 'accept',
+  'decline', 'cancel', 'retry', 'removeTransfer', 'clearRecents', 'open', 'reveal', 'copyText',
+  'agreeToNewKey', 'forgetDevice', 'openReceiveFolder', 'requestNotifications',
 ];
 
 export class FakeApplication extends EventTarget {
@@ -43,17 +26,13 @@ export class FakeApplication extends EventTarget {
   /** What preview() answers. */
   picture = null;
 
-  /** @param {object} [state] */
-  constructor(state = {}) {
+  constructor(state) {
     super();
     Object.assign(this, state);
     for (const name of ACTIONS) this[name] = (...given) => this.#act(name, given);
   }
 
-  /**
-   * Replaces state and tells of it.
-   * @param {object} state
-   */
+  /** Replaces state and tells of it. */
   change(state) {
     Object.assign(this, state);
     for (const name of Object.keys(state)) {

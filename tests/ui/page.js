@@ -6,20 +6,11 @@ import { mountWindow } from './view/window.js';
 
 export { nameOf, shown };
 
-/** Mounts the window afresh. */
+/** Mounts the window afresh and answers what it shows. */
 export function mount(state = {}) {
   const application = new FakeApplication(state);
-  const events = [];
-  const host = {
-    invoke: async (method, args) => ({ method, args }),
-    listen: (heard) => events.push(heard),
-  };
-  mountWindow(document.body, /** @type {any} */ (application), host);
-  return {
-    application,
-    host,
-    sendEvent: (name, args) => events.forEach((heard) => heard(name, args)),
-  };
+  mountWindow(document.body, application, { invoke: async () => null, listen: () => {} });
+  return application;
 }
 
 /** Loads the style sheet that ships. */

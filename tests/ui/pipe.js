@@ -8,13 +8,9 @@ class Way {
   isOver = false;
   wake = () => {};
 
-  write(bytes) {
+  write(bytes, isOver = false) {
     this.bytes.push(...bytes);
-    this.wake();
-  }
-
-  end() {
-    this.isOver = true;
+    this.isOver ||= isOver;
     this.wake();
   }
 
@@ -31,11 +27,8 @@ function end(incoming, outgoing, peer) {
     peer,
     read: (minimum, maximum) => incoming.read(minimum, maximum),
     write: async (bytes) => outgoing.write(bytes),
-    finish: async () => outgoing.end(),
-    close: async () => {
-      incoming.end();
-      outgoing.end();
-    },
+    finish: async () => outgoing.write([], true),
+    close: async () => [incoming, outgoing].forEach((way) => way.write([], true)),
   };
 }
 
@@ -53,17 +46,13 @@ export function pipe() {
 export function tappedPipe(meddle) {
   const [caller, nearEnd] = pipe();
   const [farEnd, callee] = pipe();
-  (async () => {
-    for (let number = 0; ; ++number) {
-      const frame = await nearEnd.read(1 << 22);
-      if (!frame) break;
-      for (const passed of meddle(frame, number)) await farEnd.write(passed);
+  const pass = async (from, to, change) => {
+    for (let number = 0, frame; (frame = await from.read(1 << 22)); ++number) {
+      for (const passed of change(frame, number)) await to.write(passed);
     }
-    await farEnd.finish();
-  })();
-  (async () => {
-    for (let frame; (frame = await farEnd.read(1 << 22));) await nearEnd.write(frame);
-    await nearEnd.finish();
-  })();
+    await to.finish();
+  };
+  pass(nearEnd, farEnd, meddle);
+  pass(farEnd, nearEnd, (frame) => [frame]);
   return [caller, callee];
 }
