@@ -57,6 +57,12 @@ def visible_window():
     return next(map(str, managed_windows()), None)
 
 
+def hide_window():
+    """Closes the main window, which hides it."""
+    output_of("wmctrl", "-i", "-c", wait_until(visible_window, "the window"))
+    wait_until(lambda: not visible_window(), "hiding")
+
+
 class Host:
     """One run of the program. Its standard error is kept in `log`."""
 
@@ -137,6 +143,12 @@ class HostTest(unittest.TestCase):
         host = Host(*options, **how)
         self.addCleanup(host.stop)
         return host
+
+    def run_beside(self, *command, **how):
+        """Runs another program until the test ends."""
+        process = subprocess.Popen(command, stderr=subprocess.DEVNULL, **how)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.terminate)
 
     def run_scenario(self, scenario, *arguments, **how):
         return self.start(scenario=scenario, arguments=arguments, **how).report()

@@ -1,213 +1,221 @@
-"""Items handed in from the command line, from links and over the bus, and what lasts of them."""
+"""Items handed in from the command line, links, the bus, and the menus of file managers."""
 
-import json
+import importlib.util
 import os
 import pathlib
+import re
 import shlex
-import shutil
 import signal
 import subprocess
+import sys
 import unittest
+import unittest.mock
 import uuid
 
-from entries import ODD_NAMES, file_entry, odd_files, text_entry
-from host import BINARY, SOURCE, output_of, visible_window, wait_until
+import dbus
+from gi.repository import Gio, GLib
+
+from host import BINARY, hide_window, output_of, visible_window, wait_until
 from remote import Remote, RemoteTest
 
 HOME = pathlib.Path(os.environ["HOME"])
 BUILD = pathlib.Path(BINARY).parents[1]
-INBOX = HOME / "Downloads/.NativeShareInbox"
 NAME = "org.brevanholt.Brevanholt"
+# Such names are easily broken on the way to the program.
+ODD_NAMES = ["plain", "with space", "it's", 'the "best"', "100%25 %F", "two\nlines", "naïve 🎈",
+             "$HOME `x` \\", "-dash", "a:b"]
 
 
-def stage(text):
-    """Leaves a share of one text in the inbox and returns its identifier."""
-    identifier = str(uuid.uuid4())
-    (INBOX / identifier).mkdir(parents=True)
-    (INBOX / identifier / "share.json").write_text(json.dumps({"items": [{"text": text}]}))
-    return identifier
+def file_entry(path):
+    return {"path": str(path), "name": path.name, "size": path.stat().st_size, "kind": "file"}
 
 
-
-def share_over_the_bus(files, text):
-    output_of("gdbus", "call", "--session", "--dest", NAME, "--object-path",
-              "/org/brevanholt/Brevanholt", "--method",
-              "org.freedesktop.Application.ActivateAction", "share", f"[<(@as {files}, {text!r})>]",
-              "{}")
+def text_event(text):
+    return ["sharedEntries", [{"path": "", "name": "Shared text", "size": len(text.encode()),
+                               "kind": "text", "text": text}]]
 
 
 class IntakeTest(RemoteTest):
 
     def setUp(self):
         self.folder = HOME / self.id().split(".")[-1]
-        self.folder.mkdir()
+        (self.folder / "sub").mkdir(parents=True)
+        (self.folder / "sub/a").write_text("12")
+        self.files = [self.folder / name for name in ODD_NAMES]
+        for file in self.files:
+            file.write_text(file.name)
+        self.entries = [file_entry(file) for file in self.files]
 
     def share(self, *arguments, cwd=None):
         return subprocess.run([BINARY, *arguments], check=False, timeout=30, capture_output=True,
                               cwd=cwd)
 
-    def test_shares_what_the_command_line_names(self):
-        _, remote = self.start_remote()
-        odd = odd_files(self.folder)
-        (self.folder / "sub").mkdir()
-        (self.folder / "sub/a").write_text("12")
-        (self.folder / "link").symlink_to("sub")
 
-        self.assertEqual(self.share("--share", "--", *ODD_NAMES, cwd=self.folder).returncode, 0)
-        self.assertEqual(self.share("--share", *(path.as_uri() for path in odd)).returncode, 0)
-        self.assertEqual(self.share("--share", "..", cwd=self.folder / "sub").returncode, 0)
-        self.assertEqual(self.share("--share", "sub/", cwd=self.folder).returncode, 0)
-        self.assertEqual(self.share("--share-text", "häh\n").returncode, 0)
-        self.assertEqual(self.share("--share-text", "").returncode, 0)
-        wait_until(visible_window, "the window")
+class CommandLineTest(IntakeTest):
+
+    def test_shares_what_is_named(self):
+        _, remote = self.start_remote("--share", self.folder / "plain")
+        for arguments, cwd in ((["--share", "--", *ODD_NAMES], self.folder),
+                               (["--share", *(file.as_uri() for file in self.files)], None),
+                               (["--share", "."], self.folder / "sub"),
+                               (["--share-text", "häh\n"], None), (["--share-text", ""], None)):
+            self.assertEqual(self.share(*arguments, cwd=cwd).returncode, 0)
         self.assertEqual(remote.events(), [])
 
-        self.assertEqual(remote.call("platformEventsReady"), {"value": None})
-        events = remote.wait_for_events(5)
-        self.assertEqual({method for method, _ in events}, {"sharedEntries"})
-        batches = [batch for _, batch in events]
-        self.assertEqual(batches[0], [file_entry(path) for path in odd])
-        self.assertEqual(batches[1], batches[0])
-        self.assertEqual(batches[2][0]["path"], str(self.folder))
-        self.assertIn(f"{self.folder.name}/sub/a", [entry["relativePath"] for entry in batches[2]])
-        self.assertEqual([entry["relativePath"] for entry in batches[3]], ["sub", "sub/a"])
-        self.assertEqual(batches[3][0]["path"], str(self.folder / "sub"))
-        self.assertEqual(batches[4], [text_entry("häh\n")])
+        remote.call("platformEventsReady")
+        first, odd, uris, folder, text = remote.wait_for_events(5)
+        self.assertEqual(first, ["sharedEntries", self.entries[:1]])
+        self.assertEqual(odd, ["sharedEntries", self.entries])
+        self.assertEqual(uris, odd)
+        self.assertEqual([entry["relativePath"] for entry in folder[1]], ["sub", "sub/a"])
+        self.assertEqual(text, text_event("häh\n"))
 
     def test_refuses_what_it_cannot_share(self):
         _, remote = self.start_remote()
-        (self.folder / "good").write_text("x")
         bad = os.fsencode(self.folder) + b"/caf\xe9"
-        pathlib.Path(os.fsdecode(bad)).write_text("x")
+        pathlib.Path(os.fsdecode(bad)).touch()
         for arguments, complaint in (
-                (["--share", self.folder / "gone"], b"gone"), (["--share"], b"needs a file"),
-                (["--share-text", b"\xff"], b"not UTF-8"),
+                (["--share", self.folder / "gone"], b"gone"), (["--share-text", b"\xff"], b"UTF-8"),
                 (["--share-text", "x", "y"], b"given with --share"), (["--sharing"], b"--sharing")):
             result = self.share(*arguments)
-            self.assertEqual(result.returncode, 1, arguments)
-            self.assertIn(complaint, result.stderr)
-        self.assertEqual(self.share("--share", bad, self.folder / "good").returncode, 0)
-
+            self.assertEqual((result.returncode, complaint in result.stderr), (1, True), arguments)
+        self.assertEqual(self.share("--share", bad, self.files[0]).returncode, 0)
         remote.call("platformEventsReady")
-        self.assertEqual(remote.wait_for_events(1),
-                         [["sharedEntries", [file_entry(self.folder / "good")]]])
-
-    def test_starts_to_share_when_it_does_not_run(self):
-        (self.folder / "a").write_text("x")
-        _, remote = self.start_remote("--share", self.folder / "a")
-        remote.call("platformEventsReady")
-        self.assertEqual(remote.wait_for_events(1),
-                         [["sharedEntries", [file_entry(self.folder / "a")]]])
-
-    def test_shares_what_comes_over_the_bus(self):
-        host, remote = self.start_remote()
-        remote.call("platformEventsReady")
-        (self.folder / "a").write_text("x")
-        uri = (self.folder / "a").as_uri()
-        share_over_the_bus([uri, "https://example.org", "file://elsewhere/a"], "not this")
-        share_over_the_bus([], "text")
-        self.assertEqual(remote.wait_for_events(2),
-                         [["sharedEntries", [file_entry(self.folder / "a")]],
-                          ["sharedEntries", [text_entry("text")]]])
-        self.assertIn("not shared, since it is no file of this computer: https://example.org",
-                      host.log)
-
-    def test_takes_what_is_pending_when_it_starts_and_when_it_comes_to_the_front(self):
-        stage("at start")
-        _, remote = self.start_remote()
-        remote.call("platformEventsReady")
-        self.assertEqual(remote.wait_for_events(1), [["sharedEntries", [text_entry("at start")]]])
-
-        window = visible_window()
-        output_of("wmctrl", "-i", "-c", window)
-        wait_until(lambda: not visible_window(), "hiding")
-        stage("while hidden")
-        self.share()
-        wait_until(lambda: ["sharedEntries", [text_entry("while hidden")]] in remote.events(),
-                   "the share")
+        self.assertEqual(remote.wait_for_events(1), [["sharedEntries", self.entries[:1]]])
 
 
+class InstalledTest(IntakeTest):
+    """Share links and shares over the bus, by the installed files."""
 
-class InstalledTest(RemoteTest):
-    """Share links and shares through the desktop's own means and the installed files."""
-
-    @classmethod
-    def setUpClass(cls):
+    def install(self, remote):
+        """Installs the program so that the desktop starts it with the remote's page."""
         subprocess.run(["cmake", "--install", BUILD, "--prefix", HOME / ".local"], check=True,
                        stdout=subprocess.DEVNULL)
-        subprocess.run(["update-desktop-database", HOME / ".local/share/applications"], check=True)
-
-    def serve(self, remote):
-        """Has the desktop start the installed program with the remote's page."""
-        bundle = remote.folder / "bundle"
-        shutil.copytree(SOURCE / "tests/endtoend/bundle", bundle)
-        shutil.copytree(SOURCE / "ui/engine", bundle / "engine")
-        options = ["--ui-bundle", str(bundle)]
-        for argument in ("scenario=remote", f"report={remote.folder}/report", *remote.arguments):
-            options += ["--ui-argument", argument]
+        output_of("update-desktop-database", HOME / ".local/share/applications")
+        host = self.start(scenario="remote", arguments=remote.arguments)
+        wait_until(visible_window, "the window")
+        command = pathlib.Path(f"/proc/{host.process.pid}/cmdline").read_text().split("\0")[:-1]
+        host.process.terminate()
+        host.process.wait()
         program = HOME / ".local/bin/brevanholt"
         program.unlink()
-        program.write_text(f'#!/bin/sh\nexec {BINARY} {shlex.join(options)} "$@"\n')
+        program.write_text(f'#!/bin/sh\nexec {shlex.join(command)} "$@"\n')
         program.chmod(0o755)
-        output_of("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
-                  "/org/freedesktop/DBus", "--method", "org.freedesktop.DBus.ReloadConfig")
-        self.addCleanup(self.stop_service)
 
-    def service_process(self):
-        reply = subprocess.run(
-            ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
-             "/org/freedesktop/DBus", "--method",
-             "org.freedesktop.DBus.GetConnectionUnixProcessID", NAME],
-            check=False, capture_output=True, text=True).stdout
-        return int(reply.split()[1].rstrip(",)")) if reply else None
+    def open_share(self, link, text=None):
+        """Opens a link to a share, which has that text where it is there."""
+        identifier = str(uuid.uuid4())
+        if text:
+            share = HOME / "Downloads/.NativeShareInbox" / identifier
+            share.mkdir(parents=True)
+            (share / "share.json").write_text('{"items": [{"text": "%s"}]}' % text)
+        subprocess.run(["xdg-open", f"brevanholt://{link}{identifier}"], check=True, timeout=30)
 
-    def stop_service(self):
-        process = self.service_process()
-        if process:
-            os.kill(process, signal.SIGTERM)
-            wait_until(lambda: not self.service_process() and not visible_window(),
-                       "the service's end")
+    def end_service(self):
+        if self.bus.name_has_owner(NAME):
+            os.kill(self.daemon.GetConnectionUnixProcessID(NAME), signal.SIGTERM)
+            wait_until(lambda: not self.bus.name_has_owner(NAME), "the service's end")
 
-    def test_opens_a_link_when_it_does_not_run(self):
+    def test_is_started_by_the_desktop_and_opens_links(self):
         remote = Remote()
-        self.serve(remote)
-        self.assertIsNone(self.service_process())
-        subprocess.run(["xdg-open", f"brevanholt://share?id={stage('cold')}"], check=True,
-                       timeout=30)
+        self.install(remote)
+        self.bus = dbus.SessionBus()
+        self.daemon = self.bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus")
+        self.daemon.ReloadConfig()
+        self.addCleanup(self.end_service)
+        self.bus.start_service_by_name(NAME)
+        self.assertIsNone(visible_window())
+        wait_until(lambda: not self.bus.name_has_owner(NAME), "the end of an idle service")
+
+        self.open_share("share?id=", "cold")
         wait_until(visible_window, "the window")
-        wait_until(remote.listens, "the page")
         remote.call("platformEventsReady")
-        self.assertEqual(remote.wait_for_events(1), [["sharedEntries", [text_entry("cold")]]])
+        self.assertEqual(remote.wait_for_events(1), [text_event("cold")])
+        hide_window()
+        for bad in ("share", "Share?id=", "share?id=", "share?id=../"):
+            self.open_share(bad)
+        self.open_share("share/x?y=1&id=", "warm")
+        wait_until(visible_window, "the window")
+        uris = [self.files[0].as_uri(), "https://example.org", "file://elsewhere/a"]
+        output_of("gdbus", "call", "--session", "--dest", NAME, "--object-path",
+                  f"/{NAME.replace('.', '/')}", "--method",
+                  "org.freedesktop.Application.ActivateAction", "share",
+                  f"[<({uris}, 'not this')>]", "{}")
+        self.assertEqual(remote.wait_for_events(3)[1:],
+                         [text_event("warm"), ["sharedEntries", self.entries[:1]]])
 
-    def test_shares_over_the_bus_when_it_does_not_run(self):
-        remote = Remote()
-        self.serve(remote)
-        share_over_the_bus([], "cold")
-        wait_until(remote.listens, "the page")
-        remote.call("platformEventsReady")
-        self.assertEqual(remote.wait_for_events(1), [["sharedEntries", [text_entry("cold")]]])
 
-    def test_opens_a_link_while_it_runs_hidden(self):
+def selected(uri):
+    """A file as Nautilus and Caja show it to their extensions."""
+    return unittest.mock.Mock(get_uri=lambda: uri, get_uri_scheme=lambda: uri.partition(":")[0])
+
+
+class FileManagerTest(IntakeTest):
+    """The entries in the menus of file managers, used as each file manager uses them."""
+
+    def installed(self, file):
+        return str(BUILD / "share" / file)
+
+    def command_in(self, entry, group):
+        key_file = GLib.KeyFile()
+        key_file.load_from_file(self.installed(entry), GLib.KeyFileFlags.NONE)
+        return key_file.get_value(group, "Exec")
+
+    def extension(self, file_manager):
+        """The menu provider of the extension for a file manager with such bindings."""
+        bindings = unittest.mock.Mock(MenuProvider=type("MenuProvider", (), {}))
+        setattr(sys.modules["gi.repository"], file_manager, bindings)
+        name = file_manager.lower()
+        spec = importlib.util.spec_from_file_location(
+            name, self.installed(f"{name}-python/extensions/brevanholt-{name}.py"))
+        module = importlib.util.module_from_spec(spec)
+        spec.loader.exec_module(module)
+        return module.BrevanholtMenuProvider()
+
+    def activate(self, items):
+        item, = items
+        _, function, *arguments = item.connect.call_args.args
+        function(item, *arguments)
+
+    def test_shares_from_each_menu(self):
         _, remote = self.start_remote()
         remote.call("platformEventsReady")
-        output_of("wmctrl", "-i", "-c", visible_window())
-        wait_until(lambda: not visible_window(), "hiding")
+        paths = [*self.files, self.folder / "sub"]
+        uris = [path.as_uri() for path in paths]
+        selection = [selected(uri) for uri in uris]
 
-        for bad in ("share", "share?id=abc", f"Share?id={uuid.uuid4()}", f"share?id={uuid.uuid4()}"):
-            subprocess.run(["xdg-open", f"brevanholt://{bad}"], check=True, timeout=30)
-        subprocess.run(["xdg-open", f"brevanholt://share/x?y=1&id={stage('warm')}"], check=True,
-                       timeout=30)
-        wait_until(visible_window, "the window")
-        self.assertIn(["sharedEntries", [text_entry("warm")]], remote.events())
+        def thunar():
+            entry = Gio.DesktopAppInfo.new_from_filename(
+                self.installed("Thunar/sendto/brevanholt.desktop"))
+            entry.launch_uris(uris, None)
 
-    def test_ends_a_service_that_nobody_asks_for_anything(self):
-        self.serve(Remote())
-        output_of("gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
-                  "/org/freedesktop/DBus", "--method", "org.freedesktop.DBus.StartServiceByName",
-                  NAME, "0")
-        self.assertIsNotNone(self.service_process())
-        self.assertIsNone(visible_window())
-        wait_until(lambda: not self.service_process(), "the service's end")
+        def dolphin():
+            command = self.command_in("kio/servicemenus/brevanholt.desktop", "Desktop Action share")
+            output_of(*shlex.split(command.replace("%F", shlex.join(map(str, paths)))))
+
+        def nemo():
+            # It puts a backslash before what means something to a shell.
+            quoted = " ".join(re.sub(r"([^\w%/:.-])", r"\\\1", uri) for uri in uris)
+            command = self.command_in("nemo/actions/brevanholt.nemo_action", "Nemo Action")
+            output_of(*GLib.shell_parse_argv(command.replace("%U", quoted))[1])
+
+        def caja():
+            menu = self.extension("Caja").get_file_items
+            self.assertEqual(menu(None, [*selection, selected("trash:///a")]), [])
+            self.activate(menu(None, selection))
+
+        def nautilus():
+            self.activate(self.extension("Nautilus").get_file_items(selection))
+
+        for number, use in enumerate((thunar, dolphin, nemo, caja, nautilus)):
+            with self.subTest(use.__name__):
+                use()
+                wait_until(lambda: (GLib.MainContext.default().iteration(False),
+                                    len(remote.events()) > number)[1], "the share")
+                method, entries = remote.events()[number]
+                self.assertEqual((method, entries[:len(self.files)]), ("sharedEntries", self.entries))
+                self.assertEqual([entry["relativePath"] for entry in entries[len(self.files):]],
+                                 ["sub", "sub/a"])
 
 
 if __name__ == "__main__":

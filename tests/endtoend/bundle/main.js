@@ -4,15 +4,6 @@
 import { uiArguments } from './engine/application.js';
 import { EngineFile } from './engine/files.js';
 
-/** @param {unknown} value */
-function plain(value) {
-  return JSON.stringify(value, (_key, part) => {
-    if (part instanceof Uint8Array) return { bytes: part.length, first: [...part.slice(0, 4)] };
-    if (typeof part === 'bigint') return { bigint: String(part) };
-    return part;
-  });
-}
-
 async function main() {
   const given = Object.fromEntries((await uiArguments()).map((text) => text.split(/=(.*)/s)));
   let report;
@@ -23,7 +14,7 @@ async function main() {
     report = { error: `${error.name}: ${error.message}`, stack: error.stack };
   }
   const file = await EngineFile.create(given.report);
-  await file.write(0, new TextEncoder().encode(plain(report)));
+  await file.write(0, new TextEncoder().encode(JSON.stringify(report)));
   await file.close();
 }
 

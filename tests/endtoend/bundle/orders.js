@@ -1,5 +1,5 @@
 // Orders of a test, one after another: each line that it writes into the file `orders` is one in JSON;
-// what came of it goes into the file `done-` with its number. "end" is the last.
+// what came of it goes into the file `done-` with its number. A page that was loaded again goes on.
 
 import { EngineFile, stat } from './engine/files.js';
 
@@ -24,12 +24,13 @@ async function writeText(path, text) {
  * @param {(order: any) => unknown} follow
  */
 export async function followOrders(folder, follow) {
-  for (let done = 0; ;) {
+  let done = 0;
+  while (await stat(`${folder}/done-${done}`)) ++done;
+  for (;;) {
     const lines = (await readText(`${folder}/orders`)).split('\n').slice(0, -1);
     for (; done < lines.length; ++done) {
-      const order = JSON.parse(lines[done]);
-      if (order === 'end') return;
-      await writeText(`${folder}/done-${done}`, JSON.stringify(await follow(order)));
+      const outcome = await follow(JSON.parse(lines[done]));
+      await writeText(`${folder}/done-${done}`, JSON.stringify(outcome));
     }
     await new Promise((resolve) => setTimeout(resolve, 50));
   }
