@@ -17,7 +17,7 @@ def enter_with_rights():
     if os.geteuid() == 0 or not shutil.which("unshare"):
         return
     as_root = ["unshare", "--user", "--map-root-user", "--net", "--mount", "sh", "-c",
-                          'mount -t tmpfs none /run && exec "$@"', "sh"]
+               'mount -t tmpfs none /run && exec "$@"', "sh"]
     if subprocess.run([*as_root, "true"], check=False, capture_output=True).returncode == 0:
         os.execvp("unshare", [*as_root, sys.executable, *sys.argv])
 
