@@ -1,5 +1,6 @@
 #include "platform/linux/KeyFileUserDefaults.h"
 
+#include "platform/foundation/Base64.h"
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/Log.h"
@@ -68,16 +69,13 @@ std::string fromByteString(GVariant* array) {
 std::optional<Bytes> KeyFileUserDefaults::data(const std::string& key) const {
   const GCharPointer text = value(key);
   if (!text) return std::nullopt;
-  gsize size = 0;
-  const std::unique_ptr<guchar, FreeWith<g_free>> bytes(g_base64_decode(text.get(), &size));
-  // The decoder passes over what is no base64.
-  const GCharPointer again(g_base64_encode(bytes.get(), size));
-  if (std::strcmp(again.get(), text.get()) != 0) return std::nullopt;
-  return Bytes(std::vector<std::uint8_t>(bytes.get(), bytes.get() + size));
+  const auto bytes = fromBase64(text.get());
+  if (!bytes) return std::nullopt;
+  return Bytes(std::vector<std::uint8_t>(bytes->begin(), bytes->end()));
 }
 
 void KeyFileUserDefaults::setData(const std::string& key, const Bytes& data) {
-  setValue(key, GCharPointer(g_base64_encode(data.data(), data.size())).get());
+  setValue(key, toBase64({reinterpret_cast<const char*>(data.data()), data.size()}).c_str());
 }
 
 StringDictionary KeyFileUserDefaults::stringDictionary(const std::string& key) const {

@@ -14,7 +14,7 @@ import unittest
 sys.path.insert(0, str(pathlib.Path(__file__).parent / "neighbours"))
 
 from host import wait_until
-from network import Network, is_permitted
+from network import Network, enter_with_rights, is_permitted
 from station import Station
 from stranger import Wiretap
 from tray import PICTURES
@@ -53,6 +53,9 @@ def make_tree(folder):
     (folder / "it's \"100 %41\" $HOME `x`.txt").write_text("quotes")
     (folder / "Füße — 日本語 🙂.txt").write_text("letters")
     return folder
+
+
+enter_with_rights()
 
 
 @unittest.skipUnless(is_permitted(), "needs to make network namespaces")
@@ -127,8 +130,8 @@ class NeighboursTest(unittest.TestCase):
         bob.screenshot(PICTURES / "neighbours-4-asked.png")
         bob.press("Accept")
         self.wait_for_progress(bob)
-        bob.screenshot(PICTURES / "neighbours-5-receiving.png")
-        anna.screenshot(PICTURES / "neighbours-5-sending.png")
+        bob.screenshot(PICTURES / "neighbours-5-receiving.png", is_settled=False)
+        anna.screenshot(PICTURES / "neighbours-5-sending.png", is_settled=False)
         anna.sees("Sent to bob", 200)
         bob.sees("Received from anna")
         bob.sees("See you at eight? <b>Bring</b> “cake”.")

@@ -20,7 +20,7 @@ class TemporaryFolder {
   ~TemporaryFolder() {
     std::error_code ignored;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(path_, ignored)) {
-      if (entry.is_directory(ignored)) {
+      if (entry.symlink_status(ignored).type() == std::filesystem::file_type::directory) {
         std::filesystem::permissions(entry, std::filesystem::perms::owner_all, ignored);
       }
     }

@@ -103,6 +103,8 @@ export class Application extends EventTarget {
     await this.#findReceived();
     await this.#startNetwork();
     this.#transfersChanged();
+    // At every start: a desktop's notification service comes and goes.
+    this.requestNotifications().catch(() => {});
     await platform.platformEventsReady();
   }
 

@@ -1,11 +1,14 @@
 """Several machines on one: network namespaces on one Ethernet segment."""
 
 import os
+import pathlib
 import shutil
 import subprocess
 import sys
+import tempfile
 
 PREFIX = f"bvh{os.getpid()}"
+DISPLAYS = pathlib.Path("/tmp/.X11-unix")
 
 
 def _ip(*arguments):
@@ -17,7 +20,7 @@ def enter_with_rights():
     if os.geteuid() == 0 or not shutil.which("unshare"):
         return
     as_root = ["unshare", "--user", "--map-root-user", "--net", "--mount", "sh", "-c",
-                          'mount -t tmpfs none /run && exec "$@"', "sh"]
+               'mount -t tmpfs none /run && exec "$@"', "sh"]
     if subprocess.run([*as_root, "true"], check=False, capture_output=True).returncode == 0:
         os.execvp("unshare", [*as_root, sys.executable, *sys.argv])
 
@@ -40,6 +43,10 @@ class Network:
 
     def __init__(self, *machines):
         self._machines = machines
+        self._displays = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-displays-"))
+        if not DISPLAYS.exists():
+            DISPLAYS.mkdir()
+            DISPLAYS.chmod(0o1777)
         _ip("netns", "add", self.namespace("switch"))
         self._on("switch", "link", "add", "bridge", "type", "bridge")
         self._on("switch", "link", "set", "bridge", "up")
@@ -64,9 +71,13 @@ class Network:
         return self.address(self._machines.index(machine) + 1)
 
     def command(self, machine, *command):
-        """The command that runs another as that machine, with its name as host name."""
+        """The command that runs another as that machine, with its name as host name. X servers of
+        different networks do not see each other's numbers, so each machine has its own sockets."""
+        displays = self._displays / machine
+        displays.mkdir(exist_ok=True)
+        prepare = f'hostname "$0" && mount --bind "$1" {DISPLAYS} && shift && exec "$@"'
         return ["nsenter", f"--net=/run/netns/{self.namespace(machine)}",
-                "unshare", "--uts", "sh", "-c", 'hostname "$0"; exec "$@"', machine, *command]
+                "unshare", "--uts", "--mount", "sh", "-c", prepare, machine, str(displays), *command]
 
     def plug(self, machine, is_in):
         """Puts that machine's cable in, or pulls it."""
@@ -76,6 +87,7 @@ class Network:
         for machine in ("switch", *self._machines):
             subprocess.run(["ip", "netns", "delete", self.namespace(machine)],
                            check=False, capture_output=True, timeout=30)
+        shutil.rmtree(self._displays, ignore_errors=True)
 
     def _on(self, machine, *arguments):
         _ip("-netns", self.namespace(machine), *arguments)

@@ -48,10 +48,7 @@ class Station:
         inside.unlink(missing_ok=True)
         program = [*self._wrapper, BINARY, "--ui-bundle", str(self._bundle),
                    "--ui-argument", f"hand={self._orders.folder}"]
-        widen = "" if self._panel else (
-            "xdotool search --sync --onlyvisible --class brevanholt windowsize 100% 100% & ")
-        script = '{ echo $$; env; } >"$0.new"; mv "$0.new" "$0"; ' + widen + (
-            'exec "$@" 2>>"${0%/*}/log"')
+        script = '{ echo $$; env; } >"$0.new"; mv "$0.new" "$0"; exec "$@" 2>>"${0%/*}/log"'
         self._desktop = subprocess.Popen(self.network.command(
             self.name, VIRTUAL_DESKTOP, *(() if self._panel else ("--without-panel",)),
             "--size", self._size, "--home", str(self.home),
@@ -61,6 +58,9 @@ class Station:
         self.process = int(process)
         self._environment = dict(line.split("=", 1) for line in variables if "=" in line)
         self.sees("Nearby")
+        if not self._panel:
+            self.run("xdotool", "search", "--sync", "--onlyvisible", "--name", "^Brevanholt$",
+                     "windowsize", "100%", "100%")
 
     def stop(self, with_signal=signal.SIGTERM):
         """Ends the program, and its desktop with it."""
@@ -86,9 +86,9 @@ class Station:
     def share_text(self, text):
         self.run(BINARY, "--share-text", text)
 
-    def screenshot(self, picture):
+    def screenshot(self, picture, is_settled=True):
         picture.parent.mkdir(parents=True, exist_ok=True)
-        self.run(SCREENSHOT, str(picture))
+        self.run(*((SCREENSHOT,) if is_settled else ("import", "-window", "root")), str(picture))
 
     def press(self, name):
         """Presses the first control whose name begins so, once it is there."""
