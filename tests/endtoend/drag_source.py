@@ -9,8 +9,6 @@ gi.require_version("Gtk", "3.0")
 from gi.repository import Gdk, Gtk  # noqa: E402  (after the versions)
 
 window = Gtk.Window(title="Drag source")
-window.move(900, 60)
-window.set_default_size(200, 100)
 box = Gtk.EventBox()
 box.drag_source_set(Gdk.ModifierType.BUTTON1_MASK, [Gtk.TargetEntry.new(sys.argv[1], 0, 0)],
                     Gdk.DragAction.COPY)

@@ -30,8 +30,7 @@ class Remote:
                 if event[0] != "discoveryRecoveryRequested"]
 
     def wait_for_events(self, count):
-        wait_until(lambda: len(self.events()) >= count, f"event {count}")
-        return self.events()
+        return wait_until(lambda: len(events := self.events()) >= count and events, f"event {count}")
 
     def requests(self):
         """How often the host has asked to look for devices anew."""

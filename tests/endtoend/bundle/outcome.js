@@ -4,19 +4,13 @@ import { MethodChannel, MethodError, MissingMethodError } from './engine/method_
 
 export const platform = new MethodChannel('brevanholt/platform');
 
-/** @param {Promise<unknown>} call */
-export async function outcome(call) {
+/** @param {string} method @param {unknown} [args] */
+export async function call(method, args) {
   try {
-    return { value: await call };
+    return { value: await platform.invokeMethod(method, args) };
   } catch (error) {
     if (error instanceof MissingMethodError) return { missing: true };
     if (error instanceof MethodError) return { error: [error.code, error.message, error.details] };
     throw error;
   }
 }
-
-/**
- * @param {string} method
- * @param {unknown} [args]
- */
-export const call = (method, args) => outcome(platform.invokeMethod(method, args));
