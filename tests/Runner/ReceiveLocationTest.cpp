@@ -224,7 +224,7 @@ TEST_F(TwoDisksTest, KeepsTheOrderOfCallsBehindACopy) {
 
   EXPECT_FALSE(first->has_value());
   EXPECT_TRUE(version->has_value()) << "what has to do with no folder does not wait";
-  ASSERT_TRUE(platform_.mainQueue.runUntil([&] { return located->has_value(); }));
+  ASSERT_TRUE(platform_.mainQueue.runUntil([&] { return *first && *second && *located; }));
   EXPECT_EQ(wordsOf(**first), received("a"));
   EXPECT_EQ(wordsOf(**second), received("a (1)"));
   EXPECT_EQ(std::get<Value>(**located).getIf<List>()->size(), 2U);
