@@ -1,10 +1,7 @@
-#include "Runner/AppDelegate/AppDelegate.h"
-#include "Runner/MainFlutterWindow/MainFlutterWindow.h"
-#include "tests/fakes/FakePlatform.h"
-#include "tests/support/CapturedLog.h"
-#include "tests/support/PrintValue.h"
+#include "tests/Runner/HostTest.h"
 
-#include <gtest/gtest.h>
+#include <algorithm>
+#include <thread>
 
 namespace brevanholt {
 namespace {
@@ -12,145 +9,122 @@ namespace {
 using namespace platform;
 
 constexpr const char* kAvailability = "Brevanholt background discovery and receiving";
+constexpr const char* kTransfer = "Brevanholt file transfer";
 
-class AppDelegateTest : public testing::Test {
+class AppDelegateTest : public HostTest {
  protected:
-  void launch() {
-    delegate_ = std::make_unique<AppDelegate>(platform_.services());
-    window_ = std::make_shared<MainFlutterWindow>(platform_.services(), delegate_.get());
-    delegate_->setMainWindow(window_);
-    window_->awakeFromNib();
-    delegate_->applicationDidFinishLaunching();
-  }
-  std::ptrdiff_t recoveryRequests() const {
-    return std::ranges::count(platform_.engine.messenger.events, "discoveryRecoveryRequested",
-                              &MethodCall::method);
-  }
-  const MenuItem& command(std::string_view title) const {
-    const auto& items = platform_.statusItem.menu->items();
-    return **std::ranges::find(items, title, &MenuItem::title);
-  }
+  void SetUp() override { host_.delegate->applicationDidFinishLaunching(); }
 
-  CapturedLog log_;
-  FakePlatform platform_;
-  std::unique_ptr<AppDelegate> delegate_;
-  std::shared_ptr<MainFlutterWindow> window_;
+  void expectInBackground(bool inBackground, const char* after) {
+    SCOPED_TRACE(after);
+    EXPECT_EQ(platform_.window.visible, !inBackground);
+    EXPECT_EQ(platform_.application.policy,
+              inBackground ? ActivationPolicy::kAccessory : ActivationPolicy::kRegular);
+    EXPECT_EQ(platform_.processActivities.held[kAvailability], inBackground ? 1 : 0);
+    EXPECT_FALSE(platform_.application.isTerminated);
+  }
+  void activate(std::string_view title) {
+    const auto& items = platform_.statusItem.menu->items();
+    (*std::ranges::find(items, title, &MenuItem::title))->activate();
+  }
+  // How many requests to look for devices anew were sent since the last time.
+  std::ptrdiff_t requests() {
+    platform_.mainQueue.drain();
+    const auto events = std::exchange(platform_.engine.messenger.events, {});
+    return std::ranges::count(events, "discoveryRecoveryRequested", &MethodCall::method);
+  }
+  // Which activities are held, after a call with that mode.
+  std::pair<int, int> heldAfter(const Map& mode) {
+    EXPECT_EQ(call("setBackgroundMode", mode), Reply(Value()));
+    return {platform_.processActivities.held[kAvailability],
+            platform_.processActivities.held[kTransfer]};
+  }
 };
 
-TEST_F(AppDelegateTest, StartsWithAWindowAndAStatusItem) {
-  launch();
-  EXPECT_TRUE(platform_.window.visible);
-  EXPECT_EQ(platform_.processActivities.held[kAvailability], 0);
-  EXPECT_EQ(platform_.statusItem.toolTip, "Brevanholt");
-  EXPECT_EQ(platform_.statusItem.accessibilityLabel, "Brevanholt");
-  ASSERT_NE(platform_.statusItem.menu, nullptr);
-}
+TEST_F(AppDelegateTest, IsInTheBackgroundJustWhileItsWindowIsHidden) {
+  const auto close = [this] { platform_.window.delegate->performClose(); };
+  expectInBackground(false, "the start");
+  close();
+  close();
+  expectInBackground(true, "closing twice");
+  host_.delegate->applicationShouldHandleReopen(false);
+  expectInBackground(false, "another launch");
+  close();
+  platform_.notificationCenter.opened();
+  expectInBackground(false, "opening a notification");
+  close();
+  activate("Open Brevanholt");
+  expectInBackground(false, "the menu's command");
 
-TEST_F(AppDelegateTest, StartsInTheBackgroundAtLogin) {
   platform_.isLoginItemLaunch = true;
-  launch();
+  const int presentations = platform_.window.presentations;
+  host_.restart();
+  host_.delegate->applicationDidFinishLaunching();
   platform_.mainQueue.drain();
-  EXPECT_FALSE(platform_.window.visible);
-  EXPECT_EQ(platform_.window.presentations, 0);
-  EXPECT_EQ(platform_.application.policy, ActivationPolicy::kAccessory);
-  EXPECT_EQ(platform_.processActivities.held[kAvailability], 1);
-}
-
-TEST_F(AppDelegateTest, ComesBackFromTheBackgroundByItsMenu) {
-  launch();
-  platform_.window.delegate->performClose();
-  const auto before = recoveryRequests();
-  int closings = 0;
-  const Connection connection =
-      platform_.statusItem.menu->trackingCancelled.connect([&closings] { ++closings; });
-
-  command("Open Brevanholt").activate();
-
-  EXPECT_TRUE(platform_.window.visible);
-  EXPECT_EQ(platform_.application.policy, ActivationPolicy::kRegular);
-  EXPECT_EQ(platform_.application.activations, 1);
-  EXPECT_EQ(platform_.processActivities.held[kAvailability], 0);
-  EXPECT_EQ(recoveryRequests() - before, 1);
-  EXPECT_EQ(closings, 1);
-}
-
-TEST_F(AppDelegateTest, ReopensOnlyWithoutVisibleWindows) {
-  launch();
-  EXPECT_TRUE(delegate_->applicationShouldHandleReopen(true));
-  EXPECT_EQ(platform_.window.presentations, 1);
-  platform_.window.delegate->performClose();
-  EXPECT_TRUE(delegate_->applicationShouldHandleReopen(false));
-  EXPECT_EQ(platform_.window.presentations, 2);
-}
-
-TEST_F(AppDelegateTest, AsksForDiscoveryEachTimeItsMenuOpens) {
-  launch();
-  const auto before = recoveryRequests();
-  platform_.statusItem.menu->willOpen();
-  platform_.statusItem.menu->willOpen();
-  EXPECT_EQ(recoveryRequests() - before, 2);
-  EXPECT_TRUE(platform_.engine.messenger.events.back().arguments.isNull());
-
-  window_.reset();
-  platform_.statusItem.menu->willOpen();
-  command("Open Brevanholt").activate();
-  EXPECT_EQ(recoveryRequests() - before, 2);
-}
-
-TEST_F(AppDelegateTest, QuitsOnlyByItsMenu) {
-  launch();
-  platform_.window.delegate->performClose();
-  EXPECT_FALSE(platform_.application.isTerminated);
-  command("Quit Brevanholt").activate();
+  expectInBackground(true, "the start at login");
+  EXPECT_EQ(platform_.window.presentations, presentations) << "not even for a moment";
+  activate("Quit Brevanholt");
   EXPECT_TRUE(platform_.application.isTerminated);
 }
 
-TEST_F(AppDelegateTest, ShowsTheShellsStateInMenuAndToolTip) {
-  launch();
+TEST_F(AppDelegateTest, HoldsEachActivityOnlyWhileItIsAskedFor) {
+  using Held = std::pair<int, int>;
+  const Map both{{"enabled", true}, {"transferInProgress", true}};
+  EXPECT_EQ(heldAfter(both), Held(1, 1));
+  EXPECT_EQ(heldAfter(Map{{"enabled", true}}), Held(1, 0));
+  EXPECT_EQ(heldAfter(both), Held(1, 1));
+  EXPECT_EQ(heldAfter(Map{{"enabled", "yes"}, {"transferInProgress", true}}), Held(0, 0));
+  EXPECT_EQ(heldAfter(Map{{"enabled", true}, {"transferInProgress", 1}}), Held(1, 0));
+
+  host_.delegate->hideToBackground();
+  EXPECT_EQ(heldAfter(Map{{"enabled", true}}), Held(1, 0)) << "one token for both";
+  heldAfter(both);
+  host_.window.reset();
+  EXPECT_EQ(platform_.processActivities.held[kTransfer], 0) << "ends with the window";
+}
+
+TEST_F(AppDelegateTest, AsksForDiscoveryOnEveryOccasionWhileThereIsAWindow) {
+  EXPECT_GE(requests(), 1) << "the start";
+  std::thread([this] { platform_.networkMonitor.updated(); }).join();
+  EXPECT_TRUE(host_.events().empty()) << "sent from the main thread alone";
+  EXPECT_EQ(requests(), 1);
+
+  platform_.wakeNotices.systemDidWake.emit();
+  platform_.wakeNotices.screensDidWake.emit();
+  platform_.window.delegate->windowDidBecomeKey();
+  platform_.statusItem.menu->willOpen();
+  EXPECT_EQ(requests(), 4);
+
+  platform_.networkMonitor.updated();
+  host_.window.reset();
+  EXPECT_FALSE(platform_.networkMonitor.updated) << "the monitor is cancelled";
+  platform_.wakeNotices.systemDidWake.emit();
+  platform_.statusItem.menu->willOpen();
+  activate("Open Brevanholt");
+  host_.delegate.reset();
+  platform_.notificationCenter.opened();
+  EXPECT_EQ(requests(), 0);
+}
+
+TEST_F(AppDelegateTest, TakesAStateOfTheShellForWhatItMakesSenseOf) {
   const Map active{{"title", "Sending"},
                    {"item", "a"},
                    {"stateKey", "sending"},
-                   {"progress", 0.5},
                    {"progressLabel", "12 of 24 MB"}};
-  const auto update = [this](const Map& state) {
-    EXPECT_EQ(platform_.call("updateDesktopShell", state), Reply(Value()));
+  const auto shownAfter = [this](const Map& state) {
+    EXPECT_EQ(call("updateDesktopShell", state), Reply(Value()));
     return platform_.statusItem.toolTip + ", " +
            std::to_string(platform_.statusItem.menu->items().size()) + " items";
   };
-  EXPECT_EQ(update({{"activeTransfer", active}}), "Brevanholt — 12 of 24 MB, 7 items");
-  EXPECT_EQ(update({{"activeTransfer", active}, {"recentTransfers", List{active}}}),
+  EXPECT_EQ(shownAfter({{"activeTransfer", active}, {"recentTransfers", List{active}}}),
             "Brevanholt — 12 of 24 MB, 10 items");
-  EXPECT_EQ(update({{"activeTransfer", Map{{"title", "x"}}}}), "Brevanholt, 7 items");
-  EXPECT_EQ(update({{"activeTransfer", {}}, {"recentTransfers", "none"}, {"visible", "no"}}),
+  for (const char* key : {"title", "item", "stateKey", "progressLabel"}) {
+    Map mistyped = active;
+    mistyped.add(key, 1.0);
+    EXPECT_EQ(shownAfter({{"activeTransfer", mistyped}}), "Brevanholt, 7 items") << key;
+  }
+  EXPECT_EQ(shownAfter({{"activeTransfer", Map{}}, {"recentTransfers", "none"}, {"visible", "no"}}),
             "Brevanholt, 7 items");
-}
-
-TEST_F(AppDelegateTest, DrawsItsIconFromTheLogoOrWhatThereIs) {
-  const auto logo = platform_.home /
-                    "Frameworks/App.framework/Resources/flutter_assets/assets/images/"
-                    "brevanholt_logo.png";
-  platform_.images.pictures.insert(logo);
-  launch();
-  const Image& icon = platform_.statusItem.image;
-  EXPECT_EQ(icon.width, 22);
-  EXPECT_EQ(icon.height, 18);
-  EXPECT_TRUE(icon.isTemplate);
-  EXPECT_EQ(icon.alignment, (Rectangle{.x = -3, .y = -2, .width = 22, .height = 18}));
-  const auto& drawing = std::get<Image::PictureDrawing>(icon.content);
-  EXPECT_EQ(drawing.picture, logo);
-  EXPECT_EQ(drawing.source, (Rectangle{.x = 68, .y = 110, .width = 376, .height = 292}));
-  EXPECT_NEAR(drawing.destination.x, 0, 1e-9);
-  EXPECT_NEAR(drawing.destination.y, 0.457, 0.001);
-  EXPECT_NEAR(drawing.destination.width, 22, 1e-9);
-  EXPECT_NEAR(drawing.destination.height, 17.085, 0.001);
-
-  platform_.images.pictures.clear();
-  launch();
-  EXPECT_TRUE(std::holds_alternative<Image::ApplicationIcon>(platform_.statusItem.image.content));
-  platform_.images.applicationIcon = false;
-  launch();
-  EXPECT_TRUE(std::holds_alternative<Image::Nothing>(platform_.statusItem.image.content));
-  EXPECT_TRUE(platform_.statusItem.image.isTemplate);
 }
 
 }  // namespace

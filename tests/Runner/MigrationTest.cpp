@@ -1,10 +1,5 @@
-#include "Runner/MainFlutterWindow/MainFlutterWindow.h"
-#include "tests/fakes/FakePlatform.h"
-#include "tests/support/CapturedLog.h"
-#include "tests/support/PrintValue.h"
+#include "tests/Runner/HostTest.h"
 #include "tests/support/SmallDisk.h"
-
-#include <gtest/gtest.h>
 
 #include <map>
 
@@ -13,22 +8,20 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace platform;
+using Files = std::map<std::string, std::string>;
 
 // The content of every file below a folder, by its path from there.
-std::map<std::string, std::string> filesIn(const fs::path& folder) {
-  std::map<std::string, std::string> files;
+Files filesIn(const fs::path& folder) {
+  Files files;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     if (entry.is_regular_file()) files[entry.path().lexically_relative(folder)] = readFile(entry);
   }
   return files;
 }
 
-class MigrationTest : public testing::Test {
+class MigrationTest : public HostTest {
  protected:
-  MigrationTest() {
-    fs::create_directories(received());
-    platform_.folders.workingDirectory = "/home/ada";
-  }
+  void SetUp() override { platform_.folders.workingDirectory = "/home/ada"; }
 
   // Below the receive folder.
   [[nodiscard]] fs::path received(std::string_view name = "") const {
@@ -38,25 +31,21 @@ class MigrationTest : public testing::Test {
     fs::create_directories(received(name).parent_path());
     writeFile(received(name), content);
   }
-  // Every preparation of the receive folder migrates; this is the first.
+  // Every run prepares the receive folder, and each preparation migrates.
   void prepare() {
-    window_ = std::make_shared<MainFlutterWindow>(platform_.services(), nullptr);
-    window_->awakeFromNib();
-    EXPECT_EQ(platform_.call("prepareReceiveLocation"), Reply(Value(true)));
+    host_.restart();
+    EXPECT_EQ(call("prepareReceiveLocation"), Reply(Value(true)));
   }
   // Prepares, and expects that this changes nothing.
-  void expectUntouched() {
-    const auto before = filesIn(platform_.home.path());
+  void expectUntouched(const char* why) {
+    SCOPED_TRACE(why);
+    const Files before = filesIn(platform_.home.path());
     prepare();
     EXPECT_EQ(filesIn(platform_.home.path()), before);
   }
-
-  CapturedLog log_;
-  FakePlatform platform_;
-  std::shared_ptr<MainFlutterWindow> window_;
 };
 
-TEST_F(MigrationTest, MovesItemsUpBesideWhatIsThere) {
+TEST_F(MigrationTest, MovesItemsUpBesideWhatIsThereAndLeavesWhatCannotBeMoved) {
   put("a.txt", "here");
   put("home/ada/a.txt", "legacy");
   put("home/ada/.hidden", "hidden");
@@ -67,66 +56,58 @@ TEST_F(MigrationTest, MovesItemsUpBesideWhatIsThere) {
 
   prepare();
 
-  EXPECT_EQ(filesIn(received()),
-            (std::map<std::string, std::string>{{"a.txt", "here"},
-                                                {"a (1).txt", "legacy"},
-                                                {".hidden", "hidden"},
-                                                {"photos/2024/b.jpg", "deep"},
-                                                {"home (1)/c", "named as the way there"}}));
+  EXPECT_EQ(filesIn(received()), (Files{{"a.txt", "here"},
+                                        {"a (1).txt", "legacy"},
+                                        {".hidden", "hidden"},
+                                        {"photos/2024/b.jpg", "deep"},
+                                        {"home (1)/c", "named as the way there"}}));
   EXPECT_EQ(fs::read_symlink(received("link")), "/nowhere");
   EXPECT_FALSE(fs::exists(received("home")));
-}
 
-TEST_F(MigrationTest, RunsWithEveryPreparation) {
+  // With a suffix this name would be too long for its folder's entry.
+  const std::string longName(254, 'n');
+  put(longName, "here");
+  put("home/ada/" + longName, "legacy");
+  put("home/ada/b", "moved all the same");
   prepare();
-  put("home/ada/1", "one");
-  platform_.call("prepareReceiveLocation");
-  put("home/ada/2", "two");
-  platform_.call("openReceiveFolder");
-  fs::create_directories(platform_.folders.downloads / "Inbox/home/ada/3");
-  platform_.call("setReceiveFolderName", Map{{"name", "Inbox"}});
-
-  EXPECT_EQ(filesIn(received()), (std::map<std::string, std::string>{{"1", "one"}, {"2", "two"}}));
-  EXPECT_TRUE(fs::exists(platform_.folders.downloads / "Inbox/3"));
+  EXPECT_EQ(readFile(received(longName)), "here");
+  EXPECT_EQ(readFile(received("home/ada/" + longName)), "legacy");
+  EXPECT_EQ(readFile(received("b")), "moved all the same");
 }
 
 TEST_F(MigrationTest, PrunesOnlyWhatIsEmpty) {
   put("home/ada/.DS_Store", "settings");
   put("home/.DS_Store", "settings");
   prepare();
-  EXPECT_TRUE(fs::is_directory(received()));
   EXPECT_EQ(entryCount(received()), 0);
 
   put("home/ada/a", "a");
   put("home/bob", "stays");
   prepare();
-  EXPECT_EQ(filesIn(received()),
-            (std::map<std::string, std::string>{{"a", "a"}, {"home/bob", "stays"}}));
+  EXPECT_EQ(filesIn(received()), (Files{{"a", "a"}, {"home/bob", "stays"}}));
   EXPECT_FALSE(fs::exists(received("home/ada")));
 
   put("home/ada/.DS_Store/inside", "no settings");
-  expectUntouched();
+  expectUntouched("what only has the settings' name");
 }
 
-TEST_F(MigrationTest, LeavesEverythingAtTheRoot) {
+TEST_F(MigrationTest, LeavesWhatNoEarlierBuildMade) {
+  put("home/ada", "a file");
+  expectUntouched("no folder");
+  fs::remove(received("home/ada"));
+
   put("home/ada/a", "a");
   for (const char* root : {"/", "//", ""}) {
     platform_.folders.workingDirectory = root;
-    expectUntouched();
+    expectUntouched("started at the root");
   }
-}
-
-TEST_F(MigrationTest, LeavesTheWorkingDirectoryItselfAlone) {
-  put("here/a", "a");
-  platform_.folders.workingDirectory = received("here");
-  expectUntouched();
-  platform_.folders.workingDirectory = received();
-  expectUntouched();
-
-  platform_.folders.workingDirectory = received("here");
-  put(received("here/b").relative_path().string(), "b");
+  for (const char* started : {"", "home"}) {
+    platform_.folders.workingDirectory = received(started);
+    expectUntouched("started in the receive folder");
+  }
+  put(received("home/b").relative_path().string(), "b");
   prepare();
-  EXPECT_EQ(filesIn(received()), (std::map<std::string, std::string>{{"here/a", "a"}, {"b", "b"}}));
+  EXPECT_EQ(filesIn(received()), (Files{{"home/ada/a", "a"}, {"b", "b"}}));
 }
 
 TEST_F(MigrationTest, TakesNothingFromBehindALink) {
@@ -134,64 +115,30 @@ TEST_F(MigrationTest, TakesNothingFromBehindALink) {
   writeFile(platform_.home / "elsewhere/ada/a", "not ours");
   put("Sorted/ada/b", "sorted by the user");
 
-  fs::create_directory_symlink(platform_.home / "elsewhere", received("home"));
-  expectUntouched();
-  fs::remove(received("home"));
-  fs::create_directory_symlink("Sorted", received("home"));
-  expectUntouched();
-  fs::remove(received("home"));
+  for (const fs::path& target : {fs::path(platform_.home / "elsewhere"), fs::path("Sorted")}) {
+    fs::create_directory_symlink(target, received("home"));
+    expectUntouched(target.c_str());
+    fs::remove(received("home"));
+  }
   fs::create_directory(received("home"));
   fs::create_directory_symlink(platform_.home / "elsewhere/ada", received("home/ada"));
-  expectUntouched();
-
+  expectUntouched("a link at the end of the way");
   platform_.folders.workingDirectory = "/../../elsewhere/ada";
-  expectUntouched();
+  expectUntouched("a way out");
 }
 
-TEST_F(MigrationTest, FollowsALinkToTheReceiveFolder) {
-  fs::remove(received());
-  fs::create_directories(platform_.home / "disk");
-  fs::create_directory_symlink(platform_.home / "disk", platform_.folders.downloads / "Brevanholt");
-  put("home/ada/a", "a");
-  prepare();
-  EXPECT_EQ(filesIn(platform_.home / "disk"), (std::map<std::string, std::string>{{"a", "a"}}));
-  EXPECT_TRUE(fs::is_symlink(platform_.folders.downloads / "Brevanholt"));
-}
-
-TEST_F(MigrationTest, IsNotStoppedByWhatIsNoFolder) {
-  put("home/ada", "a file");
-  expectUntouched();
-}
-
-TEST_F(MigrationTest, LeavesItemsThatCannotBeMovedAndMovesTheOthers) {
-  // With a suffix this name would be too long for its folder's entry.
-  const std::string longName(254, 'n');
-  put(longName, "here");
-  put("home/ada/" + longName, "legacy");
-  put("home/ada/a", "a");
-  prepare();
-  EXPECT_EQ(filesIn(received()),
-            (std::map<std::string, std::string>{
-                {longName, "here"}, {"home/ada/" + longName, "legacy"}, {"a", "a"}}));
-}
-
-TEST_F(MigrationTest, LeavesAReadOnlyFolderAsItIs) {
-  SmallDisk disk;
-  BREVANHOLT_NEEDS(disk);
-  platform_.folders.downloads = disk.path();
-  put("home/ada/a", "a");
-  disk.makeReadOnly();
-  prepare();
-  EXPECT_EQ(filesIn(received()), (std::map<std::string, std::string>{{"home/ada/a", "a"}}));
-}
-
-TEST_F(MigrationTest, LeavesItemsOnAnotherFileSystemWhereTheyAre) {
+TEST_F(MigrationTest, LeavesItemsOnAnotherFileSystemAndInAReadOnlyFolder) {
   SmallDisk disk("1m", received());
   BREVANHOLT_NEEDS(disk);
   writeFile(disk.path() / "a", "a");
   platform_.folders.workingDirectory = "/" + disk.path().filename().string();
-  expectUntouched();
-  EXPECT_EQ(readFile(disk.path() / "a"), "a");
+  expectUntouched("another file system");
+
+  platform_.folders.workingDirectory = "/home/ada";
+  platform_.folders.downloads = disk.path();
+  put("home/ada/b", "b");
+  disk.makeReadOnly();
+  expectUntouched("read only");
 }
 
 }  // namespace

@@ -13,9 +13,8 @@ namespace brevanholt::platform {
 // A UI that listens on every channel, remembers what it was sent, and makes calls.
 class FakeBinaryMessenger final : public BinaryMessenger {
  public:
-  void send(const std::string& channel, Message message) override {
+  void send(const std::string& /*channel*/, Message message) override {
     events.push_back(StandardMethodCodec::decodeMethodCall(message.joined()));
-    channels.push_back(channel);
   }
   void setMessageHandler(const std::string& channel, Handler handler) override {
     handlers_[channel] = std::move(handler);
@@ -41,7 +40,6 @@ class FakeBinaryMessenger final : public BinaryMessenger {
   }
 
   std::vector<MethodCall> events;
-  std::vector<std::string> channels;
 
  private:
   std::map<std::string, Handler> handlers_;

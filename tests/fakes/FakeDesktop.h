@@ -1,77 +1,89 @@
 #pragma once
 
-#include "platform/desktop/Application.h"
-#include "platform/desktop/Image.h"
-#include "platform/desktop/Pasteboard.h"
-#include "platform/desktop/Screen.h"
-#include "platform/desktop/StatusItem.h"
-#include "platform/desktop/Window.h"
-#include "platform/desktop/Workspace.h"
-#include "platform/engine/UiEngine.h"
-#include "platform/services/HostName.h"
+#include "platform/Services.h"
 #include "tests/fakes/FakeBinaryMessenger.h"
 
-#include <optional>
-#include <set>
-#include <string>
-#include <vector>
+#include <deque>
+#include <utility>
 
 namespace brevanholt::platform {
 
 struct FakeApplication final : Application {
   void setActivationPolicy(ActivationPolicy newPolicy) override { policy = newPolicy; }
-  void activate() override { ++activations; }
-  void deactivate() override { ++deactivations; }
+  void activate() override {}
+  void deactivate() override {}
   void terminate() override { isTerminated = true; }
 
   ActivationPolicy policy = ActivationPolicy::kRegular;
-  int activations = 0;
-  int deactivations = 0;
   bool isTerminated = false;
 };
 
 struct FakeWindow final : Window {
   void setDelegate(WindowDelegate* newDelegate) override { delegate = newDelegate; }
-  [[nodiscard]] Frame frame() const override { return current; }
-  void setFrame(Frame frame) override { current = frame; }
-  void setContentView(NativeView& view) override { content = &view; }
+  [[nodiscard]] Frame frame() const override { return {}; }
+  void setFrame(Frame /*frame*/) override {}
+  void setContentView(NativeView& /*view*/) override {}
   [[nodiscard]] bool isVisible() const override { return visible; }
   void makeKeyAndOrderFront() override {
     visible = true;
     ++presentations;
   }
   void orderOut() override { visible = false; }
-  void close() override { isClosed = true; }
+  void close() override { visible = false; }
 
   WindowDelegate* delegate = nullptr;
-  Frame current{.width = 800, .height = 600};
-  NativeView* content = nullptr;
   bool visible = false;
-  bool isClosed = false;
   int presentations = 0;
 };
 
 struct FakeEngine final : UiEngine {
   [[nodiscard]] NativeView& view() override { return nativeView; }
   [[nodiscard]] BinaryMessenger& binaryMessenger() override { return messenger; }
-  void setRunsWhileHidden(bool runs) override { runsWhileHidden = runs; }
+  void setRunsWhileHidden(bool /*runs*/) override {}
 
   NativeView nativeView;
   FakeBinaryMessenger messenger;
-  bool runsWhileHidden = false;
 };
 
-struct FakePasteboard final : Pasteboard {
-  bool setText(const std::string& newText) override {
-    if (!refuses) text = newText;
-    return !refuses;
+// A view over which the test drags.
+struct FakeDropContainer final : DropContainer {
+  [[nodiscard]] NativeView& view() override { return nativeView; }
+  void addSubview(NativeView& /*view*/) override {}
+  void registerForDraggedFiles(DragDestination* newDestination) override {
+    destination = newDestination;
   }
 
-  std::string text;
-  bool refuses = false;
+  NativeView nativeView;
+  DragDestination* destination = nullptr;
 };
 
-struct FakeWorkspace final : Workspace {
+// Panels that stay open until the test answers them, oldest first.
+struct FakeOpenPanel final : OpenPanel {
+  void choose(Choice /*choice*/, Callback callback) override {
+    open.push_back(std::move(callback));
+  }
+  void answer(Locations chosen) {
+    Callback callback = std::move(open.front());
+    open.pop_front();
+    callback(std::move(chosen));
+  }
+
+  std::deque<Callback> open;
+};
+
+struct FakeStatusItem final : StatusItem {
+  void setImage(const Image& /*image*/) override {}
+  void setToolTip(const std::string& text) override { toolTip = text; }
+  void setAccessibilityLabel(const std::string& /*text*/) override {}
+  void setMenu(const Menu& newMenu) override { menu = &newMenu; }
+
+  std::string toolTip;
+  const Menu* menu = nullptr;
+};
+
+// What else of a desktop the application uses. It may refuse to open anything, and to be pasted to.
+struct FakeDesktop final : Pasteboard, Workspace, Images, Screen, HostName {
+  bool setText(const std::string& /*text*/) override { return !refuses; }
   void openUrl(const std::string& url, Callback callback) override {
     opened.push_back(url);
     if (refuses) return callback(PlatformError("no program for it"));
@@ -80,45 +92,16 @@ struct FakeWorkspace final : Workspace {
   void openFile(const std::filesystem::path& path, Callback callback) override {
     openUrl(path.string(), std::move(callback));
   }
-  void reveal(const std::filesystem::path& path) override { revealed.push_back(path); }
+  void reveal(const std::filesystem::path& /*path*/) override {}
+  [[nodiscard]] bool isPicture(const std::filesystem::path& /*file*/) const override {
+    return false;
+  }
+  [[nodiscard]] bool hasApplicationIcon() const override { return true; }
+  [[nodiscard]] std::optional<double> mainScaleFactor() const override { return 1.0; }
+  void localizedName(UniqueFunction<void(std::string)> callback) override { callback("Ada’s"); }
 
   std::vector<std::string> opened;
-  std::vector<std::string> revealed;
   bool refuses = false;
-};
-
-struct FakeStatusItem final : StatusItem {
-  void setImage(const Image& newImage) override { image = newImage; }
-  void setToolTip(const std::string& text) override { toolTip = text; }
-  void setAccessibilityLabel(const std::string& text) override { accessibilityLabel = text; }
-  void setMenu(const Menu& newMenu) override { menu = &newMenu; }
-
-  Image image;
-  std::string toolTip;
-  std::string accessibilityLabel;
-  const Menu* menu = nullptr;
-};
-
-struct FakeImages final : Images {
-  [[nodiscard]] bool isPicture(const std::filesystem::path& path) const override {
-    return pictures.contains(path);
-  }
-  [[nodiscard]] bool hasApplicationIcon() const override { return applicationIcon; }
-
-  std::set<std::filesystem::path> pictures;
-  bool applicationIcon = true;
-};
-
-struct FakeScreen final : Screen {
-  [[nodiscard]] std::optional<double> mainScaleFactor() const override { return scale; }
-
-  std::optional<double> scale = 1.0;
-};
-
-struct FakeHostName final : HostName {
-  void localizedName(UniqueFunction<void(std::string)> callback) override { callback(name); }
-
-  std::string name = "Ada’s computer";
 };
 
 }  // namespace brevanholt::platform

@@ -21,28 +21,25 @@ class FakeMainQueue final : public MainQueue {
 
   // Runs what is posted until `done` holds; false when that takes over ten seconds.
   bool runUntil(const std::function<bool()>& done) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto deadline = Clock::now() + std::chrono::seconds(10);
     while (!done()) {
-      std::unique_lock lock(mutex_);
-      if (!changed_.wait_until(lock, deadline, [this] { return !tasks_.empty(); })) return false;
-      Task task = std::move(tasks_.front());
-      tasks_.pop_front();
-      lock.unlock();
-      task();
+      if (!runOne(deadline)) return false;
     }
     return true;
   }
 
   // Runs what is posted now, and what that posts.
   void drain() {
-    while (runOne()) {
+    while (runOne(Clock::now())) {
     }
   }
 
  private:
-  bool runOne() {
+  using Clock = std::chrono::steady_clock;
+
+  bool runOne(Clock::time_point deadline) {
     std::unique_lock lock(mutex_);
-    if (tasks_.empty()) return false;
+    if (!changed_.wait_until(lock, deadline, [this] { return !tasks_.empty(); })) return false;
     Task task = std::move(tasks_.front());
     tasks_.pop_front();
     lock.unlock();

@@ -1,11 +1,7 @@
 #pragma once
 
-#include "platform/Services.h"
 #include "tests/fakes/FakeDesktop.h"
-#include "tests/fakes/FakeIntake.h"
 #include "tests/fakes/FakeMainQueue.h"
-#include "tests/fakes/FakePreviews.h"
-#include "tests/fakes/FakeProcessActivities.h"
 #include "tests/fakes/FakeServices.h"
 #include "tests/fakes/FakeUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
@@ -22,12 +18,12 @@ struct FakePlatform {
             .utilityQueue = utilityQueue,
             .dropContainer = dropContainer,
             .openPanel = openPanel,
-            .pasteboard = pasteboard,
-            .workspace = workspace,
-            .hostName = hostName,
+            .pasteboard = desktop,
+            .workspace = desktop,
+            .hostName = desktop,
             .statusItem = statusItem,
-            .images = images,
-            .screen = screen,
+            .images = desktop,
+            .screen = desktop,
             .imagePreviewer = imagePreviewer,
             .thumbnailer = thumbnailer,
             .processActivities = processActivities,
@@ -58,12 +54,8 @@ struct FakePlatform {
   FakeMainQueue mainQueue;
   FakeDropContainer dropContainer;
   FakeOpenPanel openPanel;
-  FakePasteboard pasteboard;
-  FakeWorkspace workspace;
-  FakeHostName hostName;
   FakeStatusItem statusItem;
-  FakeImages images;
-  FakeScreen screen;
+  FakeDesktop desktop;
   FakeImagePreviewer imagePreviewer;
   FakeThumbnailer thumbnailer;
   FakeProcessActivities processActivities;
@@ -78,8 +70,7 @@ struct FakePlatform {
                        .applicationSupport = home / "data",
                        .configuration = home / "config",
                        .workingDirectory = "/"};
-  BundleInfo bundleInfo{
-      .shortVersion = "1.2.3", .buildNumber = "45", .privateFrameworks = home / "Frameworks"};
+  BundleInfo bundleInfo;
   bool isLoginItemLaunch = false;
   DispatchQueue utilityQueue{"utility", QueuePriority::kUtility};
 };

@@ -26,24 +26,22 @@ class FakeUserDefaults final : public UserDefaults {
   bool refusesSetting = false;
 
  private:
-  using Stored = std::variant<Bytes, StringDictionary>;
-
   template <class T>
   std::optional<T> find(const std::string& key) const {
     const std::lock_guard lock(mutex_);
     if (refusesReading) throw PlatformError("the defaults cannot be read");
     const auto found = values_.find(key);
-    const auto* value = found != values_.end() ? std::get_if<T>(&found->second) : nullptr;
-    return value != nullptr ? std::optional(*value) : std::nullopt;
+    if (found == values_.end() || !std::holds_alternative<T>(found->second)) return std::nullopt;
+    return std::get<T>(found->second);
   }
-  void set(const std::string& key, Stored value) {
+  void set(const std::string& key, const std::variant<Bytes, StringDictionary>& value) {
     const std::lock_guard lock(mutex_);
     if (refusesSetting) throw PlatformError("the defaults cannot be kept");
-    values_[key] = std::move(value);
+    values_[key] = value;
   }
 
   mutable std::mutex mutex_;
-  std::map<std::string, Stored> values_;
+  std::map<std::string, std::variant<Bytes, StringDictionary>> values_;
 };
 
 }  // namespace brevanholt::platform
