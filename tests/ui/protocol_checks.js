@@ -58,6 +58,35 @@ async function outcomeOf(meddle) {
 const memory = () => ({ load: async () => null, save: async () => {} });
 
 export const protocolChecks = {
+  async thePagesOwnCryptographyAgreesWithTheHosts() {
+    const curve = { name: 'ECDH', namedCurve: 'P-256' };
+    const { subtle } = crypto;
+    const peer = await subtle.generateKey(curve, false, ['deriveBits']);
+    const theirs = new Uint8Array(await subtle.exportKey('raw', peer.publicKey));
+    const key = await platform.cryptoDeriveSharedKey(theirs);
+    const ours = await subtle.importKey('raw', await platform.cryptoCreateIdentity(), curve, true, []);
+    const secret = await subtle.deriveBits({ ...curve, public: ours }, peer.privateKey, 256);
+    const material = await subtle.importKey('raw', secret, 'HKDF', false, ['deriveKey']);
+    const peerCipher = await subtle.deriveKey(
+      { name: 'HKDF', hash: 'SHA-256', salt: utf8('Brevanholt-v1'), info: new Uint8Array() },
+      material, { name: 'AES-GCM', length: 256 }, false, ['encrypt', 'decrypt']);
+
+    const data = utf8('naïve 🎈');
+    const sealed = await platform.cryptoEncrypt(key, data);
+    const opened = await subtle.decrypt(
+      { name: 'AES-GCM', iv: sealed.slice(0, 12) }, peerCipher, sealed.slice(12));
+    equal(hex(new Uint8Array(opened)), hex(data));
+    const iv = randomBytes(12);
+    const answered = await subtle.encrypt({ name: 'AES-GCM', iv }, peerCipher, data);
+    const whole = new Uint8Array([...iv, ...new Uint8Array(answered)]);
+    equal(hex(await platform.cryptoDecrypt(key, whole)), hex(data));
+    whole[20] ^= 1;
+    for (const call of [platform.cryptoDecrypt(key, whole), platform.cryptoDecrypt(key, iv),
+      platform.cryptoEncrypt(iv.slice(5), data), platform.cryptoDeriveSharedKey(randomBytes(65))]) {
+      equal(await failure(call), 'platform_error');
+    }
+  },
+
   announcementsCarryADeviceAndNothingElse() {
     const here = { kind: 'here', ...BOB, port: 4711 };
     equal(hex(decodeAnnouncement(encodeAnnouncement(here)).key), hex(BOB.key));
