@@ -93,7 +93,34 @@ def share_once():
         shutil.rmtree(folder)
 
 
+def wake_ups(process):
+    """How often the main thread of a process has waited for something and gone on."""
+    status = pathlib.Path(f"/proc/{process}/task/{process}/status").read_text()
+    return int(next(line.split()[1] for line in status.splitlines()
+                    if line.startswith("voluntary_ctxt_switches")))
+
+
+def idle_once():
+    folder = tempfile.mkdtemp(dir="/dev/shm")
+    program = host.Host(scenario="timings", arguments=[f"folder={folder}"],
+                        more_bundle=SOURCE / "bench/bundle")
+    try:
+        program.report()
+        for where in ("in the window", "in the background"):
+            time.sleep(5)  # what was going on ends
+            before = wake_ups(program.process.pid)
+            time.sleep(10)
+            yield f"wake-ups in 10 idle s {where}", wake_ups(program.process.pid) - before
+            if host.visible_window():
+                host.hide_window()
+    finally:
+        program.stop()
+        shutil.rmtree(folder)
+
+
 def main():
+    for name, value in idle_once():
+        print(f"{name:43} {value:10}")
     runs = [{**run_once(), **share_once()} for _ in range(RUNS)]
     for name in runs[0]:
         values = [run[name] for run in runs]
