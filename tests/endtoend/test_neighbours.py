@@ -225,8 +225,8 @@ class NeighboursTest(unittest.TestCase):
         secret.write_text("for bob alone " * 100)
         tap = Wiretap(self.network, "bob", anna.folder / "recorded")
         self.send(anna, bob, secret)
-        anna.sees("secret.txt")
-        wait_until((bob.received / "secret.txt").exists, "the file")
+        anna.sees("secret.txt Sent to bob")
+        bob.sees("secret.txt Received from anna")
         (_address, port), said = next(
             one for one in tap.close() if one[1][4:].startswith(b'{"brevanholt":[1]'))
         self.assertNotIn(b"for bob alone", said)
