@@ -73,10 +73,10 @@ TrayPixmap drawn(const Image& image, const std::string& applicationIcon, const R
   // them big-endian and straight.
   TrayPixmap pixmap{.width = size, .height = size, .pixels = {}};
   for (int y = 0; y < size; ++y) {
-    const unsigned char* row = surface->get_data() + y * surface->get_stride();
+    const unsigned char* row = surface->get_data() + std::ptrdiff_t{y} * surface->get_stride();
     for (int x = 0; x < size; ++x) {
       std::uint32_t word = 0;
-      std::memcpy(&word, row + x * 4, sizeof(word));
+      std::memcpy(&word, row + std::ptrdiff_t{x} * 4, sizeof(word));
       const std::uint32_t alpha = word >> 24U;
       const auto straight = [alpha](std::uint32_t channel) {
         return static_cast<std::uint8_t>(alpha == 0 ? 0 : std::min(255U, channel * 255U / alpha));

@@ -13,7 +13,7 @@ class IdentityTest : public HostTest {
   // The public key as it is in the next run.
   Reply publicKeyAfterRestart() {
     host_.restart();
-    const Reply reply = call("cryptoCreateIdentity");
+    Reply reply = call("cryptoCreateIdentity");
     EXPECT_EQ(std::get<Value>(reply).getIf<Bytes>()->size(), 65U);
     return reply;
   }

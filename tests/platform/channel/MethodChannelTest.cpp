@@ -14,18 +14,6 @@ class MethodChannelTest : public testing::Test {
   MethodChannel channel_{"test", messenger_};
 };
 
-TEST_F(MethodChannelTest, HandsCallsToTheHandlerAndItsReplyBack) {
-  channel_.setMethodCallHandler([](const MethodCall& call, MethodResult result) {
-    if (call.method == "echo") return std::move(result).success(call.arguments);
-    if (call.method == "fail") return std::move(result).error({"code", "why", {}});
-    std::move(result).notImplemented();
-  });
-
-  EXPECT_EQ(*messenger_.call("test", "echo", "hello"), Reply(Value("hello")));
-  EXPECT_EQ(*messenger_.call("test", "fail"), Reply(MethodError{"code", "why", {}}));
-  EXPECT_EQ(*messenger_.call("test", "other"), Reply(NotImplemented{}));
-}
-
 TEST_F(MethodChannelTest, AnswersWhatIsNoMethodCallWithoutAskingTheHandler) {
   bool asked = false;
   channel_.setMethodCallHandler([&asked](const MethodCall&, const MethodResult&) { asked = true; });
@@ -35,21 +23,6 @@ TEST_F(MethodChannelTest, AnswersWhatIsNoMethodCallWithoutAskingTheHandler) {
   ASSERT_TRUE(reply->has_value());
   EXPECT_EQ(std::get<MethodError>(**reply).code, "malformed_message");
   EXPECT_FALSE(asked);
-}
-
-TEST_F(MethodChannelTest, LetsReplyComeLater) {
-  std::vector<MethodResult> owed;
-  channel_.setMethodCallHandler(
-      [&owed](const MethodCall&, MethodResult result) { owed.push_back(std::move(result)); });
-
-  const auto first = messenger_.call("test", "a");
-  const auto second = messenger_.call("test", "b");
-  EXPECT_FALSE(first->has_value());
-  std::move(owed[1]).success("late");
-
-  EXPECT_FALSE(first->has_value());
-  EXPECT_EQ(*second, Reply(Value("late")));
-  std::move(owed[0]).success();
 }
 
 TEST_F(MethodChannelTest, AnswersADroppedCallOnceAndSaysSo) {

@@ -234,23 +234,5 @@ TEST(StandardMethodCodecTest, RepairsStringsThatAreNotUtf8WhenEncoding) {
   EXPECT_EQ(Codec::decodeMessage(encoded(value)), Value("a\xEF\xBF\xBDz"));
 }
 
-TEST(MapTest, AnswersWithTheLaterOfTwoValuesAndOnlyForStringKeys) {
-  Map map{{"a", 1.0}, {"a", 2.0}};
-  map.add(std::int32_t{5}, true);
-  ASSERT_NE(map.find("a"), nullptr);
-  EXPECT_EQ(*map.find("a"), Value(2.0));
-  EXPECT_EQ(map.find("5"), nullptr);
-  EXPECT_EQ(map.size(), 3U);
-}
-
-TEST(ValueTest, TellsNumbersApart) {
-  EXPECT_EQ(Value(std::int32_t{-3}).integer(), -3);
-  EXPECT_EQ(Value(std::int64_t{1} << 40).integer(), std::int64_t{1} << 40);
-  EXPECT_EQ(Value(3.0).integer(), std::nullopt);
-  EXPECT_EQ(Value(true).number(), std::nullopt);
-  EXPECT_EQ(Value(std::int32_t{1}).number(), 1.0);
-  EXPECT_EQ(Value("0.5").number(), std::nullopt);
-}
-
 }  // namespace
 }  // namespace brevanholt::platform

@@ -67,12 +67,5 @@ TEST_F(SecretBytesTest, AreWipedAsSharedBytesToo) {
   EXPECT_EQ(content_, Octets(kWatchedSize, 0));
 }
 
-TEST_F(SecretBytesTest, AreComparedByContent) {
-  EXPECT_TRUE(SecretBytes(Octets{1, 2, 3}) == SecretBytes(Octets{1, 2, 3}));
-  EXPECT_FALSE(SecretBytes(Octets{1, 2, 3}) == SecretBytes(Octets{1, 2, 4}));
-  EXPECT_FALSE(SecretBytes(Octets{1, 2, 3}) == SecretBytes(Octets{1, 2}));
-  EXPECT_TRUE(SecretBytes(Octets{}) == SecretBytes(0));
-}
-
 }  // namespace
 }  // namespace brevanholt::platform

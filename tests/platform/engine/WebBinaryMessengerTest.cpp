@@ -162,19 +162,5 @@ TEST_F(WebBinaryMessengerTest, EndsALinkThatSendsNoFrames) {
   EXPECT_EQ(log_.count(LogLevel::kWarning, "no frame"), 1);
 }
 
-TEST(LinkFrameTest, AlignsMessagesAndRefusesNamesThatAreNotThere) {
-  const Bytes frame = LinkFrame::encode(Kind::kMessage, "engine/files", 7, text("m")).joined();
-  std::uint32_t size = 0;
-  std::memcpy(&size, frame.data(), sizeof(size));
-  ASSERT_EQ(size, frame.size() - 4);
-  const auto parsed = LinkFrame::parse(frame.slice(4, size));
-  ASSERT_TRUE(parsed);
-  EXPECT_EQ(parsed->channel, "engine/files");
-  EXPECT_EQ((parsed->message.data() - frame.data() - 4) % 8, 0);
-
-  EXPECT_FALSE(LinkFrame::parse(Bytes(std::vector<std::uint8_t>{0, 200, 0, 0, 0, 0, 0, 0, 'x'})));
-  EXPECT_FALSE(LinkFrame::parse(Bytes(std::vector<std::uint8_t>{9, 0, 0, 0, 0, 0, 0, 0})));
-}
-
 }  // namespace
 }  // namespace brevanholt::platform

@@ -27,18 +27,5 @@ TEST(DispatchQueueTest, RunsTasksInOrderOnOneOtherThread) {
   EXPECT_NE(thread, std::this_thread::get_id());
 }
 
-TEST(DispatchQueueTest, SyncWaitsBehindWhatIsQueuedAndPassesErrorsOn) {
-  DispatchQueue queue("queue", QueuePriority::kUtility);
-  int value = 0;
-  queue.async([&value] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    value = 1;
-  });
-  int seen = 0;
-  queue.sync([&] { seen = value; });
-  EXPECT_EQ(seen, 1);
-  EXPECT_THROW(queue.sync([] { throw std::runtime_error("no"); }), std::runtime_error);
-}
-
 }  // namespace
 }  // namespace brevanholt::platform

@@ -17,7 +17,7 @@ class AutostartLoginItemTest : public testing::Test {
   // A program that leaves its arguments beside itself.
   fs::path makeProgram(const std::string& folder) {
     fs::create_directories(home_ / folder);
-    const fs::path program = home_ / folder / "brevanholt";
+    fs::path program = home_ / folder / "brevanholt";
     writeFile(program, "#!/bin/sh\nprintf '%s|' \"$@\" >\"$0.started\"\n");
     fs::permissions(program, fs::perms::owner_all);
     return program;
@@ -49,11 +49,6 @@ TEST_F(AutostartLoginItemTest, IsStartedByTheDesktopFromAnyFolder) {
     EXPECT_TRUE(spinUntil([&started] { return readFile(started) == "--login-item|"; }))
         << readFile(file_);
   }
-}
-
-TEST_F(AutostartLoginItemTest, QuotesByTheDesktopEntrySpecification) {
-  EXPECT_EQ(desktopEntryCommand("/a b/c\"d`e$f\\g", "--x"), R"("/a b/c\"d\`e\$f\\g" --x)");
-  EXPECT_EQ(desktopEntryCommand("/50%/p", "--x"), R"(/usr/bin/env "/50%%/p" --x)");
 }
 
 TEST_F(AutostartLoginItemTest, TellsWhatTheFileSays) {
@@ -93,43 +88,6 @@ TEST_F(AutostartLoginItemTest, RepairsTheCommandAfterTheProgramMoved) {
 
   fs::remove(home_ / "after/brevanholt");
   EXPECT_EQ(after.status(), Status::kNotFound);
-}
-
-TEST_F(AutostartLoginItemTest, KeepsAnItemToWhichTheUserAddedOptions) {
-  const fs::path program = makeProgram("bin");
-  AutostartLoginItem login = item(program);
-  login.registerItem();
-  writeFile(file_, "[Desktop Entry]\nType=Application\nName=B\nExec=env A=1 " + program.string() +
-                       " --login-item --more\n");
-  EXPECT_EQ(login.status(), Status::kEnabled);
-}
-
-TEST_F(AutostartLoginItemTest, ReportsAFolderThatCannotBeWritten) {
-  SmallDisk disk;
-  BREVANHOLT_NEEDS(disk);
-  AutostartLoginItem login(disk.path() / "autostart", "org.example.App", makeProgram("bin"));
-  login.registerItem();
-  disk.makeReadOnly();
-  const std::string before = readFile(disk.path() / "autostart/org.example.App.desktop");
-
-  const auto messageOf = [](const auto& change) -> std::string {
-    try {
-      change();
-    } catch (const PlatformError& error) {
-      return error.message();
-    }
-    return "done";
-  };
-  EXPECT_NE(messageOf([&] { login.registerItem(); }).find("Read-only file system"),
-            std::string::npos);
-  EXPECT_NE(messageOf([&] { login.unregisterItem(); }).find("Read-only file system"),
-            std::string::npos);
-  EXPECT_EQ(readFile(disk.path() / "autostart/org.example.App.desktop"), before);
-  EXPECT_EQ(entryCount(disk.path() / "autostart"), 1);
-
-  AutostartLoginItem fresh(disk.path() / "other", "org.example.App", makeProgram("bin"));
-  EXPECT_NE(messageOf([&] { fresh.registerItem(); }).find("Read-only file system"),
-            std::string::npos);
 }
 
 }  // namespace

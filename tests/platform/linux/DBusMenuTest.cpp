@@ -8,33 +8,10 @@ namespace brevanholt::platform {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 std::shared_ptr<Label> line(const std::string& text) {
   return std::make_shared<Label>(text, TextStyle{.size = 12});
-}
-
-TEST(UpdateThrottleTest, AllowsTheFirstAtOnceAndTheNextAfterTheInterval) {
-  const UpdateThrottle::Clock::time_point start{1h};
-  UpdateThrottle throttle(100ms);
-  EXPECT_EQ(throttle.delay(start), 0ms);
-  throttle.sentAt(start);
-  EXPECT_EQ(throttle.delay(start + 30ms), 70ms);
-  EXPECT_EQ(throttle.delay(start + 500ms), 0ms);
-}
-
-TEST(MenuOpeningsTest, CountsEachOpeningOnceHoweverItIsAnnounced) {
-  MenuOpenings openings;
-  EXPECT_TRUE(openings.aboutToShow());
-  EXPECT_FALSE(openings.opened());
-  openings.closed();
-  EXPECT_TRUE(openings.opened());
-  EXPECT_FALSE(openings.aboutToShow());
-  EXPECT_TRUE(openings.aboutToShow()) << "the host never said that it closed";
-  EXPECT_FALSE(openings.opened());
-  EXPECT_TRUE(openings.opened());
 }
 
 // A menu on one end of a bus, and a tray that draws it on the other.
@@ -121,23 +98,6 @@ TEST_F(DBusMenuTest, SaysItsRowsAsLines) {
   EXPECT_THAT(layoutOf("icon-data"), HasSubstr("(2, @a{sv} {}"));
 }
 
-TEST_F(DBusMenuTest, AnswersForSingleRowsAndRefusesOthers) {
-  const char* const names[] = {"label", nullptr};
-  GVariant* ids = g_variant_new_parsed("[5, 77, 1]");
-  EXPECT_EQ(call("GetGroupProperties", g_variant_new("(@ai^as)", ids, names)),
-            "([(1, {'label': <'Title'>}), (5, {'label': <'Quit'>})],)");
-  EXPECT_EQ(call("GetProperty", g_variant_new("(is)", 5, "label")), "(<'Quit'>,)");
-  EXPECT_EQ(call("GetProperty", g_variant_new("(is)", 5, "colour")),
-            "error: The menu item has no property colour");
-  EXPECT_EQ(call("GetProperty", g_variant_new("(is)", 77, "label")),
-            "error: There is no menu item 77");
-  EXPECT_EQ(event(77, "clicked"), "error: There is no menu item 77");
-  EXPECT_EQ(call("EventGroup", g_variant_new_parsed("([(5, 'clicked', <0>, uint32 0), (77, "
-                                                    "'clicked', <0>, uint32 0)],)")),
-            "([77],)");
-  EXPECT_EQ(activations_, 1);
-}
-
 TEST_F(DBusMenuTest, TellsChangesInPlaceWithoutANewLayoutAndNotTooOften) {
   const std::string before = layoutOf("type");
   const auto start = std::chrono::steady_clock::now();
@@ -154,15 +114,6 @@ TEST_F(DBusMenuTest, TellsChangesInPlaceWithoutANewLayoutAndNotTooOften) {
   EXPECT_EQ(layoutSignals_, 0);
   EXPECT_EQ(layoutOf("type"), before) << "the same rows under the same ids";
   EXPECT_THAT(layoutOf("label"), HasSubstr("<'████████████████████'>"));
-}
-
-TEST_F(DBusMenuTest, SendsNothingForValuesThatStayTheSame) {
-  bar_->setValue(0.5);
-  text_->setText("half_way");
-  bar_->setValue(0.501);  // the same cells
-  const auto later = std::chrono::steady_clock::now() + 300ms;
-  spinUntil([later] { return std::chrono::steady_clock::now() > later; });
-  EXPECT_EQ(updateSignals_, 0);
 }
 
 TEST_F(DBusMenuTest, TellsOfANewLayoutOnceAndGivesItNewIds) {

@@ -1,6 +1,5 @@
 #include "platform/linux/BusObject.h"
 #include "platform/linux/FreedesktopNotificationCenter.h"
-#include "platform/linux/NotificationMessage.h"
 #include "tests/fakes/FakeUserDefaults.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/PrivateBus.h"
@@ -36,10 +35,7 @@ class Server {
         object_(bus_, "/org/freedesktop/Notifications", kDescription,
                 {.call = [this](std::string_view method,
                                 GVariant* parameters) { return call(method, parameters); },
-                 .property =
-                     [this](std::string_view) {
-                       return g_variant_new_boolean(isInhibited ? TRUE : FALSE);
-                     }}),
+                 .property = [this](std::string_view) { return g_variant_new_boolean(FALSE); }}),
         name_(bus_, kService) {}
 
   void emit(const char* signal, GVariant* parameters) { object_.emit(signal, parameters); }
@@ -62,8 +58,6 @@ class Server {
 
   std::map<std::uint32_t, std::string> shown;
   std::vector<std::string> bodies;
-  bool isInhibited = false;
-  bool refuses = false;
 
  private:
   GVariant* call(std::string_view method, GVariant* parameters) {
@@ -77,7 +71,6 @@ class Server {
       if (shown.erase(number) == 0) throw PlatformError("no such notification");
       return g_variant_new("()");
     }
-    if (refuses) throw PlatformError("too many notifications");
     const char* title = nullptr;
     const char* body = nullptr;
     g_variant_get_child(parameters, 1, "u", &number);
@@ -211,19 +204,6 @@ TEST_F(NotificationCenterTest, DoesNotTakeTheNumbersOfAnotherServerForItsOwn) {
   EXPECT_EQ(server_->shown[1], "another program's");
 }
 
-TEST_F(NotificationCenterTest, ForgetsWhatTheServerClosed) {
-  startServer();
-  startCenter();
-  post("a", "first");
-  outcomes(1);
-  server_->emit("NotificationClosed", g_variant_new("(uu)", 1, 2));
-  server_->shown = {{1, "another program's"}};
-  settle();
-  post("a", "second");
-  outcomes(1);
-  EXPECT_EQ(server_->shown[1], "another program's");
-}
-
 TEST_F(NotificationCenterTest, OpensOnlyItsOwnAndByTheDefaultAction) {
   startServer();
   startCenter();
@@ -268,62 +248,6 @@ TEST_F(NotificationCenterTest, AnswersOnceWithinATimeLimitWhenTheServiceHangs) {
   EXPECT_THAT(outcomes(2), testing::Each(HasSubstr("Timeout")));
   spinUntil([this] { return !outcomes_.empty(); }, std::chrono::milliseconds(100));
   EXPECT_TRUE(outcomes_.empty());
-}
-
-TEST_F(NotificationCenterTest, HandsOnWhatTheServiceSays) {
-  startServer();
-  startCenter();
-  server_->refuses = true;
-  post("a", "x");
-  EXPECT_THAT(outcomes(1), ElementsAre("Could not show the notification: too many notifications"));
-  EXPECT_EQ(authorization(), "granted");
-  server_->isInhibited = true;
-  EXPECT_EQ(authorization(), "declined");
-}
-
-TEST(NotificationSwitchesTest, ReadsTheDesktopsOwnSettingsWhereItHasThem) {
-  g_setenv("GSETTINGS_BACKEND", "memory", TRUE);
-  GSettingsSchemaSource* schemas = g_settings_schema_source_get_default();
-  const std::string schema = "org.gnome.desktop.notifications";
-  if (schemas == nullptr ||
-      g_settings_schema_source_lookup(schemas, schema.c_str(), TRUE) == nullptr) {
-    GTEST_SKIP() << "GNOME's settings are not installed";
-  }
-  const GObjectPointer<GSettings> all(g_settings_new(schema.c_str()));
-  const GObjectPointer<GSettings> ours(
-      g_settings_new_with_path((schema + ".application").c_str(),
-                               "/org/gnome/desktop/notifications/application/org-example-app/"));
-  const PrivateBus privateBus;
-  Bus bus(privateBus.address());
-  NotificationSwitches switches(bus, "Example", "org.example.App");
-  const auto areOff = [&switches] {
-    bool answer = false;
-    switches.areOff("gnome-shell", [&answer](bool areThey) { answer = areThey; });
-    return answer;
-  };
-  EXPECT_FALSE(areOff());
-  for (const auto& [settings, key] :
-       {std::pair(all.get(), "show-banners"), std::pair(ours.get(), "enable")}) {
-    g_settings_set_boolean(settings, key, FALSE);
-    EXPECT_TRUE(areOff()) << key;
-    g_settings_reset(settings, key);
-    EXPECT_FALSE(areOff()) << key;
-  }
-}
-
-TEST(NotificationMessageTest, SaysWhatTheServerCanTake) {
-  const auto text = [](const std::set<std::string>& capabilities) {
-    const GVariantPointer parameters(g_variant_ref_sink(
-        notifyParameters({.identifier = "a", .title = "<T>", .body = "1 < 2 \xff &"}, 3,
-                         capabilities, {.desktopEntry = "org.app", .icon = "file:///i"})));
-    return std::string(GCharPointer(g_variant_print(parameters.get(), FALSE)).get());
-  };
-  EXPECT_EQ(text({"body", "body-markup", "actions"}),
-            "('Brevanholt', 3, 'file:///i', '<T>', '1 &lt; 2 \uFFFD &amp;', ['default', 'Open'], "
-            "{'sound-name': <'message-new-instant'>, 'desktop-entry': <'org.app'>}, -1)");
-  EXPECT_EQ(text({"body"}),
-            "('Brevanholt', 3, 'file:///i', '<T>', '1 < 2 \uFFFD &', [], "
-            "{'sound-name': <'message-new-instant'>, 'desktop-entry': <'org.app'>}, -1)");
 }
 
 }  // namespace

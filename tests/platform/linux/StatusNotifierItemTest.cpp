@@ -120,16 +120,5 @@ TEST_F(StatusNotifierItemTest, SaysWhatItLooksLikeAndTellsOnlyOfChanges) {
   EXPECT_EQ(told, "tooltip ");
 }
 
-TEST_F(StatusNotifierItemTest, HandsOnClicksAndTokens) {
-  make(true);
-  item_->setAppearance({});
-  EXPECT_EQ(property("ItemIsMenu"), "(<true>,)");
-  EXPECT_EQ(call("ProvideXdgActivationToken", g_variant_new("(s)", "token-1")), "()");
-  EXPECT_EQ(call("Activate", g_variant_new("(ii)", 10, 20)), "()");
-  EXPECT_EQ(token_, "token-1");
-  EXPECT_EQ(click_, std::pair(10, 20));
-  EXPECT_EQ(call("Scroll", g_variant_new("(is)", 1, "vertical")), "()");
-}
-
 }  // namespace
 }  // namespace brevanholt::platform

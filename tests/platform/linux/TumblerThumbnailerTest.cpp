@@ -220,16 +220,6 @@ TEST_F(TumblerThumbnailerTest, AnswersWhateverBecomesOfTheService) {
   EXPECT_EQ(answerFor(document_), missing);
 }
 
-TEST_F(TumblerThumbnailerTest, AsksOnlyForFiles) {
-  start();
-  ASSERT_EQ(::mkfifo((folder_ / "fifo").c_str(), 0600), 0);
-  for (const fs::path& path : {folder_ / "fifo", folder_.path(), folder_ / "none",
-                               fs::path("/dev/zero"), fs::path("relative")}) {
-    EXPECT_EQ(answerFor(path).substr(0, 6), "error:") << path;
-  }
-  EXPECT_TRUE(tumbler_->queued.empty());
-}
-
 TEST_F(TumblerThumbnailerTest, AsksForAFewAtOnceAndGivesUpTheRestWhenItGoes) {
   start();
   for (const int pixels : {128, 256, 512, 1024, 128}) ask(document_, pixels);

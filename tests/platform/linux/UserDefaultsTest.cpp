@@ -76,13 +76,6 @@ TYPED_TEST(UserDefaultsTest, KeepsDictionariesOfAnyText) {
   EXPECT_EQ(this->kind_.now().stringDictionary("key"), StringDictionary());
 }
 
-TYPED_TEST(UserDefaultsTest, TakesAValueOfAnotherTypeForMissing) {
-  this->kind_.now().setData("data", octets("value"));
-  this->kind_.now().setStringDictionary("dictionary", {{"a", "b"}});
-  EXPECT_EQ(this->kind_.now().data("dictionary"), std::nullopt);
-  EXPECT_EQ(this->kind_.now().stringDictionary("data"), StringDictionary());
-}
-
 // Sets one key again and again; false where it was taken back in between.
 bool staysSet(UserDefaults& defaults, const std::string& key) {
   bool stays = true;
@@ -101,11 +94,6 @@ bool doNotDisturbEachOther(UserDefaults& one, UserDefaults& other) {
   const bool otherStays = staysSet(other, "other");
   thread.join();
   return oneStays && otherStays;
-}
-
-TYPED_TEST(UserDefaultsTest, KeepsOneKeyWhileAnotherIsSetOnAnotherThread) {
-  UserDefaults& defaults = this->kind_.now();
-  EXPECT_TRUE(doNotDisturbEachOther(defaults, defaults));
 }
 
 class KeyFileUserDefaultsTest : public testing::Test {
@@ -136,22 +124,6 @@ TEST_F(KeyFileUserDefaultsTest, IsForThisUserAlone) {
   EXPECT_EQ(fs::status(folder / "defaults.ini").permissions(), fs::perms(0600));
   defaults.setData("key", octets("other"));
   EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700));
-}
-
-TEST_F(KeyFileUserDefaultsTest, KeepsWhatOthersWroteIntoTheFile) {
-  const std::vector<std::string> lines{
-      "# by hand\n",   "[Defaults]\n", "fromANewerVersion=a;b;\\s\n",
-      "[Elsewhere]\n", "# why\n",      "x=1\n"};
-  std::string content;
-  for (const std::string& line : lines) content += line;
-  writeFile(file_, content);
-
-  defaults_.setData("key", octets("value"));
-
-  for (const std::string& line : lines) {
-    EXPECT_NE(readFile(file_).find(line), std::string::npos) << line;
-  }
-  EXPECT_EQ(defaults_.data("key"), octets("value"));
 }
 
 TEST_F(KeyFileUserDefaultsTest, SetsADamagedFileAsideBeforeItWrites) {
@@ -208,13 +180,6 @@ TEST_F(KeyFileUserDefaultsTest, ThrowsRatherThanTakingAFileForMissingThatCannotB
   EXPECT_THROW(static_cast<void>(defaults_.stringDictionary("key")), PlatformError);
   EXPECT_THROW(defaults_.setData("key", octets("value")), PlatformError);
   EXPECT_TRUE(fs::is_symlink(file_));
-}
-
-TEST_F(KeyFileUserDefaultsTest, ThrowsWhenThereCanBeNoFile) {
-  writeFile(folder_ / "file", "in the way");
-  KeyFileUserDefaults unreachable(folder_ / "file/defaults.ini");
-  EXPECT_THROW(unreachable.setData("key", octets("value")), PlatformError);
-  EXPECT_EQ(readFile(folder_ / "file"), "in the way");
 }
 
 TEST_F(KeyFileUserDefaultsTest, KeepsTheOldValuesOnAFullDisk) {
