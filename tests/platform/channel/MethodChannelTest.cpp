@@ -25,34 +25,20 @@ TEST_F(MethodChannelTest, AnswersWhatIsNoMethodCallWithoutAskingTheHandler) {
   EXPECT_FALSE(asked);
 }
 
-TEST_F(MethodChannelTest, AnswersADroppedCallOnceAndSaysSo) {
-  channel_.setMethodCallHandler([](const MethodCall&, MethodResult result) {
-    const MethodResult dropped = std::move(result);
-  });
-
-  const auto reply = messenger_.call("test", "forgotten");
-
-  ASSERT_TRUE(reply->has_value());
-  EXPECT_EQ(std::get<MethodError>(**reply).code, "abandoned");
-  EXPECT_EQ(log_.count(LogLevel::kError, "dropped"), 1);
-}
-
-TEST_F(MethodChannelTest, DropsASecondReplyAndSaysSo) {
-  channel_.setMethodCallHandler([](const MethodCall&, MethodResult result) {
+TEST_F(MethodChannelTest, AnswersEachCallExactlyOnceWhateverItsHandlerDoes) {
+  channel_.setMethodCallHandler([](const MethodCall& call, MethodResult result) {
+    if (call.method == "forgotten") return;
     std::move(result).success(1.0);
     std::move(result).success(2.0);  // NOLINT(bugprone-use-after-move): what this is about
   });
 
+  EXPECT_EQ(std::get<MethodError>(messenger_.call("test", "forgotten")->value()).code, "abandoned");
+  EXPECT_EQ(log_.count(LogLevel::kError, "dropped"), 1);
   EXPECT_EQ(*messenger_.call("test", "twice"), Reply(Value(1.0)));
   EXPECT_EQ(log_.count(LogLevel::kError, "answered twice"), 1);
 }
 
-TEST_F(MethodChannelTest, SendsEventsAndLetsGoOfItsHandlerAtTheEnd) {
-  channel_.invokeMethod("filesDropped", List{"a"});
-  ASSERT_EQ(messenger_.events.size(), 1U);
-  EXPECT_EQ(messenger_.events[0].method, "filesDropped");
-  EXPECT_EQ(messenger_.events[0].arguments, Value(List{"a"}));
-
+TEST_F(MethodChannelTest, LetsGoOfItsHandlerAtTheEnd) {
   {
     MethodChannel brief("brief", messenger_);
     brief.setMethodCallHandler([](const MethodCall&, const MethodResult&) {});

@@ -41,24 +41,33 @@ class SocketTableTest : public testing::Test {
   static Value bytes(const std::string& text) {
     return Bytes(std::vector<std::uint8_t>(text.begin(), text.end()));
   }
+  // The bytes that were read, as text.
   static std::string text(const Reply& reply) {
     const auto* value = std::get_if<Value>(&reply);
     const auto* found = value != nullptr ? value->getIf<Bytes>() : nullptr;
-    return found != nullptr ? std::string(found->begin(), found->end()) : "no bytes";
+    return found != nullptr ? std::string(found->begin(), found->end()) : errorOf(reply);
   }
-  Reply read(std::int64_t handle, std::int64_t minimum, std::int64_t maximum) {
-    return call("tcpRead", Map{{"handle", handle}, {"minimum", minimum}, {"maximum", maximum}});
+  SharedReply startReading(std::int64_t handle, std::int64_t minimum, std::int64_t maximum) {
+    return start("tcpRead", Map{{"handle", handle}, {"minimum", minimum}, {"maximum", maximum}});
+  }
+  std::string read(std::int64_t handle, std::int64_t minimum, std::int64_t maximum) {
+    return text(wait(startReading(handle, minimum, maximum)));
+  }
+  SharedReply startWriting(std::int64_t handle, const std::string& content) {
+    return start("tcpWrite", Map{{"handle", handle}, {"bytes", bytes(content)}});
+  }
+  Reply listen(std::int64_t port = 0) {
+    return call("tcpListen",
+                Map{{"address", "127.0.0.1"}, {"port", port}, {"backlog", std::int64_t{1}}});
+  }
+  SharedReply startConnecting(const char* address, std::int64_t port, std::int64_t limit = 5000) {
+    return start("tcpConnect", Map{{"address", address}, {"port", port}, {"limit", limit}});
   }
   // Both ends of a new connection.
-  void connect(const std::string& address = "127.0.0.1") {
-    const Reply listener =
-        call("tcpListen",
-             Map{{"address", address}, {"port", std::int32_t{0}}, {"backlog", std::int32_t{4}}});
+  void connect() {
+    const Reply listener = listen();
     const auto accepting = start("tcpAccept", Map{{"handle", number(listener, "handle")}});
-    const Reply connected = call("tcpConnect", Map{{"address", address},
-                                                   {"port", number(listener, "port")},
-                                                   {"limit", std::int64_t{5000}}});
-    near_ = number(connected, "handle");
+    near_ = number(wait(startConnecting("127.0.0.1", number(listener, "port"))), "handle");
     far_ = number(wait(accepting), "handle");
   }
 
@@ -67,104 +76,44 @@ class SocketTableTest : public testing::Test {
   std::int64_t far_ = 0;
 };
 
-TEST_F(SocketTableTest, CarriesAStreamBothWaysAndItsEnd) {
-  for (const char* address : {"127.0.0.1", "::1"}) {
-    connect(address);
-    EXPECT_EQ(call("tcpWrite", Map{{"handle", near_}, {"bytes", bytes("hello")}}), Reply(Value()));
-    EXPECT_EQ(text(read(far_, 5, 100)), "hello");
-    EXPECT_EQ(call("tcpFinish", Map{{"handle", near_}}), Reply(Value()));
-    EXPECT_EQ(text(read(far_, 5, 5)), "");
-    EXPECT_EQ(call("tcpWrite", Map{{"handle", far_}, {"bytes", bytes("bye")}}), Reply(Value()));
-    EXPECT_EQ(text(read(near_, 1, 2)), "by");
-    EXPECT_EQ(text(read(near_, 1, 2)), "e");
-  }
-}
-
 TEST_F(SocketTableTest, WaitsForTheMinimumAndHoldsTheSenderBack) {
   connect();
   const std::string payload(12 << 20, 'x');
-  const auto writing = start("tcpWrite", Map{{"handle", near_}, {"bytes", bytes(payload)}});
+  const auto writing = startWriting(near_, payload);
   spinOnce();
   EXPECT_FALSE(writing->has_value()) << "nobody has read yet";
-  EXPECT_EQ(errorOf(call("tcpWrite", Map{{"handle", near_}, {"bytes", bytes("second")}})),
+  EXPECT_EQ(errorOf(wait(startWriting(near_, "second"))),
             "The socket is busy with an earlier call of this kind.");
   const auto size = static_cast<std::int64_t>(payload.size());
-  EXPECT_TRUE(text(read(far_, size, size)) == payload);
+  EXPECT_TRUE(read(far_, size, size) == payload);
   EXPECT_EQ(wait(writing), Reply(Value()));
 }
 
 TEST_F(SocketTableTest, AnswersWhatWaitsOnASocketThatIsClosed) {
   connect();
-  const auto reading = start(
-      "tcpRead", Map{{"handle", far_}, {"minimum", std::int64_t{1}}, {"maximum", std::int64_t{1}}});
+  const auto reading = startReading(far_, 1, 1);
   EXPECT_EQ(call("close", Map{{"handle", far_}}), Reply(Value()));
   EXPECT_EQ(errorOf(wait(reading)), "ECANCELED");
-  EXPECT_EQ(text(read(near_, 1, 1)), "");
-  EXPECT_EQ(errorOf(read(far_, 1, 1)), "There is no such socket.");
+  EXPECT_EQ(read(near_, 1, 1), "") << "the end of the stream";
+  EXPECT_EQ(read(far_, 1, 1), "There is no such socket.");
 
-  const Reply listener = call(
-      "tcpListen", Map{{"address", "::"}, {"port", std::int32_t{0}}, {"backlog", std::int32_t{4}}});
-  const auto accepting = start("tcpAccept", Map{{"handle", number(listener, "handle")}});
+  const auto accepting = start("tcpAccept", Map{{"handle", number(listen(), "handle")}});
   table_.closeAll();
   EXPECT_EQ(errorOf(wait(accepting)), "ECANCELED");
 }
 
 TEST_F(SocketTableTest, TellsWhyThereIsNoConnection) {
-  const Reply listener =
-      call("tcpListen",
-           Map{{"address", "127.0.0.1"}, {"port", std::int32_t{0}}, {"backlog", std::int32_t{1}}});
-  const auto connectTo = [this](const char* address, std::int64_t port, std::int64_t limit) {
-    return errorOf(call("tcpConnect", Map{{"address", address}, {"port", port}, {"limit", limit}}));
-  };
-  EXPECT_EQ(errorOf(call("tcpListen", Map{{"address", "127.0.0.1"},
-                                          {"port", number(listener, "port")},
-                                          {"backlog", std::int32_t{1}}})),
-            "EADDRINUSE");
-  EXPECT_EQ(connectTo("127.0.0.1", 1, 5000), "ECONNREFUSED");
-  EXPECT_EQ(connectTo("example.org", 80, 5000), "“example.org” port 80 is no network address.");
-  EXPECT_EQ(connectTo("127.0.0.1", 70000, 5000), "“127.0.0.1” port 70000 is no network address.");
+  const std::int64_t port = number(listen(), "port");
+  EXPECT_EQ(errorOf(listen(port)), "EADDRINUSE");
+  EXPECT_EQ(errorOf(wait(startConnecting("127.0.0.1", 1))), "ECONNREFUSED");
+  EXPECT_EQ(errorOf(wait(startConnecting("example.org", 80))),
+            "“example.org” port 80 is no network address.");
+  EXPECT_EQ(errorOf(wait(startConnecting("127.0.0.1", 70000))),
+            "“127.0.0.1” port 70000 is no network address.");
   // Nobody takes calls from a full backlog.
   std::array<SharedReply, 8> waiting;
-  for (SharedReply& reply : waiting) {
-    reply = start("tcpConnect", Map{{"address", "127.0.0.1"},
-                                    {"port", number(listener, "port")},
-                                    {"limit", std::int64_t{300}}});
-  }
+  for (SharedReply& reply : waiting) reply = startConnecting("127.0.0.1", port, 300);
   EXPECT_EQ(errorOf(wait(waiting.back())), "ETIMEDOUT");
-}
-
-TEST_F(SocketTableTest, CarriesDatagramsAndGroups) {
-  const auto bind = [this](const char* address, std::int64_t port) {
-    return call("udpBind", Map{{"address", address}, {"port", port}, {"isShared", true}});
-  };
-  const Reply first = bind("0.0.0.0", 0);
-  const std::int64_t port = number(first, "port");
-  const Reply second = bind("0.0.0.0", port);
-  const std::int64_t one = number(first, "handle");
-  const std::int64_t other = number(second, "handle");
-  for (const std::int64_t handle : {one, other}) {
-    EXPECT_EQ(
-        call("udpJoin", Map{{"handle", handle}, {"group", "239.255.1.2"}, {"interface", "lo"}}),
-        Reply(Value()));
-  }
-  const auto receiving = start("udpReceive", Map{{"handle", other}});
-  EXPECT_EQ(call("udpSend", Map{{"handle", one},
-                                {"bytes", bytes("to all")},
-                                {"address", "239.255.1.2"},
-                                {"port", port}}),
-            Reply(Value()));
-  const Reply datagram = wait(receiving);
-  const Map& received = *std::get<Value>(datagram).getIf<Map>();
-  EXPECT_EQ(*received.find("bytes"), bytes("to all"));
-  EXPECT_EQ(number(datagram, "port"), port);
-  EXPECT_EQ(errorOf(call("udpJoin",
-                         Map{{"handle", one}, {"group", "239.255.1.2"}, {"interface", "no0"}})),
-            "ENODEV");
-  EXPECT_EQ(errorOf(call("udpSend", Map{{"handle", one},
-                                        {"bytes", Bytes(std::vector<std::uint8_t>(70000))},
-                                        {"address", "127.0.0.1"},
-                                        {"port", port}})),
-            "EMSGSIZE");
 }
 
 }  // namespace

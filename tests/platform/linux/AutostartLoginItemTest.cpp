@@ -1,7 +1,7 @@
 #include "platform/foundation/PlatformError.h"
 #include "platform/linux/AutostartLoginItem.h"
 #include "tests/support/MainLoop.h"
-#include "tests/support/SmallDisk.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gio/gdesktopappinfo.h>
 #include <gtest/gtest.h>
@@ -25,7 +25,6 @@ class AutostartLoginItemTest : public testing::Test {
   AutostartLoginItem item(const fs::path& program) {
     return {home_ / "config/autostart", "org.example.App", program};
   }
-  void append(const std::string& line) { writeFile(file_, readFile(file_) + line + "\n"); }
 
   TemporaryFolder home_;
   fs::path file_ = home_ / "config/autostart/org.example.App.desktop";
@@ -51,43 +50,38 @@ TEST_F(AutostartLoginItemTest, IsStartedByTheDesktopFromAnyFolder) {
   }
 }
 
-TEST_F(AutostartLoginItemTest, TellsWhatTheFileSays) {
-  AutostartLoginItem login = item(makeProgram("bin"));
-  EXPECT_EQ(login.status(), Status::kNotRegistered);
+TEST_F(AutostartLoginItemTest, TellsWhatTheFileSaysAndWritesItAnew) {
+  item(makeProgram("before it moved")).registerItem();
+  const std::string before = readFile(file_);
+  const fs::path program = makeProgram("bin");
+  AutostartLoginItem login = item(program);
   login.registerItem();
-  EXPECT_EQ(login.status(), Status::kEnabled);
-  append("X-GNOME-Autostart-enabled=true");
-  EXPECT_EQ(login.status(), Status::kEnabled);
-
-  for (const char* line : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
+  const std::string entry = readFile(file_);
+  const std::pair<std::string, Status> cases[] = {
+      {entry + "X-GNOME-Autostart-enabled=true\n", Status::kEnabled},
+      {entry + "X-GNOME-Autostart-enabled=false\n", Status::kRequiresApproval},
+      {entry + "Hidden=true\n", Status::kRequiresApproval},
+      {before, Status::kNotFound},
+      {"no desktop file", Status::kNotFound},
+      {"", Status::kNotFound}};
+  for (const auto& [content, status] : cases) {
+    SCOPED_TRACE(content);
+    writeFile(file_, content);
+    EXPECT_EQ(login.status(), status);
     login.registerItem();
-    append(line);
-    EXPECT_EQ(login.status(), Status::kRequiresApproval) << line;
-    login.registerItem();
-    EXPECT_EQ(login.status(), Status::kEnabled) << "registered again after " << line;
+    EXPECT_EQ(login.status(), Status::kEnabled);
   }
-  writeFile(file_, "no desktop file");
+  fs::remove(program);
   EXPECT_EQ(login.status(), Status::kNotFound);
-  writeFile(file_, "");
-  EXPECT_EQ(login.status(), Status::kNotFound);
-
   login.unregisterItem();
   EXPECT_EQ(login.status(), Status::kNotRegistered);
-  EXPECT_FALSE(fs::exists(file_));
   login.unregisterItem();
 }
 
-TEST_F(AutostartLoginItemTest, RepairsTheCommandAfterTheProgramMoved) {
-  const fs::path before = makeProgram("before");
-  item(before).registerItem();
-  AutostartLoginItem after = item(makeProgram("after"));
-  EXPECT_EQ(after.status(), Status::kNotFound);
-  after.registerItem();
-  EXPECT_EQ(after.status(), Status::kEnabled);
-  EXPECT_EQ(item(before).status(), Status::kNotFound);
-
-  fs::remove(home_ / "after/brevanholt");
-  EXPECT_EQ(after.status(), Status::kNotFound);
+TEST_F(AutostartLoginItemTest, ThrowsWhereThereCanBeNoFile) {
+  writeFile(home_ / "config", "in the way");
+  EXPECT_THROW(item(makeProgram("bin")).registerItem(), PlatformError);
+  EXPECT_EQ(readFile(home_ / "config"), "in the way");
 }
 
 }  // namespace

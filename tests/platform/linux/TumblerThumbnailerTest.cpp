@@ -40,33 +40,20 @@ class FakeTumbler {
   void finish(unsigned handle) { object_.emit("Finished", g_variant_new("(u)", handle)); }
   void vanish() { name_.reset(); }
 
-  std::vector<const char*> flavors{"normal", "large", "x-large", "xx-large"};
-  std::string refusal;
-  std::vector<std::string> queued;  // "URI type flavour"
+  const char* flavor = "large";
+  std::vector<std::string> queued;
   std::vector<unsigned> dequeued;
   // What it does before it answers a request, whose handle is the number of requests until then.
   std::function<void(unsigned handle)> onQueue = [](unsigned) {};
 
  private:
   GVariant* call(std::string_view method, GVariant* parameters) {
-    if (method == "GetFlavors") {
-      return g_variant_new("(@as)",
-                           g_variant_new_strv(flavors.data(), static_cast<gssize>(flavors.size())));
-    }
+    if (method == "GetFlavors") return g_variant_new_parsed("([%s],)", flavor);
     if (method == "Dequeue") {
       g_variant_get(parameters, "(u)", &dequeued.emplace_back());
       return g_variant_new("()");
     }
-    if (!refusal.empty()) throw PlatformError(refusal);
-    const char* uri = nullptr;
-    const char* type = nullptr;
-    const char* flavor = nullptr;
-    g_variant_get_child(parameters, 2, "&s", &flavor);
-    const GVariantPointer uris(g_variant_get_child_value(parameters, 0));
-    const GVariantPointer types(g_variant_get_child_value(parameters, 1));
-    g_variant_get_child(uris.get(), 0, "&s", &uri);
-    g_variant_get_child(types.get(), 0, "&s", &type);
-    queued.push_back(std::string(uri) + " " + type + " " + flavor);
+    queued.emplace_back(GCharPointer(g_variant_print(parameters, FALSE)).get());
     const auto handle = static_cast<unsigned>(queued.size());
     onQueue(handle);
     return g_variant_new("(u)", handle);
@@ -93,23 +80,17 @@ class TumblerThumbnailerTest : public testing::Test {
     // On the bus once it answers.
     replyText(session_, tumblerMethod("GetFlavors"), nullptr);
   }
-  // Asks; `answers_` gets the answer.
-  void ask(const fs::path& file, int maximumDimension = 200) {
-    thumbnailer_->thumbnail(file, maximumDimension, [this](const Result<Bytes>& thumbnail) {
-      answers_.push_back(thumbnail.ok() ? lookOf(thumbnail.value())
-                                        : "error: " + thumbnail.error().message());
-    });
-  }
+  // Asks, and waits for the one answer.
   std::string answer() {
-    EXPECT_TRUE(spinUntil([this] { return !answers_.empty(); }, 30s));
+    std::vector<std::string> answers;
+    thumbnailer_->thumbnail(document_, 200, [&answers](const Result<Bytes>& thumbnail) {
+      answers.push_back(thumbnail.ok() ? lookOf(thumbnail.value())
+                                       : "error: " + thumbnail.error().message());
+    });
+    EXPECT_TRUE(spinUntil([&answers] { return !answers.empty(); }, 30s));
     spinOnce();
-    EXPECT_EQ(answers_.size(), 1U);
-    return std::exchange(answers_, {"none"}).front();
-  }
-  std::string answerFor(const fs::path& file, int maximumDimension = 200) {
-    answers_.clear();
-    ask(file, maximumDimension);
-    return answer();
+    EXPECT_EQ(answers.size(), 1U);
+    return answers.front();
   }
   std::string uri() const { return "file://" + document_.string(); }
   std::int64_t modified() const {
@@ -117,23 +98,21 @@ class TumblerThumbnailerTest : public testing::Test {
     ::stat(document_.c_str(), &information);
     return information.st_mtim.tv_sec;
   }
-  fs::path cached(const ThumbnailFlavor& flavor) {
-    fs::path path = thumbnailPath(folder_.path(), flavor, uri());
+  // Where the document's thumbnail is.
+  fs::path cached() const {
+    fs::path path = thumbnailPath(folder_.path(), {"large", 256}, uri());
     fs::create_directories(path.parent_path());
     return path;
   }
   // Leaves a thumbnail of the document in the cache, as `originalUri` of `originalTime`.
-  void leaveThumbnail(const ThumbnailFlavor& flavor, const std::string& originalUri,
-                      std::int64_t originalTime) {
-    redAndBlue(folder_ / "thumbnail.png", flavor.edge, flavor.edge / 2);
+  void leaveThumbnail(const std::string& originalUri, std::int64_t originalTime) {
     const GObjectPointer<GdkPixbuf> picture(
-        gdk_pixbuf_new_from_file((folder_ / "thumbnail.png").c_str(), nullptr));
-    gdk_pixbuf_save(picture.get(), cached(flavor).c_str(), "png", nullptr, "tEXt::Thumb::URI",
+        gdk_pixbuf_new_from_file(redAndBlue(cached(), 256, 128).c_str(), nullptr));
+    gdk_pixbuf_save(picture.get(), cached().c_str(), "png", nullptr, "tEXt::Thumb::URI",
                     originalUri.c_str(), "tEXt::Thumb::MTime", std::to_string(originalTime).c_str(),
                     nullptr);
   }
 
-  static constexpr ThumbnailFlavor kLarge{"large", 256};
   CapturedLog log_;
   TemporaryFolder folder_;
   fs::path document_ = folder_ / "report.jpg";  // mislabelled: its content is a PDF's
@@ -142,101 +121,47 @@ class TumblerThumbnailerTest : public testing::Test {
   ChildImagePreviewer previewer_{{.child = InstallLayout::ofThisProcess().previewChild}};
   std::unique_ptr<TumblerThumbnailer> thumbnailer_;
   std::unique_ptr<FakeTumbler> tumbler_;
-  std::vector<std::string> answers_;
 };
 
-TEST_F(TumblerThumbnailerTest, ShowsWhatTheServiceMadeInTheSizeAskedFor) {
-  start();
-  const std::tuple<int, ThumbnailFlavor, const char*> cases[] = {
-      {48, {"normal", 128}, "48x24 red blue / red blue"},
-      {256, {"large", 256}, "256x128 red blue / red blue"},
-      {257, {"x-large", 512}, "257x129 red blue / red blue"},
-      {2400, {"xx-large", 1024}, "1024x512 red blue / red blue"}};
-  for (const auto& [pixels, flavor, look] : cases) {
-    tumbler_->onQueue = [&, made = flavor](unsigned handle) {
-      leaveThumbnail(made, uri(), modified());
-      tumbler_->finish(handle);  // which comes before the handle does
-    };
-    EXPECT_EQ(answerFor(document_, pixels), look);
-    EXPECT_EQ(tumbler_->queued.back(), uri() + " application/pdf " + flavor.name);
-  }
-  tumbler_->flavors = {"normal", "large", "sepia"};
-  tumbler_->onQueue = [](unsigned) {};
-  ask(document_, 2400);
-  answers_.clear();
-  ASSERT_TRUE(spinUntil([this] { return tumbler_->queued.size() == 5; }));
-  tumbler_->finish(4);  // somebody else's
-  replyText(session_, tumblerMethod("GetFlavors"), nullptr);
-  EXPECT_TRUE(answers_.empty());
-  leaveThumbnail(kLarge, uri(), modified());
-  tumbler_->finish(5);
-  EXPECT_EQ(answer(), "256x128 red blue / red blue");
-  EXPECT_TRUE(tumbler_->dequeued.empty());
-}
-
-TEST_F(TumblerThumbnailerTest, TakesNothingThatIsNoThumbnailOfTheFileAsItIs) {
+TEST_F(TumblerThumbnailerTest, ShowsWhatTheServiceMadeAndNothingElse) {
   start();
   const std::string foreign = "error: the thumbnail is not of this file as it is";
   const std::pair<std::function<void()>, std::string> cases[] = {
-      {[] {}, "No such file"},  // it failed
-      {[this] { leaveThumbnail(kLarge, uri() + "x", modified()); }, foreign},
-      {[this] { leaveThumbnail(kLarge, uri(), modified() - 1); }, foreign},
-      {[this] { writeFile(cached(kLarge), "garbage"); }, "error: no thumbnail"},
-      {[this] { ::mkfifo(cached(kLarge).c_str(), 0600); }, "Invalid argument"},
-      {[this] { fs::remove(document_); }, "No such file"},
+      {[this] { leaveThumbnail(uri(), modified()); }, "200x100 red blue / red blue"},
+      {[this] { leaveThumbnail(uri() + "x", modified()); }, foreign},
+      {[this] { leaveThumbnail(uri(), modified() - 1); }, foreign},
+      {[this] { writeFile(cached(), "garbage"); }, "error: no thumbnail"},
+      {[this] { fs::remove_all(cached()); }, "No such file"},
   };
-  for (const auto& [make, error] : cases) {
-    fs::remove_all(folder_ / "thumbnails");
+  for (const auto& [make, shown] : cases) {
     tumbler_->onQueue = [&, leave = make](unsigned handle) {
       leave();
-      tumbler_->finish(handle);
+      tumbler_->finish(handle);  // which comes before the handle does
     };
-    EXPECT_NE(answerFor(document_).find(error), std::string::npos) << error;
+    EXPECT_NE(answer().find(shown), std::string::npos) << shown;
+    EXPECT_EQ(tumbler_->queued.back(),
+              "(['" + uri() + "'], ['application/pdf'], 'large', 'foreground', 0)");
   }
+  EXPECT_TRUE(tumbler_->dequeued.empty());
 }
 
 TEST_F(TumblerThumbnailerTest, AnswersWhateverBecomesOfTheService) {
-  const std::string missing = answerFor(document_);
+  const std::string missing = answer();
   EXPECT_EQ(missing.substr(0, 6), "error:");
-  EXPECT_EQ(answerFor(document_), missing);
+  EXPECT_EQ(answer(), missing);
   EXPECT_EQ(log_.count(LogLevel::kInfo, "documents have no previews"), 1);
 
   start();
-  tumbler_->refusal = "not today";
-  EXPECT_EQ(answerFor(document_), "error: not today");
-  tumbler_->refusal.clear();
-
-  tumbler_->flavors.clear();
-  EXPECT_EQ(answerFor(document_), "error: the thumbnailer has no size that is known");
-  tumbler_->flavors = {"large"};
+  tumbler_->flavor = "sepia";
+  EXPECT_EQ(answer(), "error: the thumbnailer has no size that is known");
+  tumbler_->flavor = "large";
 
   make(300ms);
-  EXPECT_EQ(answerFor(document_), "error: the thumbnailer took too long");
+  EXPECT_EQ(answer(), "error: the thumbnailer took too long");
   EXPECT_TRUE(spinUntil([this] { return tumbler_->dequeued == std::vector<unsigned>{1}; }));
-
   make();
   tumbler_->onQueue = [this](unsigned) { tumbler_->vanish(); };
-  EXPECT_EQ(answerFor(document_), "error: the thumbnailer vanished");
-  EXPECT_EQ(answerFor(document_), missing);
-}
-
-TEST_F(TumblerThumbnailerTest, AsksForAFewAtOnceAndGivesUpTheRestWhenItGoes) {
-  start();
-  for (const int pixels : {128, 256, 512, 1024, 128}) ask(document_, pixels);
-  const auto isQueued = [this](std::size_t count) {
-    const bool came = spinUntil([&] { return tumbler_->queued.size() >= count; });
-    replyText(session_, tumblerMethod("GetFlavors"), nullptr);
-    return came && tumbler_->queued.size() == count;
-  };
-  EXPECT_TRUE(isQueued(2));
-  tumbler_->finish(2);
-  EXPECT_TRUE(isQueued(3));
-  EXPECT_TRUE(tumbler_->queued.back().ends_with(" x-large")) << "in the order of asking";
-  EXPECT_TRUE(spinUntil([this] { return answers_.size() == 1; }));
-  thumbnailer_.reset();
-  EXPECT_EQ(answers_.size(), 5U);
-  EXPECT_EQ(answers_.back(), "error: it was given up");
-  EXPECT_TRUE(spinUntil([this] { return tumbler_->dequeued.size() == 2; }));
+  EXPECT_EQ(answer(), "error: the thumbnailer vanished");
 }
 
 }  // namespace
