@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 namespace brevanholt::platform {
@@ -90,6 +91,17 @@ TEST_F(FolderListingTest, GoesOnWhereSomethingCannotBeReadOrLiesTooDeep) {
   EXPECT_EQ(log_.count(LogLevel::kWarning, "they lie too deep"), 1);
   EXPECT_THAT(listed(folder_ / "gone"), IsEmpty());
   EXPECT_THAT(listed(folder_ / "beside"), IsEmpty());
+}
+
+TEST_F(FolderListingTest, EndsWhereAFolderContainsItself) {
+  fs::create_directories(folder_ / "a/b/loop");
+  const std::string loop = folder_ / "a/b/loop";
+  if (::mount(folder_.path().c_str(), loop.c_str(), nullptr, MS_BIND, nullptr) != 0) {
+    GTEST_SKIP() << "mounting a folder inside itself needs root";
+  }
+  const auto items = listed(folder_.path());
+  ::umount2(loop.c_str(), MNT_DETACH);
+  EXPECT_THAT(items, UnorderedElementsAre("a/", "a/b/", "a/b/loop/"));
 }
 
 }  // namespace

@@ -188,7 +188,7 @@ TEST_F(KeyFileUserDefaultsTest, KeepsTheOldValuesOnAFullDisk) {
   KeyFileUserDefaults defaults(disk.path() / "defaults.ini");
   defaults.setData("key", octets("old"));
 
-  EXPECT_THROW(defaults.setData("other", octets(std::string(2 << 20, 'x'))), PlatformError);
+  EXPECT_THROW(defaults.setData("key", octets(std::string(2 << 20, 'x'))), PlatformError);
 
   EXPECT_EQ(defaults.data("key"), octets("old"));
   EXPECT_EQ(entryCount(disk.path()), 1);
