@@ -1,17 +1,23 @@
 #include "Runner/AppDelegate/AppDelegate.h"
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 #include "platform/BuildInfo.h"
-#include "platform/linux/JournalLog.h"
+#include "platform/gtk/JournalLog.h"
 #include "platform/linux/LinuxPlatform.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <vector>
 
 #include <malloc.h>
+#include <unistd.h>
 
 namespace {
 
 using namespace brevanholt;
+
+constexpr int kRestart = 256;  // no exit status
 
 // Payloads of a mebibyte come and go by the thousand during a transfer. Asking the system for fresh
 // memory each time costs more than moving them; what is kept instead is bounded.
@@ -20,15 +26,47 @@ void keepMemoryBetweenPayloads() {
   ::mallopt(M_TRIM_THRESHOLD, 32 << 20);
 }
 
+struct Program {
+  Program(platform::GtkApplicationHost& application, const platform::LaunchOptions& options)
+      : linux(application, options),
+        delegate(linux.services()),
+        window(std::make_shared<MainFlutterWindow>(linux.services(), &delegate)) {
+    delegate.setMainWindow(window);
+    window->awakeFromNib();
+  }
+
+  platform::LinuxPlatform linux;
+  AppDelegate delegate;
+  std::shared_ptr<MainFlutterWindow> window;
+};
+
+// A caller is told that files it named are not shared, even where everything else went well.
+int statusOf(const platform::LaunchRequest& request, int status) {
+  return request.isIncomplete ? EXIT_FAILURE : status;
+}
+
 int run(const platform::LaunchOptions& options) {
   platform::GtkApplicationHost application(platform::kApplicationId, options.isService);
-  if (application.isRemote()) return application.forward(options.request);
-  platform::LinuxPlatform linux(application, options);
-  AppDelegate delegate(linux.services());
-  const auto window = std::make_shared<MainFlutterWindow>(linux.services(), &delegate);
-  delegate.setMainWindow(window);
-  window->awakeFromNib();
-  return application.run(delegate, options.request);
+  const bool runs = application.isRemote();
+  if (runs && options.isLoginItem)
+    return EXIT_SUCCESS;  // the session started it in another way too
+  if (runs) return statusOf(options.request, application.forward(options.request));
+  if (options.request.action == platform::kQuitAction) return EXIT_SUCCESS;
+  auto program = std::make_unique<Program>(application, options);
+  const int status =
+      application.run(program->delegate, options.request, [&program] { program.reset(); });
+  return application.wantsRestart() ? kRestart : statusOf(options.request, status);
+}
+
+// What was asked for once is not asked for again.
+int startAnew(const std::filesystem::path& program, const platform::LaunchOptions& options,
+              std::vector<char*> arguments) {
+  const auto& request = options.request;
+  const bool asksOnce = request.isShare || !request.opened.empty() || !request.action.empty();
+  if (asksOnce || options.isService) arguments.resize(1);
+  arguments.push_back(nullptr);
+  ::execv(program.c_str(), arguments.data());
+  throw platform::PlatformError("the new version cannot be started");
 }
 
 }  // namespace
@@ -36,9 +74,15 @@ int run(const platform::LaunchOptions& options) {
 int main(int argc, char** argv) {
   keepMemoryBetweenPayloads();
   brevanholt::platform::installJournalLog();
-  const auto options = brevanholt::platform::LaunchOptions::parse(argc, argv);
+  // Both change: the link with the file on the disk, the arguments as they are parsed.
+  const auto program = brevanholt::platform::InstallLayout::ofThisProcess().executable;
+  const std::vector<char*> arguments(argv, argv + argc);
+  const auto options =
+      brevanholt::platform::LaunchOptions::parse(argc, argv, brevanholt::platform::kBuildVersion);
   try {
-    return run(options);
+    const int status = run(options);
+    if (status == kRestart) return startAnew(program, options, arguments);
+    return status;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "brevanholt: %s\n", error.what());
     return EXIT_FAILURE;

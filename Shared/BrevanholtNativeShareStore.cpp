@@ -18,7 +18,12 @@ namespace fs = std::filesystem;
 using platform::resolvedPath;
 
 constexpr const char* kManifest = "share.json";
+constexpr const char* kReceipts = ".Delivering";
+constexpr std::size_t kUuidLength = 36;
 constexpr std::size_t kLargestManifest = std::size_t{16} << 20;
+// Bounds the time that the paths of one manifest take; a file takes one lookup, a folder's first
+// file one more for each folder above it.
+constexpr std::size_t kMostLookups = 100'000;
 
 bool isShareFolder(const fs::path& resolved, const fs::path& inbox) {
   return resolved.parent_path() == inbox && platform::isUuid(resolved.filename().native());
@@ -33,13 +38,20 @@ std::string_view pathInside(const fs::path& root, const fs::path& path) {
   return rest;
 }
 
-// The item as it may be handed on; nothing where it is to be dropped.
-std::optional<BrevanholtNativeShareItem> checked(const fs::path& share,
-                                                 BrevanholtNativeShareItem item) {
-  if (!item.path) return item.text ? std::optional(std::move(item)) : std::nullopt;
-  const auto resolved = resolvedPath(*item.path);
-  if (!resolved || pathInside(share, *resolved).empty()) return std::nullopt;
-  return BrevanholtNativeShareItem{.path = resolved->native(), .text = std::nullopt};
+// The items that may be handed on: the texts, and what lies in the share.
+BrevanholtNativeShareStore::Items checked(const fs::path& share,
+                                          BrevanholtNativeShareStore::Items items) {
+  platform::PathResolver resolver(kMostLookups);
+  BrevanholtNativeShareStore::Items kept;
+  for (auto& item : items) {
+    if (item.path) {
+      const auto resolved = resolver.resolve(*item.path);
+      if (!resolved || pathInside(share, *resolved).empty()) continue;
+      item = {.path = resolved->native(), .text = std::nullopt};
+    }
+    kept.push_back(std::move(item));
+  }
+  return kept;
 }
 
 std::vector<fs::path> visibleEntries(const fs::path& folder) {
@@ -51,6 +63,21 @@ std::vector<fs::path> visibleEntries(const fs::path& folder) {
   }
   if (error) throw platform::FileError("read the folder", folder, error.value());
   return entries;
+}
+
+// What `read` makes of each visible entry. What cannot be read is logged and left out.
+template <class Read>
+std::vector<BrevanholtNativeShareStore::Share> readAll(const fs::path& folder, Read read) {
+  std::vector<BrevanholtNativeShareStore::Share> shares;
+  for (const fs::path& entry : visibleEntries(folder)) {
+    try {
+      shares.push_back(read(entry));
+    } catch (const std::exception& error) {
+      platform::logWarning("Brevanholt could not import native share at " + entry.string() + ": " +
+                           error.what());
+    }
+  }
+  return shares;
 }
 
 }  // namespace
@@ -66,44 +93,67 @@ fs::path BrevanholtNativeShareStore::inboxDirectory() const {
   return *resolved;
 }
 
-BrevanholtNativeShareStore::Items BrevanholtNativeShareStore::consumeIdentifier(
+BrevanholtNativeShareStore::Share BrevanholtNativeShareStore::consumeIdentifier(
     std::string_view identifier) const {
   if (!platform::isUuid(identifier)) throw StoreError("The native share identifier is invalid.");
   return consumeDirectory(inboxDirectory() / identifier);
 }
 
-BrevanholtNativeShareStore::Items BrevanholtNativeShareStore::consumeDirectory(
+BrevanholtNativeShareStore::Share BrevanholtNativeShareStore::consumeDirectory(
     const fs::path& directory) const {
   const auto share = resolvedPath(directory);
   if (!share || !isDirectChildOfInbox(*share)) {
     throw StoreError("The native share location is invalid.");
   }
   const platform::DirectoryHandle folder(*share);
-  Items kept;
-  for (auto& item : decodeManifest(folder.readFile(kManifest, kLargestManifest))) {
-    if (auto item_ = checked(*share, std::move(item))) kept.push_back(std::move(*item_));
-  }
-  folder.removeFile(kManifest);
-  return kept;
+  Items items = checked(*share, decodeManifest(folder.readFile(kManifest, kLargestManifest)));
+  const fs::path receipts = share->parent_path() / kReceipts;
+  platform::createDirectories(receipts);
+  // The same share may be written and taken again before it is delivered.
+  const std::string receipt = share->filename().native() + '-' + platform::makeUuid();
+  folder.moveFile(kManifest, platform::DirectoryHandle(receipts), receipt);
+  return {.items = std::move(items), .receipt = receipts / receipt};
 }
 
-std::vector<BrevanholtNativeShareStore::Items> BrevanholtNativeShareStore::consumePending() const {
-  std::vector<Items> shares;
+std::vector<BrevanholtNativeShareStore::Share> BrevanholtNativeShareStore::consumePending() const {
   try {
-    for (const fs::path& directory : visibleEntries(inboxDirectory())) {
-      try {
-        shares.push_back(consumeDirectory(directory));
-      } catch (const std::exception& error) {
-        platform::logWarning("Brevanholt could not import native share at " + directory.string() +
-                             ": " + error.what());
-      }
-    }
+    return readAll(inboxDirectory(),
+                   [this](const fs::path& share) { return consumeDirectory(share); });
   } catch (const std::exception& error) {
     platform::logWarning("Brevanholt could not read pending native shares: " +
                          std::string(error.what()));
     return {};
   }
-  return shares;
+}
+
+std::vector<BrevanholtNativeShareStore::Share> BrevanholtNativeShareStore::undelivered() const {
+  try {
+    const fs::path inbox = inboxDirectory();
+    const fs::path receipts = inbox / kReceipts;
+    if (!platform::isDirectory(receipts)) return {};
+    return readAll(receipts, [&](const fs::path& receipt) {
+      const std::string name = receipt.filename();
+      const std::string identifier = name.substr(0, kUuidLength);
+      if (!platform::isUuid(identifier))
+        throw StoreError("The native share identifier is invalid.");
+      const platform::DirectoryHandle folder(receipts);
+      Items items =
+          checked(inbox / identifier, decodeManifest(folder.readFile(name, kLargestManifest)));
+      return Share{.items = std::move(items), .receipt = receipt};
+    });
+  } catch (const std::exception& error) {
+    platform::logWarning("Brevanholt could not read undelivered native shares: " +
+                         std::string(error.what()));
+    return {};
+  }
+}
+
+void BrevanholtNativeShareStore::delivered(const Share& share) {
+  std::error_code error;
+  if (!share.receipt.empty()) fs::remove(share.receipt, error);
+  if (!error) return;
+  platform::logWarning("a share will be delivered again: " + share.receipt.string() + ": " +
+                       error.message());
 }
 
 bool BrevanholtNativeShareStore::isDirectChildOfInbox(const fs::path& directory) const {

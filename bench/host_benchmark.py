@@ -27,18 +27,22 @@ FOLDERS, FILES_IN_EACH = 1000, 100
 def memory_of(pattern):
     """The proportional share of memory, in MB, of the processes whose command begins so."""
     total = 0
-    for process in subprocess.run(["pgrep", "-f", pattern], capture_output=True, text=True,
-                                  check=False).stdout.split():
+    for process in subprocess.run(
+        ["pgrep", "-f", pattern], capture_output=True, text=True, check=False
+    ).stdout.split():
         rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
-        total += sum(int(line.split()[1]) for line in rollup.splitlines() if line.startswith("Pss:"))
+        total += sum(
+            int(line.split()[1]) for line in rollup.splitlines() if line.startswith("Pss:")
+        )
     return total / 1000
 
 
 def run_once():
     folder = tempfile.mkdtemp(dir="/dev/shm")
     started = time.time()
-    program = host.Host(scenario="timings", arguments=[f"folder={folder}"],
-                        more_bundle=SOURCE / "bench/bundle")
+    program = host.Host(
+        scenario="timings", arguments=[f"folder={folder}"], more_bundle=SOURCE / "bench/bundle"
+    )
     try:
         timings = program.report()
         return {
@@ -71,8 +75,17 @@ def longest_pause(program):
     longest = 0
     while not program.report_path.exists():
         started = time.monotonic()
-        bus.call_sync("org.brevanholt.Brevanholt", "/org/brevanholt/Brevanholt", "org.gtk.Actions",
-                      "List", None, None, Gio.DBusCallFlags.NONE, 10000, None)
+        bus.call_sync(
+            "org.brevanholt.Brevanholt",
+            "/org/brevanholt/Brevanholt",
+            "org.gtk.Actions",
+            "List",
+            None,
+            None,
+            Gio.DBusCallFlags.NONE,
+            10000,
+            None,
+        )
         longest = max(longest, time.monotonic() - started)
     return longest * 1000
 
@@ -80,14 +93,17 @@ def longest_pause(program):
 def share_once():
     folder = pathlib.Path(tempfile.mkdtemp(dir="/dev/shm"))
     fill(folder / "large")
-    program = host.Host(scenario="sharing", arguments=[f"folder={folder}"],
-                        more_bundle=SOURCE / "bench/bundle")
+    program = host.Host(
+        scenario="sharing", arguments=[f"folder={folder}"], more_bundle=SOURCE / "bench/bundle"
+    )
     try:
         host.wait_until((folder / "ready").exists, "the page")
         with subprocess.Popen([host.BINARY, "--share", folder / "large"]):
             pause = longest_pause(program)
-        return {"100,000 files shared, the host's pause, ms": pause,
-                "100,000 files shared, the page's wait, ms": program.report()}
+        return {
+            "100,000 files shared, the host's pause, ms": pause,
+            "100,000 files shared, the page's wait, ms": program.report(),
+        }
     finally:
         program.stop()
         shutil.rmtree(folder)
@@ -96,14 +112,20 @@ def share_once():
 def wake_ups(process):
     """How often the main thread of a process has waited for something and gone on."""
     status = pathlib.Path(f"/proc/{process}/task/{process}/status").read_text()
-    return int(next(line.split()[1] for line in status.splitlines()
-                    if line.startswith("voluntary_ctxt_switches")))
+    return int(
+        next(
+            line.split()[1]
+            for line in status.splitlines()
+            if line.startswith("voluntary_ctxt_switches")
+        )
+    )
 
 
 def idle_once():
     folder = tempfile.mkdtemp(dir="/dev/shm")
-    program = host.Host(scenario="timings", arguments=[f"folder={folder}"],
-                        more_bundle=SOURCE / "bench/bundle")
+    program = host.Host(
+        scenario="timings", arguments=[f"folder={folder}"], more_bundle=SOURCE / "bench/bundle"
+    )
     try:
         program.report()
         for where in ("in the window", "in the background"):
@@ -124,8 +146,10 @@ def main():
     runs = [{**run_once(), **share_once()} for _ in range(RUNS)]
     for name in runs[0]:
         values = [run[name] for run in runs]
-        print(f"{name:43} {statistics.median(values):10.3f}"
-              f"   ({min(values):.3f} to {max(values):.3f})")
+        print(
+            f"{name:43} {statistics.median(values):10.3f}"
+            f"   ({min(values):.3f} to {max(values):.3f})"
+        )
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
 // Listing a folder of 100,000 files for the UI, beside what `find` takes to print the same of each.
 
-#include "Runner/MainFlutterWindow/ShareEntries.h"
+#include "Runner/Intake/ShareEntries.h"
 #include "platform/foundation/FolderListing.h"
 #include "tests/support/TemporaryFolder.h"
 

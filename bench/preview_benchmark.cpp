@@ -2,8 +2,8 @@
 // process start and end included in all three. What the previewer costs the host besides: the
 // longest that its main loop was held up, and what its peak memory grew by.
 
-#include "platform/linux/ChildImagePreviewer.h"
-#include "platform/linux/InstallLayout.h"
+#include "platform/linux/previews/ChildImagePreviewer.h"
+#include "platform/linux/storage/InstallLayout.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
-// Publishing through the channel's own handler: many small files within one file system, and one
-// large file from one file system to another beside what `cp` and `sync` take for it.
+// Publishing through the channel's own handler: many small files within one file system beside `mv`
+// and one `sync`, and one large file from one file system to another beside `cp` and `sync`.
 //
 // BREVANHOLT_OTHER_DISK names a folder on another file system than the temporary folder (TMPDIR).
 
@@ -9,6 +9,9 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
+#include <vector>
+
+#include <unistd.h>
 
 #include "bench/SecondsOf.h"
 
@@ -42,29 +45,60 @@ void writeLargeFile(const fs::path& path) {
   for (std::int64_t written = 0; written < kLargeFile; written += 1 << 20) file << block;
 }
 
+std::vector<fs::path> writeSmallFiles(const fs::path& folder, std::int64_t count) {
+  fs::create_directories(folder);
+  std::vector<fs::path> files;
+  for (std::int64_t index = 0; index < count; ++index) {
+    files.push_back(folder / std::to_string(index));
+    writeFile(files.back(), "small");
+  }
+  return files;
+}
+
+void publishAll(FakePlatform& platform, const std::vector<fs::path>& files) {
+  std::vector<std::shared_ptr<std::optional<Reply>>> replies;
+  replies.reserve(files.size());
+  for (const fs::path& file : files) {
+    replies.push_back(platform.engine.messenger.call(
+        "brevanholt/platform", "publishReceivedFile",
+        Map{{"path", file.string()}, {"name", file.filename().string()}}));
+  }
+  for (const auto& reply : replies) platform.mainQueue.runUntil([&] { return reply->has_value(); });
+}
+
+// All calls are made before the first reply, as a page that does not wait makes them. In turns with
+// one `mv` of all of them and one sync of their file system.
 void BM_PublishSmallFiles(benchmark::State& state) {
+  const TemporaryFolder folder;
+  Host host(folder / "Downloads");
+  const fs::path moved = folder / "moved";
+  const std::string command = "mv -n '" + (folder / "source").string() + "'/* '" + moved.string() +
+                              "' && sync -f '" + moved.string() + "'";
+  double publishing = 0;
+  double moving = 0;
   for (auto _ : state) {
-    state.PauseTiming();
-    auto host = std::make_unique<Host>(TemporaryFolder().path());
-    fs::create_directories(host->platform.folders.temporary);
-    for (std::int64_t index = 0; index < state.range(0); ++index) {
-      writeFile(host->platform.folders.temporary / std::to_string(index), "small");
-    }
-    state.ResumeTiming();
-    for (std::int64_t index = 0; index < state.range(0); ++index) {
-      const std::string name = std::to_string(index);
-      host->platform.call(
-          "publishReceivedFile",
-          Map{{"path", (host->platform.folders.temporary / name).string()}, {"name", name}});
-    }
-    state.PauseTiming();
-    fs::remove_all(host->platform.folders.downloads);
-    host.reset();
-    state.ResumeTiming();
+    writeSmallFiles(folder / "source", state.range(0));
+    fs::create_directory(moved);
+    ::sync();
+    moving += secondsOf([&] {
+      if (std::system(command.c_str()) != 0) state.SkipWithError("mv failed");
+    });
+    const auto files = writeSmallFiles(folder / "source", state.range(0));
+    ::sync();
+    const double seconds = secondsOf([&] { publishAll(host.platform, files); });
+    publishing += seconds;
+    state.SetIterationTime(seconds);
+    fs::remove_all(moved);
+    fs::remove_all(folder / "Downloads/Brevanholt");
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
+  state.counters["of_mv_and_sync"] = publishing / moving;
 }
-BENCHMARK(BM_PublishSmallFiles)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PublishSmallFiles)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(10)
+    ->UseManualTime();
 
 void BM_ProbeTakenNames(benchmark::State& state) {
   const TemporaryFolder folder;

@@ -48,8 +48,12 @@ def below(process):
     """A process and its descendants."""
     family = [process]
     for one in family:
-        family += map(int, subprocess.run(["pgrep", "-P", str(one)], capture_output=True, text=True,
-                                          check=False).stdout.split())
+        family += map(
+            int,
+            subprocess.run(
+                ["pgrep", "-P", str(one)], capture_output=True, text=True, check=False
+            ).stdout.split(),
+        )
     return family
 
 
@@ -68,27 +72,58 @@ class SecureCopy:
     def __init__(self, network, sender, receiver):
         self._folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-scp-"))
         for key in ("host", "user"):
-            subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", self._folder / key],
-                           check=True)
+            subprocess.run(
+                ["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", self._folder / key],
+                check=True,
+            )
         pathlib.Path("/run/sshd").mkdir(exist_ok=True)
-        options = {"Port": 2222, "HostKey": self._folder / "host", "PidFile": "none", "UsePAM": "no",
-                   "AuthorizedKeysFile": self._folder / "user.pub", "StrictModes": "no",
-                   "PermitRootLogin": "yes", "Subsystem": "sftp internal-sftp"}
-        self._server = subprocess.Popen(network.command(
-            receiver, "/usr/sbin/sshd", "-D", "-f", "/dev/null",
-            *(part for option in options.items() for part in ("-o", "{}={}".format(*option)))))
+        options = {
+            "Port": 2222,
+            "HostKey": self._folder / "host",
+            "PidFile": "none",
+            "UsePAM": "no",
+            "AuthorizedKeysFile": self._folder / "user.pub",
+            "StrictModes": "no",
+            "PermitRootLogin": "yes",
+            "Subsystem": "sftp internal-sftp",
+        }
+        self._server = subprocess.Popen(
+            network.command(
+                receiver,
+                "/usr/sbin/sshd",
+                "-D",
+                "-f",
+                "/dev/null",
+                *(part for option in options.items() for part in ("-o", "{}={}".format(*option))),
+            )
+        )
         self._command = network.command(
-            sender, "scp", "-q", "-P", "2222", "-i", str(self._folder / "user"),
-            "-o", "StrictHostKeyChecking=no", "-o", "UserKnownHostsFile=/dev/null",
-            "-o", "LogLevel=ERROR")
+            sender,
+            "scp",
+            "-q",
+            "-P",
+            "2222",
+            "-i",
+            str(self._folder / "user"),
+            "-o",
+            "StrictHostKeyChecking=no",
+            "-o",
+            "UserKnownHostsFile=/dev/null",
+            "-o",
+            "LogLevel=ERROR",
+        )
         self._target = f"root@{network.address_of(receiver)}:{self._folder}/copy"
         small = self._folder / "small"
         small.touch()
         wait_until(lambda: self._run(small).returncode == 0, "the server", 20)
 
     def _run(self, file):
-        return subprocess.run([*self._command, str(file), self._target], check=False, timeout=LIMIT,
-                              stderr=subprocess.DEVNULL)
+        return subprocess.run(
+            [*self._command, str(file), self._target],
+            check=False,
+            timeout=LIMIT,
+            stderr=subprocess.DEVNULL,
+        )
 
     def seconds(self, file):
         began = time.monotonic()
@@ -129,8 +164,11 @@ def seconds_to_send(file, sender, receiver):
 
 
 def row(name, values, unit):
-    print(f"{name:40} {statistics.median(values):8.2f} {unit:5}"
-          f" ({min(values):.2f} to {max(values):.2f})", flush=True)
+    print(
+        f"{name:40} {statistics.median(values):8.2f} {unit:5}"
+        f" ({min(values):.2f} to {max(values):.2f})",
+        flush=True,
+    )
 
 
 def measure(network, megabytes, runs):
@@ -164,6 +202,6 @@ if __name__ == "__main__":
     given = [int(argument) for argument in sys.argv[1:]]
     net = Network("anna", "bob")
     try:
-        measure(net, *given, *(2048, 3)[len(given):])
+        measure(net, *given, *(2048, 3)[len(given) :])
     finally:
         net.close()

@@ -1,4 +1,4 @@
-#include "platform/engine/web/LinkFrame.h"
+#include "platform/engine/web/link/LinkFrame.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,6 @@
 #include "preview/ImageFormat.h"
 
 #include "preview/IsoMedia.h"
-#include "preview/PngFile.h"
 #include "preview/SvgFile.h"
 #include "preview/TiffFile.h"
 
@@ -13,7 +12,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Two letters begin many a text, so the header must be of a size that there is.
+// "BM" alone is ambiguous; also checks the size of the header.
 bool isBmp(ByteSpan file) {
   constexpr std::array<std::uint32_t, 7> kHeaderSizes{12, 40, 52, 56, 64, 108, 124};
   return text(file).starts_with("BM") &&
@@ -23,24 +22,6 @@ bool isBmp(ByteSpan file) {
 bool isHeif(ByteSpan file) {
   constexpr std::array kBrands{"heic"sv, "heix"sv, "heim"sv, "heis"sv, "mif1"sv};
   return std::ranges::any_of(kBrands, [file](auto brand) { return hasBrand(file, brand); });
-}
-
-bool goesToItsEndMarker(ByteSpan jpeg) {
-  const std::string_view file = text(jpeg);
-  std::size_t position = 2;
-  for (;;) {
-    position = file.find('\xFF', position);
-    if (position == std::string_view::npos || position + 1 >= file.size()) return false;
-    const std::uint8_t marker = jpeg[position + 1];
-    if (marker == 0xD9) return true;
-    if (marker == 0xFF) {  // fill bytes may come before a marker
-      ++position;
-    } else if (marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8)) {
-      position += 2;  // nothing belongs to it
-    } else {
-      position += 2U + bigEndian<std::uint16_t>(jpeg, position + 2);
-    }
-  }
 }
 
 }  // namespace
@@ -57,21 +38,6 @@ std::optional<ImageFormat> formatOf(ByteSpan file) {
   if (isTiff(file) && !isCameraRaw(file)) return ImageFormat::kTiff;
   if (isSvg(file)) return ImageFormat::kSvg;
   return std::nullopt;
-}
-
-bool isWhole(ImageFormat format, ByteSpan file) {
-  switch (format) {
-    case ImageFormat::kJpeg:
-      return goesToItsEndMarker(file);
-    case ImageFormat::kPng:
-      return PngFile::parse(file).has_value();
-    case ImageFormat::kBmp:
-      return littleEndian<std::uint32_t>(file, 2) <= file.size();
-    case ImageFormat::kWebp:
-      return littleEndian<std::uint32_t>(file, 4) + std::uint64_t{8} <= file.size();
-    default:
-      return true;
-  }
 }
 
 }  // namespace brevanholt::preview

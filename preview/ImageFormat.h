@@ -12,9 +12,4 @@ enum class ImageFormat { kJpeg, kPng, kGif, kBmp, kTiff, kWebp, kAvif, kHeif, kS
 // these kinds, camera raw files among it: what such a file shows as a TIFF is a small thumbnail.
 [[nodiscard]] std::optional<ImageFormat> formatOf(ByteSpan file);
 
-// Whether the file goes on to its end, as far as its structure tells without decoding it. Decoders
-// fill in what is missing with grey; a picture like that is none. The decoders of GIF, TIFF, AVIF,
-// HEIF and SVG do notice themselves.
-[[nodiscard]] bool isWhole(ImageFormat format, ByteSpan file);
-
 }  // namespace brevanholt::preview

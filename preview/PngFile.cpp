@@ -8,12 +8,19 @@ constexpr std::size_t kAroundChunk = 12;  // its length and type before, its che
 
 }  // namespace
 
-std::optional<PngFile> PngFile::parse(ByteSpan bytes) {
+std::optional<PngFile> PngFile::parseHeader(ByteSpan bytes) {
   if (!text(bytes).starts_with(kSignature)) return std::nullopt;
+  constexpr std::uint64_t kHeader = kSignature.size();
+  if (text(from(bytes, kHeader + 4, 4)) != "IHDR") return std::nullopt;
+  return PngFile{.width = bigEndian<std::uint32_t>(bytes, kHeader + 8),
+                 .height = bigEndian<std::uint32_t>(bytes, kHeader + 12)};
+}
+
+std::optional<PngFile> PngFile::parse(ByteSpan bytes) {
+  const auto header = parseHeader(bytes);
+  if (!header) return std::nullopt;
+  PngFile file = *header;
   std::uint64_t offset = kSignature.size();
-  if (text(from(bytes, offset + 4, 4)) != "IHDR") return std::nullopt;
-  PngFile file{.width = bigEndian<std::uint32_t>(bytes, offset + 8),
-               .height = bigEndian<std::uint32_t>(bytes, offset + 12)};
   while (offset + kAroundChunk <= bytes.size()) {
     const bool isLast = text(from(bytes, offset + 4, 4)) == "IEND";
     offset += kAroundChunk + bigEndian<std::uint32_t>(bytes, offset);

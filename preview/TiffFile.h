@@ -11,4 +11,11 @@ namespace brevanholt::preview {
 // decoder reads, or its small thumbnail.
 [[nodiscard]] bool isCameraRaw(ByteSpan tiff);
 
+// The orientation of the first image, as Exif numbers them; zero where it has none, and where this
+// is no TIFF file. Exif blocks are TIFF files too.
+[[nodiscard]] unsigned tiffOrientation(ByteSpan tiff);
+
+// Whether the first image has an alpha channel, of either kind.
+[[nodiscard]] bool hasAlpha(ByteSpan tiff);
+
 }  // namespace brevanholt::preview

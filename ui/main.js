@@ -1,6 +1,6 @@
 // Starts the application and shows it.
 
-import { Application } from './model/application.js';
+import { startApplication } from './model/start.js';
 import { invoke, platformEvents } from './platform.js';
 import { errorText } from './view/notices.js';
 import { mountWindow, showStartFailure } from './view/window.js';
@@ -8,7 +8,7 @@ import { mountWindow, showStartFailure } from './view/window.js';
 const EVENTS = ['sharedEntries', 'filesDropped', 'dragActiveChanged', 'discoveryRecoveryRequested'];
 
 try {
-  const application = await Application.start();
+  const application = await startApplication();
   mountWindow(document.body, application, {
     invoke,
     listen(heard) {

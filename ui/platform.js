@@ -15,108 +15,133 @@ const channel = new MethodChannel('brevanholt/platform');
 /** @typedef {{ visible: boolean, activeTransfer: TransferSnapshot | null,
  *              recentTransfers: TransferSnapshot[] }} DesktopShell */
 
-/**
- * @param {string} method
- * @param {object | null} [args]
- */
-const call = (method, args = null) => channel.invokeMethod(method, args);
+/** The values that calls take and give, by the names that METHODS has for them. A question mark stands
+ *  where a value may be absent or of another type.
+ *  @typedef {{ null: null, string: string, 'string?': string | undefined, boolean: boolean,
+ *              'boolean?': boolean, 'integer?': number, bytes: Uint8Array,
+ *              'bytes?': Uint8Array | null, strings: string[], entries: SharedEntry[],
+ *              received: ReceivedFile[], version: { version: string, buildNumber: string },
+ *              'snapshot?': TransferSnapshot | null, 'snapshots?': TransferSnapshot[] }} Types */
 
-export const platform = {
-  /** @returns {Promise<string>} */
-  deviceName: () => call('deviceName'),
-  platformEventsReady: () => call('platformEventsReady'),
-  /** @returns {Promise<string>} */
-  appSupportPath: () => call('appSupportPath'),
-  /** @returns {Promise<{ version: string, buildNumber: string }>} */
-  appVersion: () => call('appVersion'),
-  /** @returns {Promise<boolean>} */
-  launchAtStartupEnabled: () => call('launchAtStartupEnabled'),
-  /** @param {boolean} enabled */
-  setLaunchAtStartup: (enabled) => call('setLaunchAtStartup', { enabled }),
-  /** @param {DesktopShell} shell */
-  updateDesktopShell: (shell) => call('updateDesktopShell', shell),
-  /** @returns {Promise<SharedEntry[]>} */
-  pickFiles: () => call('pickFiles'),
-  /** @returns {Promise<SharedEntry[]>} */
-  pickFolder: () => call('pickFolder'),
-  /** @param {string[]} paths */
-  restorePickedFiles: (paths) => call('restorePickedFiles', { paths }),
-  /** @param {string[]} paths */
-  releasePickedFiles: (paths) => call('releasePickedFiles', { paths }),
-  /** @returns {Promise<boolean>} */
-  prepareReceiveLocation: () => call('prepareReceiveLocation'),
-  /** @param {string} text */
-  writeClipboardText: (text) => call('writeClipboardText', { text }),
-  /** @param {string} url */
-  openExternalUrl: (url) => call('openExternalUrl', { url }),
-  openReceiveFolder: () => call('openReceiveFolder'),
-  /** @param {string} name */
-  setReceiveFolderName: (name) => call('setReceiveFolderName', { name }),
-  /**
-   * @param {string} name
-   * @returns {Promise<string>}
-   */
-  temporaryReceivePath: (name) => call('temporaryReceivePath', { name }),
-  /**
-   * @param {{ path: string, name: string, relativePath?: string }} file
-   * @returns {Promise<string>} where it was placed
-   */
-  publishReceivedFile: (file) => call('publishReceivedFile', file),
-  /**
-   * @param {string} relativePath
-   * @returns {Promise<string>} where it is
-   */
-  publishReceivedDirectory: (relativePath) => call('publishReceivedDirectory', { relativePath }),
-  /**
-   * @param {string} location
-   * @returns {Promise<boolean>}
-   */
-  receivedFileExists: (location) => call('receivedFileExists', { location }),
-  /** @param {string} location */
-  openReceivedFile: (location) => call('openReceivedFile', { location }),
-  /** @param {string} location */
-  revealReceivedFile: (location) => call('revealReceivedFile', { location }),
-  /**
-   * @param {string} location
-   * @param {number} maximumDimension in pixels
-   * @returns {Promise<Uint8Array | null>} a PNG
-   */
-  receivedFilePreview: (location, maximumDimension) =>
-    call('receivedFilePreview', { location, maximumDimension }),
-  /**
-   * @param {string[]} names
-   * @returns {Promise<ReceivedFile[]>}
-   */
-  locateReceivedFiles: (names) => call('locateReceivedFiles', { names }),
-  enableMulticast: () => call('enableMulticast'),
-  /** @returns {Promise<boolean>} */
-  requestNotificationPermission: () => call('requestNotificationPermission'),
-  /** @param {{ enabled: boolean, transferInProgress: boolean }} mode */
-  setBackgroundMode: (mode) => call('setBackgroundMode', mode),
-  /** @param {{ id: string, title: string, body: string }} notification */
-  showNotification: (notification) => call('showNotification', notification),
-  /** @param {string} id */
-  clearNotification: (id) => call('clearNotification', { id }),
-  /** @returns {Promise<Uint8Array>} this device's public key */
-  cryptoCreateIdentity: () => call('cryptoCreateIdentity'),
-  /**
-   * @param {Uint8Array} publicKey
-   * @returns {Promise<Uint8Array>}
-   */
-  cryptoDeriveSharedKey: (publicKey) => call('cryptoDeriveSharedKey', { publicKey }),
-  /**
-   * @param {Uint8Array} key
-   * @param {Uint8Array} data
-   * @returns {Promise<Uint8Array>}
-   */
-  cryptoEncrypt: (key, data) => call('cryptoEncrypt', { key, data }),
-  /**
-   * @param {Uint8Array} key
-   * @param {Uint8Array} data
-   * @returns {Promise<Uint8Array>}
-   */
-  cryptoDecrypt: (key, data) => call('cryptoDecrypt', { key, data }),
-};
+/** The host's methods: what each takes, in order, and what it gives. */
+export const METHODS = /** @type {const} */ ({
+  deviceName: { takes: [], gives: 'string' },
+  platformEventsReady: { takes: [], gives: 'null' },
+  appSupportPath: { takes: [], gives: 'string' },
+  appVersion: { takes: [], gives: 'version' },
+  launchAtStartupEnabled: { takes: [], gives: 'boolean' },
+  setLaunchAtStartup: { takes: [['enabled', 'boolean?']], gives: 'null' },
+  updateDesktopShell: {
+    takes: [
+      ['visible', 'boolean?'],
+      ['activeTransfer', 'snapshot?'],
+      ['recentTransfers', 'snapshots?'],
+    ],
+    gives: 'null',
+  },
+  pickFiles: { takes: [], gives: 'entries' },
+  pickFolder: { takes: [], gives: 'entries' },
+  restorePickedFiles: { takes: [['paths', 'strings']], gives: 'null' },
+  releasePickedFiles: { takes: [['paths', 'strings']], gives: 'null' },
+  prepareReceiveLocation: { takes: [], gives: 'boolean' },
+  writeClipboardText: { takes: [['text', 'string']], gives: 'null' },
+  openExternalUrl: { takes: [['url', 'string']], gives: 'null' },
+  openReceiveFolder: { takes: [], gives: 'null' },
+  setReceiveFolderName: { takes: [['name', 'string']], gives: 'null' },
+  temporaryReceivePath: { takes: [['name', 'string']], gives: 'string' },
+  publishReceivedFile: {
+    takes: [
+      ['path', 'string'],
+      ['name', 'string?'],
+      ['relativePath', 'string?'],
+    ],
+    gives: 'string',
+  },
+  publishReceivedDirectory: { takes: [['relativePath', 'string']], gives: 'string' },
+  receivedFileExists: { takes: [['location', 'string']], gives: 'boolean' },
+  openReceivedFile: { takes: [['location', 'string']], gives: 'null' },
+  revealReceivedFile: { takes: [['location', 'string']], gives: 'null' },
+  receivedFilePreview: {
+    takes: [
+      ['location', 'string'],
+      ['maximumDimension', 'integer?'],
+    ],
+    gives: 'bytes?',
+  },
+  locateReceivedFiles: { takes: [['names', 'strings']], gives: 'received' },
+  enableMulticast: { takes: [], gives: 'null' },
+  requestNotificationPermission: { takes: [], gives: 'boolean' },
+  setBackgroundMode: {
+    takes: [
+      ['enabled', 'boolean?'],
+      ['transferInProgress', 'boolean?'],
+    ],
+    gives: 'null',
+  },
+  showNotification: {
+    takes: [
+      ['id', 'string'],
+      ['title', 'string'],
+      ['body', 'string'],
+    ],
+    gives: 'null',
+  },
+  clearNotification: { takes: [['id', 'string']], gives: 'null' },
+  cryptoCreateIdentity: { takes: [], gives: 'bytes' },
+  cryptoDeriveSharedKey: { takes: [['publicKey', 'bytes']], gives: 'bytes' },
+  cryptoEncrypt: {
+    takes: [
+      ['key', 'bytes'],
+      ['data', 'bytes'],
+    ],
+    gives: 'bytes',
+  },
+  cryptoDecrypt: {
+    takes: [
+      ['key', 'bytes'],
+      ['data', 'bytes'],
+    ],
+    gives: 'bytes',
+  },
+});
+
+/** @typedef {readonly (readonly [string, keyof Types])[]} Takes */
+/**
+ * @template {Takes} T
+ * @typedef {{ -readonly [At in keyof T]: Types[T[At][1]] }} InOrder
+ */
+/**
+ * @template {Takes} T
+ * @typedef {{ [One in T[number] as One[1] extends `${string}?` ? never : One[0]]: Types[One[1]] } &
+ *           { [One in T[number] as One[1] extends `${string}?` ? One[0] : never]?: Types[One[1]] }} ByName
+ */
+/** @typedef {typeof METHODS} Methods */
+/** @typedef {{ [M in keyof Methods]:
+ *    (...args: InOrder<Methods[M]['takes']> | [ByName<Methods[M]['takes']>]) =>
+ *      Promise<Types[Methods[M]['gives']]> }} Platform */
+
+/**
+ * The host's methods as functions. Each takes its arguments in order; one with several also takes them
+ * as one object.
+ */
+export const platform = /** @type {Platform} */ (
+  Object.fromEntries(
+    Object.entries(METHODS).map(([method, { takes }]) => [
+      method,
+      (/** @type {any[]} */ ...given) => channel.invokeMethod(method, argumentsOf(takes, given)),
+    ]),
+  )
+);
+
+/**
+ * @param {Takes} takes
+ * @param {any[]} given
+ */
+function argumentsOf(takes, given) {
+  if (takes.length === 0) return null;
+  if (takes.length > 1 && given.length === 1) return given[0];
+  return Object.fromEntries(takes.map(([name], at) => [name, given[at]]));
+}
 
 /**
  * Calls any method by name.
@@ -126,8 +151,8 @@ export const platform = {
 export const invoke = (method, args) => channel.invokeMethod(method, args);
 
 /** The host's events: “sharedEntries”, “filesDropped”, “dragActiveChanged” and
- *  “discoveryRecoveryRequested”, each a CustomEvent with the arguments as its detail. What came
- *  before listenToPlatform is delivered by it. */
+ *  “discoveryRecoveryRequested”, each a CustomEvent with the arguments as its detail. Those that
+ *  came before listenToPlatform are delivered by it. */
 export const platformEvents = new EventTarget();
 
 export function listenToPlatform() {

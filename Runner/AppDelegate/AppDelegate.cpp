@@ -8,12 +8,13 @@ AppDelegate::AppDelegate(const platform::Services& services, BrevanholtSharedIte
     : services_(services),
       bridge_(bridge),
       shareStore_(services.folders.downloads),
-      batches_(services.mainQueue, services.utilityQueue) {}
+      batches_(services.mainQueue) {}
 
 void AppDelegate::applicationDidFinishLaunching() {
   configureDesktopStatusItem();
   services_.notificationCenter.setOpenHandler(lifetime_.bind([this] { showMainWindow(); }));
-  publishPendingShares(shareStore_.consumePending());
+  publishShares(shareStore_.undelivered());
+  publishShares(shareStore_.consumePending());
   if (services_.isLoginItemLaunch) {
     services_.mainQueue.post(lifetime_.bind([this] { hideToBackground(); }));
   } else if (const auto window = mainWindow()) {
@@ -22,9 +23,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::applicationDidBecomeActive() {
-  const auto shares = shareStore_.consumePending();
+  auto shares = shareStore_.consumePending();
   if (shares.empty()) return;
-  publishPendingShares(shares);
+  publishShares(std::move(shares));
   showMainWindow();
 }
 

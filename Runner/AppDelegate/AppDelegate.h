@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Runner/AppDelegate/DesktopStatusMenuController.h"
-#include "Runner/MainFlutterWindow/BrevanholtSharedItemsBridge.h"
-#include "Runner/MainFlutterWindow/OrderedLists.h"
-#include "Runner/MainFlutterWindow/PickedFiles.h"
+#include "Runner/Intake/BrevanholtSharedItemsBridge.h"
+#include "Runner/Intake/DeliveryOrder.h"
+#include "Runner/Intake/PickedFiles.h"
+#include "Runner/StatusMenu/DesktopStatusMenuController.h"
 #include "Shared/BrevanholtNativeShareStore.h"
 #include "platform/Services.h"
+#include "platform/formats/Url.h"
 #include "platform/foundation/Lifetime.h"
-#include "platform/foundation/Url.h"
 
 #include <memory>
 
@@ -31,6 +31,7 @@ class AppDelegate final : public platform::ApplicationDelegate {
   bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
   void applicationOpen(const std::vector<std::string>& urls) override;
   void shareWithBrevanholt(const platform::ServicePasteboard& pasteboard) override;
+  void chooseFilesToShare() override;
 
   // Brings the application to the front as a windowed application.
   void showMainWindow();
@@ -53,16 +54,16 @@ class AppDelegate final : public platform::ApplicationDelegate {
   [[nodiscard]] platform::Image desktopStatusIcon() const;
   void requestDiscoveryRecovery() const;
 
-  void publishPendingShares(const std::vector<BrevanholtNativeShareStore::Items>& shares);
-  // The items that the UI can be told of, with access to them opened.
-  [[nodiscard]] BrevanholtNativeShareStore::Items keptItems(
-      const BrevanholtNativeShareStore::Items& items);
+  // Hands each share to the UI, in a batch of its own. Their bookmarks are written together.
+  void publishShares(std::vector<BrevanholtNativeShareStore::Share> shares);
+  // Opens access to the items, and leaves out those that the UI cannot be told of.
+  void keepItems(std::vector<BrevanholtNativeShareStore::Share>& shares);
   void openShareLink(const platform::Url& link);
 
   platform::Services services_;
   BrevanholtSharedItemsBridge& bridge_;
   BrevanholtNativeShareStore shareStore_;
-  OrderedLists batches_;
+  DeliveryOrder batches_;
   std::weak_ptr<MainFlutterWindow> mainWindow_;
   DesktopStatusMenuController statusMenuController_;
   std::unique_ptr<platform::ProcessActivity> availabilityActivity_;

@@ -1,9 +1,9 @@
 #include "Runner/AppDelegate/AppDelegate.h"
+#include "Runner/Intake/ShareEntries.h"
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
-#include "Runner/MainFlutterWindow/ShareEntries.h"
+#include "platform/formats/Url.h"
 #include "platform/foundation/Files.h"
 #include "platform/foundation/Log.h"
-#include "platform/foundation/Url.h"
 
 #include <algorithm>
 
@@ -15,16 +15,18 @@ using platform::Url;
 namespace {
 
 using Items = BrevanholtNativeShareStore::Items;
+using Share = BrevanholtNativeShareStore::Share;
 
 bool isShareLink(const Url& url) {
   return url.scheme() == "brevanholt" && url.host() == "share";
 }
 
-List entriesOf(const Items& items) {
+List entriesOf(const Items& items, const std::stop_token& stop) {
   List entries;
   for (const auto& item : items) {
+    if (stop.stop_requested()) break;
     if (item.path) {
-      for (auto& entry : shareEntries(*item.path)) entries.push_back(std::move(entry));
+      for (auto& entry : shareEntries(*item.path, stop)) entries.push_back(std::move(entry));
     } else if (item.text && !item.text->empty()) {
       entries.push_back(textEntry(*item.text));
     }
@@ -32,9 +34,8 @@ List entriesOf(const Items& items) {
   return entries;
 }
 
-bool holdsFolder(const Items& items) {
-  return std::ranges::any_of(
-      items, [](const auto& item) { return item.path && platform::isDirectory(*item.path); });
+bool hasPaths(const Items& items) {
+  return std::ranges::any_of(items, [](const auto& item) { return item.path.has_value(); });
 }
 
 }  // namespace
@@ -48,6 +49,16 @@ void AppDelegate::shareWithBrevanholt(const platform::ServicePasteboard& pastebo
   publishNative(items);
   services_.application.activate();
   if (const auto window = mainWindow()) window->window().makeKeyAndOrderFront();
+}
+
+void AppDelegate::chooseFilesToShare() {
+  showMainWindow();
+  services_.openPanel.choose(platform::OpenPanel::Choice::kFiles,
+                             lifetime_.bind([this](platform::OpenPanel::Locations chosen) {
+                               if (!chosen.empty()) {
+                                 shareWithBrevanholt({.files = std::move(chosen), .text = {}});
+                               }
+                             }));
 }
 
 void AppDelegate::applicationOpen(const std::vector<std::string>& urls) {
@@ -64,38 +75,50 @@ void AppDelegate::applicationOpen(const std::vector<std::string>& urls) {
 void AppDelegate::openShareLink(const Url& link) {
   const auto identifier = link.queryItem("id");
   if (!identifier) return;
-  Items items;
+  std::vector<Share> shares;
   try {
-    items = shareStore_.consumeIdentifier(*identifier);
+    shares.push_back(shareStore_.consumeIdentifier(*identifier));
   } catch (const platform::PlatformError& error) {
     return platform::logDebug(error.message());
   }
-  publishNative(items);
+  publishShares(std::move(shares));
   showMainWindow();
 }
 
-void AppDelegate::publishPendingShares(const std::vector<Items>& shares) {
-  for (const Items& items : shares) publishNative(items);
-}
-
 void AppDelegate::publishNative(const Items& items) {
-  const Items kept = keptItems(items);
-  const auto publish = [this](List entries) { bridge_.publish(std::move(entries)); };
-  if (holdsFolder(kept)) return batches_.make([kept] { return entriesOf(kept); }, publish);
-  batches_.add(entriesOf(kept), publish);
+  publishShares({{.items = items, .receipt = {}}});
 }
 
-Items AppDelegate::keptItems(const Items& items) {
-  Items kept;
-  PickedFiles::Locations locations;
-  for (const auto& item : items) {
-    if (item.path && !canBeNamed(*item.path)) continue;
-    if (item.path) locations.emplace_back(*item.path);
-    kept.push_back(item);
+void AppDelegate::publishShares(std::vector<Share> shares) {
+  keepItems(shares);
+  for (Share& share : shares) {
+    auto items = std::exchange(share.items, {});
+    auto publish = [this, share](List entries) {
+      bridge_.publish(std::move(entries),
+                      [share] { BrevanholtNativeShareStore::delivered(share); });
+    };
+    if (hasPaths(items)) {
+      batches_.make([items = std::move(items)](
+                        const std::stop_token& stop) { return entriesOf(items, stop); },
+                    std::move(publish));
+    } else {
+      batches_.add(entriesOf(items, {}), std::move(publish));
+    }
   }
+}
+
+void AppDelegate::keepItems(std::vector<Share>& shares) {
+  PickedFiles::Locations locations;
+  for (Share& share : shares) {
+    for (const auto& item : share.items) {
+      if (item.path) locations.emplace_back(*item.path);
+    }
+    std::erase_if(share.items,
+                  [](const auto& item) { return item.path && !canBeNamed(*item.path); });
+  }
+  eraseUnnameable(locations);
   const auto window = mainWindow();
   if (window && !locations.empty()) window->pickedFiles().keep(locations);
-  return kept;
 }
 
 }  // namespace brevanholt

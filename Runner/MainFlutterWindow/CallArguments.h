@@ -2,6 +2,8 @@
 
 #include "platform/channel/StandardMethodCodec.h"
 
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,12 +17,8 @@ class CallArguments {
  public:
   explicit CallArguments(const platform::MethodCall& call) : call_(call) {}
 
-  // All of them; the process ends where they are no map.
-  [[nodiscard]] const platform::Map& map() const {
-    const auto* map = call_.arguments.getIf<platform::Map>();
-    if (map == nullptr) preconditionFailure(call_.method, "arguments");
-    return *map;
-  }
+  // All of them; the process ends where they are not a map whose keys are all strings.
+  [[nodiscard]] const platform::Map& map() const;
 
   // A required argument; the process ends where it is absent or of another type.
   template <platform::ValueAlternative T>
@@ -30,11 +28,20 @@ class CallArguments {
     return *value;
   }
 
+  // A required string as a path. Nothing where no path can hold it.
+  [[nodiscard]] std::optional<std::filesystem::path> path(std::string_view key) const;
+
   // Null where the argument is absent or of another type.
   template <platform::ValueAlternative T>
   [[nodiscard]] const T* optional(std::string_view key) const {
     const auto* value = map().find(key);
     return value != nullptr ? value->getIf<T>() : nullptr;
+  }
+
+  // A Boolean that counts as false where it is absent or of another type.
+  [[nodiscard]] bool isTrue(std::string_view key) const {
+    const auto* value = optional<bool>(key);
+    return value != nullptr && *value;
   }
 
  private:

@@ -7,7 +7,6 @@ namespace brevanholt {
 
 using platform::MethodCall;
 using platform::MethodChannel;
-using platform::MethodResult;
 
 MainFlutterWindow::MainFlutterWindow(const platform::Services& services, AppDelegate* delegate,
                                      BrevanholtSharedItemsBridge& bridge)
@@ -15,8 +14,9 @@ MainFlutterWindow::MainFlutterWindow(const platform::Services& services, AppDele
       delegate_(delegate),
       bridge_(bridge),
       agreementKey_(PersistentAgreementKey(services.userDefaults)),
+      receiveFolder_(services.folders, services.mainQueue),
       pickedFiles_(services.securityScopes, services.userDefaults),
-      pickAnswers_(services.mainQueue, services.utilityQueue),
+      pickAnswers_(services.mainQueue),
       shareStore_(services.folders.downloads) {
   window().setDelegate(this);
 }
@@ -32,10 +32,10 @@ void MainFlutterWindow::awakeFromNib() {
   platformChannel_ =
       std::make_shared<MethodChannel>("brevanholt/platform", services_.engine.binaryMessenger());
   platformChannel_->setMethodCallHandler(
-      [weak = weak_from_this()](MethodCall call, MethodResult result) {
-        if (const auto self = weak.lock()) {
-          self->handlePlatformCall(std::move(call), std::move(result));
-        }
+      [weak = weak_from_this()](const MethodCall& call, MethodResult result) {
+        const auto self = weak.lock();
+        if (!self) return std::move(result).drop();
+        self->handlePlatformCall(call, std::move(result));
       });
   bridge_.setChannel(platformChannel_);
   bridge_.flushIfReady();
@@ -44,8 +44,10 @@ void MainFlutterWindow::awakeFromNib() {
   services_.dropContainer.addSubview(services_.engine.view());
   window().setContentView(services_.dropContainer.view());
   window().setFrame(frame);
-  tryPrepareReceiveDirectory();
+  receiveFolder_.prepare();
   configureDiscoveryRecovery();
+  // The next page declares its own background mode.
+  uiObserver_ = services_.engine.uiDidEnd.connect([this] { transferActivity_.reset(); });
 }
 
 void MainFlutterWindow::performClose() {
@@ -56,6 +58,22 @@ void MainFlutterWindow::performClose() {
 void MainFlutterWindow::windowDidBecomeKey() {
   if (delegate_ != nullptr) delegate_->applicationDidBecomeActive();
   requestDiscoveryRecovery();
+}
+
+// Every occasion asks, unfiltered; the UI decides what comes of it, and how often.
+void MainFlutterWindow::configureDiscoveryRecovery() {
+  const auto request = [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->requestDiscoveryRecovery();
+  };
+  services_.networkMonitor.start(
+      "brevanholt.network-monitor",
+      [&mainQueue = services_.mainQueue, request] { mainQueue.post(request); });
+  wakeObservers_.push_back(services_.wakeNotices.systemDidWake.connect(request));
+  wakeObservers_.push_back(services_.wakeNotices.screensDidWake.connect(request));
+}
+
+void MainFlutterWindow::requestDiscoveryRecovery() {
+  if (platformChannel_) platformChannel_->invokeMethod("discoveryRecoveryRequested");
 }
 
 }  // namespace brevanholt

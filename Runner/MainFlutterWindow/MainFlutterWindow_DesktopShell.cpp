@@ -5,22 +5,12 @@ namespace brevanholt {
 
 using platform::Value;
 
-namespace {
-
-// What is absent or no Boolean counts as false.
-bool isTrue(const CallArguments& arguments, std::string_view key) {
-  const auto* value = arguments.optional<bool>(key);
-  return value != nullptr && *value;
-}
-
-}  // namespace
-
 Value MainFlutterWindow::launchAtStartupEnabled(const CallArguments& /*arguments*/) {
   return delegate_ != nullptr && delegate_->launchAtStartupEnabled();
 }
 
 Value MainFlutterWindow::setLaunchAtStartup(const CallArguments& arguments) {
-  const bool enabled = isTrue(arguments, "enabled");
+  const bool enabled = arguments.isTrue("enabled");
   if (delegate_ != nullptr) delegate_->setLaunchAtStartup(enabled);
   return {};
 }
@@ -32,8 +22,8 @@ Value MainFlutterWindow::updateDesktopShell(const CallArguments& arguments) {
 }
 
 Value MainFlutterWindow::setBackgroundMode(const CallArguments& arguments) {
-  const bool enabled = isTrue(arguments, "enabled");
-  const bool isTransferring = enabled && isTrue(arguments, "transferInProgress");
+  const bool enabled = arguments.isTrue("enabled");
+  const bool isTransferring = enabled && arguments.isTrue("transferInProgress");
   if (delegate_ != nullptr) delegate_->setBackgroundAvailability(enabled);
   if (!isTransferring) {
     transferActivity_.reset();

@@ -1,79 +1,106 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
+#include "Runner/MainFlutterWindow/Replies.h"
+#include "Runner/MainFlutterWindow/TransferKey.h"
+#include "platform/crypto/AesGcm.h"
+#include "platform/foundation/Files.h"
 #include "platform/foundation/Log.h"
 
-#include <array>
-#include <cstdlib>
+#include <string_view>
 #include <variant>
 
 namespace brevanholt {
 
+using platform::Bytes;
 using platform::MethodCall;
-using platform::MethodError;
 using platform::MethodResult;
-using platform::PlatformError;
 using platform::Value;
 
-// Calls that read or change the receive folder keep their order even while a copy into it runs.
-enum class CallOrder { kAtOnce, kBehindCopies };
-
-// One row of the dispatcher's table. A handler that answers at once returns the value; one that
-// answers later takes the result. Either may throw instead.
+// One row of the dispatcher's table. A handler that answers at once returns the value or throws.
+// One that answers later owns the result, and replies with its failures itself.
 struct PlatformMethod {
-  using AnswersAtOnce = Value (MainFlutterWindow::*)(const CallArguments&);
-  using AnswersLater = void (MainFlutterWindow::*)(const CallArguments&, MethodResult&);
+  using AnswersAtOnce = Value (*)(MainFlutterWindow&, const CallArguments&);
+  using AnswersLater = void (*)(MainFlutterWindow&, const CallArguments&, MethodResult);
 
   std::string_view name;
   std::variant<AnswersAtOnce, AnswersLater> handler;
-  CallOrder order = CallOrder::kAtOnce;
 
   static const PlatformMethod* find(std::string_view name);
 };
 
 namespace {
 
-MethodError platformError(const std::exception& error) {
-  return {"platform_error", error.what(), {}};
+template <Value (MainFlutterWindow::*handler)(const CallArguments&)>
+Value atOnce(MainFlutterWindow& window, const CallArguments& arguments) {
+  return (window.*handler)(arguments);
+}
+
+template <void (MainFlutterWindow::*handler)(const CallArguments&, MethodResult)>
+void later(MainFlutterWindow& window, const CallArguments& arguments, MethodResult result) {
+  (window.*handler)(arguments, std::move(result));
+}
+
+Value received(const CallArguments& arguments) {
+  const auto location = arguments.path("location");
+  return location && platform::fileExists(*location);
+}
+
+Value encrypted(const CallArguments& arguments) {
+  return platform::sealAesGcm(arguments.required<Bytes>("key").span(),
+                              arguments.required<Bytes>("data").span());
+}
+
+Value decrypted(const CallArguments& arguments) {
+  return platform::openAesGcm(arguments.required<Bytes>("key").span(),
+                              arguments.required<Bytes>("data").span());
 }
 
 }  // namespace
 
 const PlatformMethod* PlatformMethod::find(std::string_view name) {
   using W = MainFlutterWindow;
-  using enum CallOrder;
-  static constexpr std::array kPlatformMethods{
-      PlatformMethod{"deviceName", &W::deviceName},
-      PlatformMethod{"platformEventsReady", &W::platformEventsReady},
-      PlatformMethod{"appSupportPath", &W::appSupportPath},
-      PlatformMethod{"appVersion", &W::appVersion},
-      PlatformMethod{"launchAtStartupEnabled", &W::launchAtStartupEnabled},
-      PlatformMethod{"setLaunchAtStartup", &W::setLaunchAtStartup},
-      PlatformMethod{"updateDesktopShell", &W::updateDesktopShell},
-      PlatformMethod{"pickFiles", &W::pickFiles},
-      PlatformMethod{"pickFolder", &W::pickFolder},
-      PlatformMethod{"restorePickedFiles", &W::restorePickedFiles},
-      PlatformMethod{"releasePickedFiles", &W::releasePickedFiles},
-      PlatformMethod{"prepareReceiveLocation", &W::prepareReceiveLocation, kBehindCopies},
-      PlatformMethod{"writeClipboardText", &W::writeClipboardText},
-      PlatformMethod{"openExternalUrl", &W::openExternalUrl},
-      PlatformMethod{"openReceiveFolder", &W::openReceiveFolder, kBehindCopies},
-      PlatformMethod{"setReceiveFolderName", &W::setReceiveFolderName, kBehindCopies},
-      PlatformMethod{"temporaryReceivePath", &W::temporaryReceivePath},
-      PlatformMethod{"publishReceivedFile", &W::publishReceivedFile, kBehindCopies},
-      PlatformMethod{"publishReceivedDirectory", &W::publishReceivedDirectory, kBehindCopies},
-      PlatformMethod{"receivedFileExists", &W::receivedFileExists, kBehindCopies},
-      PlatformMethod{"openReceivedFile", &W::openReceivedFile, kBehindCopies},
-      PlatformMethod{"revealReceivedFile", &W::revealReceivedFile, kBehindCopies},
-      PlatformMethod{"receivedFilePreview", PlatformMethod::AnswersLater(&W::receivedFilePreview)},
-      PlatformMethod{"locateReceivedFiles", &W::locateReceivedFiles, kBehindCopies},
-      PlatformMethod{"enableMulticast", &W::enableMulticast},
-      PlatformMethod{"requestNotificationPermission", &W::requestNotificationPermission},
-      PlatformMethod{"setBackgroundMode", &W::setBackgroundMode},
-      PlatformMethod{"showNotification", &W::showNotification},
-      PlatformMethod{"clearNotification", &W::clearNotification},
-      PlatformMethod{"cryptoCreateIdentity", &W::cryptoCreateIdentity},
-      PlatformMethod{"cryptoDeriveSharedKey", &W::cryptoDeriveSharedKey},
-      PlatformMethod{"cryptoEncrypt", &W::cryptoEncrypt},
-      PlatformMethod{"cryptoDecrypt", &W::cryptoDecrypt},
+  using A = const CallArguments&;
+  using R = MethodResult;
+  static constexpr PlatformMethod kPlatformMethods[] = {
+      {"deviceName", [](W& w, A) -> Value { return w.services_.hostName.localizedName(); }},
+      {"platformEventsReady", atOnce<&W::platformEventsReady>},
+      {"appSupportPath", atOnce<&W::appSupportPath>},
+      {"appVersion", atOnce<&W::appVersion>},
+      {"launchAtStartupEnabled", atOnce<&W::launchAtStartupEnabled>},
+      {"setLaunchAtStartup", atOnce<&W::setLaunchAtStartup>},
+      {"updateDesktopShell", atOnce<&W::updateDesktopShell>},
+      {"pickFiles", later<&W::pickFiles>},
+      {"pickFolder", later<&W::pickFolder>},
+      {"restorePickedFiles", atOnce<&W::restorePickedFiles>},
+      {"releasePickedFiles", later<&W::releasePickedFiles>},
+      {"prepareReceiveLocation", [](W& w, A) -> Value { return w.receiveFolder_.prepare(); }},
+      {"writeClipboardText", atOnce<&W::writeClipboardText>},
+      {"openExternalUrl", later<&W::openExternalUrl>},
+      {"openReceiveFolder", later<&W::openReceiveFolder>},
+      {"setReceiveFolderName", atOnce<&W::setReceiveFolderName>},
+      {"temporaryReceivePath", atOnce<&W::temporaryReceivePath>},
+      {"publishReceivedFile", later<&W::publishReceivedFile>},
+      {"publishReceivedDirectory",
+       [](W& w, A a, R result) {
+         w.receiveFolder_.publishDirectory(a.required<std::string>("relativePath"),
+                                           replyPath(std::move(result)));
+       }},
+      {"receivedFileExists", [](W&, A a) -> Value { return received(a); }},
+      {"openReceivedFile", later<&W::openReceivedFile>},
+      {"revealReceivedFile", atOnce<&W::revealReceivedFile>},
+      {"receivedFilePreview", later<&W::receivedFilePreview>},
+      {"locateReceivedFiles", later<&W::locateReceivedFiles>},
+      {"enableMulticast", [](W&, A) -> Value { return {}; }},
+      {"requestNotificationPermission", later<&W::requestNotificationPermission>},
+      {"setBackgroundMode", atOnce<&W::setBackgroundMode>},
+      {"showNotification", later<&W::showNotification>},
+      {"clearNotification", atOnce<&W::clearNotification>},
+      {"cryptoCreateIdentity", [](W& w, A) -> Value { return publicKeyOf(w.agreementKey_); }},
+      {"cryptoDeriveSharedKey",
+       [](W& w, A a) -> Value {
+         return transferKey(w.agreementKey_, a.required<Bytes>("publicKey"));
+       }},
+      {"cryptoEncrypt", [](W&, A a) { return encrypted(a); }},
+      {"cryptoDecrypt", [](W&, A a) { return decrypted(a); }},
   };
   for (const PlatformMethod& method : kPlatformMethods) {
     if (method.name == name) return &method;
@@ -81,50 +108,20 @@ const PlatformMethod* PlatformMethod::find(std::string_view name) {
   return nullptr;
 }
 
-void MainFlutterWindow::handlePlatformCall(MethodCall call, MethodResult result) {
+void MainFlutterWindow::handlePlatformCall(const MethodCall& call, MethodResult result) {
   const PlatformMethod* method = PlatformMethod::find(call.method);
   if (method == nullptr) return std::move(result).notImplemented();
-  if (isCopying_ && method->order == CallOrder::kBehindCopies) {
-    callsBehindCopy_.emplace_back(std::move(call), std::move(result));
-    return;
-  }
   const CallArguments arguments(call);
-  if (const auto* handler = std::get_if<PlatformMethod::AnswersAtOnce>(&method->handler)) {
-    return reply(std::move(result),
-                 [this, handler, &arguments] { return (this->**handler)(arguments); });
+  if (const auto* answerLater = std::get_if<PlatformMethod::AnswersLater>(&method->handler)) {
+    return (*answerLater)(*this, arguments, std::move(result));
   }
-  const auto handler = std::get<PlatformMethod::AnswersLater>(method->handler);
-  try {
-    (this->*handler)(arguments, result);
-  } catch (const std::exception& error) {
-    std::move(result).error(platformError(error));
-  }
-}
-
-void MainFlutterWindow::reply(MethodResult result, platform::UniqueFunction<Value()> answer) {
   Value value;
   try {
-    value = answer();
+    value = std::get<PlatformMethod::AnswersAtOnce>(method->handler)(*this, arguments);
   } catch (const std::exception& error) {
-    return std::move(result).error(platformError(error));
+    return replyError(std::move(result), error);
   }
   std::move(result).success(std::move(value));
-}
-
-platform::Workspace::Callback MainFlutterWindow::replyDone(MethodResult result,
-                                                           std::string failureMessage) {
-  return [result = std::move(result), failureMessage = std::move(failureMessage)](
-             const platform::Result<platform::Done>& outcome) mutable {
-    if (outcome.ok()) return std::move(result).success();
-    platform::logInfo(failureMessage + " " + outcome.error().message());
-    std::move(result).error(platformError(PlatformError(failureMessage)));
-  };
-}
-
-void preconditionFailure(std::string_view method, std::string_view key) {
-  platform::logError("fatal: method \"" + std::string(method) + "\" was called without a valid \"" +
-                     std::string(key) + "\"");
-  std::abort();
 }
 
 }  // namespace brevanholt

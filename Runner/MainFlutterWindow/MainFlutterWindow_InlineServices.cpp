@@ -1,11 +1,11 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
+#include "Runner/MainFlutterWindow/Replies.h"
+#include "platform/formats/Url.h"
 #include "platform/foundation/Files.h"
-#include "platform/foundation/Url.h"
 
 namespace brevanholt {
 
 using platform::Map;
-using platform::MethodResult;
 using platform::PlatformError;
 using platform::Value;
 
@@ -20,12 +20,6 @@ bool isWebLink(const std::string& text) {
 }
 
 }  // namespace
-
-void MainFlutterWindow::deviceName(const CallArguments& /*arguments*/, MethodResult& result) {
-  services_.hostName.localizedName([result = std::move(result)](std::string name) mutable {
-    std::move(result).success(std::move(name));
-  });
-}
 
 Value MainFlutterWindow::platformEventsReady(const CallArguments& /*arguments*/) {
   bridge_.setDartReady();
@@ -51,14 +45,10 @@ Value MainFlutterWindow::writeClipboardText(const CallArguments& arguments) {
   return {};
 }
 
-void MainFlutterWindow::openExternalUrl(const CallArguments& arguments, MethodResult& result) {
+void MainFlutterWindow::openExternalUrl(const CallArguments& arguments, MethodResult result) {
   const auto& url = arguments.required<std::string>("url");
-  if (!isWebLink(url)) throw PlatformError(kLinkFailure);
+  if (!isWebLink(url)) return replyError(std::move(result), PlatformError(kLinkFailure));
   services_.workspace.openUrl(url, replyDone(std::move(result), kLinkFailure));
-}
-
-Value MainFlutterWindow::enableMulticast(const CallArguments& /*arguments*/) {
-  return {};
 }
 
 }  // namespace brevanholt

@@ -2,12 +2,11 @@
 
 namespace brevanholt {
 
-using platform::MethodResult;
 using platform::Result;
 using platform::Value;
 
 void MainFlutterWindow::requestNotificationPermission(const CallArguments& /*arguments*/,
-                                                      MethodResult& result) {
+                                                      MethodResult result) {
   services_.notificationCenter.requestAuthorization([result = std::move(result)](
                                                         Result<bool> granted) mutable {
     if (granted.ok()) return std::move(result).success(granted.value());
@@ -15,7 +14,7 @@ void MainFlutterWindow::requestNotificationPermission(const CallArguments& /*arg
   });
 }
 
-void MainFlutterWindow::showNotification(const CallArguments& arguments, MethodResult& result) {
+void MainFlutterWindow::showNotification(const CallArguments& arguments, MethodResult result) {
   const auto& title = arguments.required<std::string>("title");
   const auto& body = arguments.required<std::string>("body");
   const auto& identifier = arguments.required<std::string>("id");

@@ -1,7 +1,5 @@
+#include "Runner/Intake/ShareEntries.h"
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
-#include "Runner/MainFlutterWindow/ShareEntries.h"
-
-#include <algorithm>
 
 namespace brevanholt {
 
@@ -26,7 +24,7 @@ std::vector<std::string> pathsOf(const CallArguments& arguments) {
   return paths;
 }
 
-OrderedLists::Deliver replyWith(MethodResult result) {
+DeliveryOrder::Deliver replyWith(MethodResult result) {
   return [result = std::move(result)](List entries) mutable {
     std::move(result).success(std::move(entries));
   };
@@ -34,33 +32,36 @@ OrderedLists::Deliver replyWith(MethodResult result) {
 
 }  // namespace
 
-void MainFlutterWindow::pickFiles(const CallArguments& /*arguments*/, MethodResult& result) {
+void MainFlutterWindow::pickFiles(const CallArguments& /*arguments*/, MethodResult result) {
   choose(OpenPanel::Choice::kFiles, std::move(result),
-         [this](const PickedFiles::Locations& files, OrderedLists::Deliver answer) {
+         [this](const PickedFiles::Locations& files, DeliveryOrder::Deliver answer) {
            List entries;
            for (const fs::path& file : files) entries.push_back(pickedFileEntry(file));
            pickAnswers_.add(std::move(entries), std::move(answer));
          });
 }
 
-void MainFlutterWindow::pickFolder(const CallArguments& /*arguments*/, MethodResult& result) {
+void MainFlutterWindow::pickFolder(const CallArguments& /*arguments*/, MethodResult result) {
   choose(OpenPanel::Choice::kFolder, std::move(result),
-         [this](const PickedFiles::Locations& folders, OrderedLists::Deliver answer) {
+         [this](const PickedFiles::Locations& folders, DeliveryOrder::Deliver answer) {
            if (folders.empty()) return pickAnswers_.add({}, std::move(answer));
-           pickAnswers_.make([folder = folders.front()] { return folderEntries(folder); },
-                             std::move(answer));
+           pickAnswers_.make(
+               [folder = folders.front()](const std::stop_token& stop) {
+                 return folderEntries(folder, stop);
+               },
+               std::move(answer));
          });
 }
 
 void MainFlutterWindow::choose(
     OpenPanel::Choice choice, MethodResult result,
-    platform::UniqueFunction<void(const PickedFiles::Locations&, OrderedLists::Deliver)> use) {
+    platform::UniqueFunction<void(const PickedFiles::Locations&, DeliveryOrder::Deliver)> use) {
   services_.openPanel.choose(
       choice, [weak = weak_from_this(), use = std::move(use),
                answer = replyWith(std::move(result))](PickedFiles::Locations chosen) mutable {
         const auto self = weak.lock();
         if (!self) return answer({});
-        std::erase_if(chosen, [](const fs::path& location) { return !canBeNamed(location); });
+        eraseUnnameable(chosen);
         if (!chosen.empty()) self->pickedFiles_.keep(chosen);
         use(chosen, std::move(answer));
       });
@@ -71,14 +72,15 @@ Value MainFlutterWindow::restorePickedFiles(const CallArguments& arguments) {
   return {};
 }
 
-Value MainFlutterWindow::releasePickedFiles(const CallArguments& arguments) {
+void MainFlutterWindow::releasePickedFiles(const CallArguments& arguments, MethodResult result) {
   std::vector<std::string> paths = pathsOf(arguments);
   pickedFiles_.release(paths);
-  // A share may hold a great many files, and nobody waits for them to go.
-  services_.utilityQueue.async([shareStore = shareStore_, paths = std::move(paths)] {
+  // A share may hold a great many files: they are deleted off the main thread, before the reply.
+  services_.utilityQueue.async([&mainQueue = services_.mainQueue, shareStore = shareStore_,
+                                paths = std::move(paths), result = std::move(result)]() mutable {
     shareStore.discardStagedItems(paths);
+    mainQueue.post([result = std::move(result)]() mutable { std::move(result).success(); });
   });
-  return {};
 }
 
 }  // namespace brevanholt

@@ -34,14 +34,14 @@ void answerNone(MethodResult result, const platform::PlatformError& why) {
 
 }  // namespace
 
-void MainFlutterWindow::receivedFilePreview(const CallArguments& arguments, MethodResult& result) {
-  const fs::path location = arguments.required<std::string>("location");
-  receivedFilePreview(location, maximumDimensionIn(arguments), std::move(result));
+void MainFlutterWindow::receivedFilePreview(const CallArguments& arguments, MethodResult result) {
+  const auto location = arguments.path("location");
+  if (!location || !platform::fileExists(*location)) return std::move(result).success();
+  receivedFilePreview(*location, maximumDimensionIn(arguments), std::move(result));
 }
 
 void MainFlutterWindow::receivedFilePreview(const fs::path& file, int maximumDimension,
                                             MethodResult result) {
-  if (!platform::fileExists(file)) return std::move(result).success();
   imagePreviewData(file, maximumDimension,
                    [weak = weak_from_this(), file, maximumDimension,
                     result = std::move(result)](Result<std::optional<Bytes>> image) mutable {

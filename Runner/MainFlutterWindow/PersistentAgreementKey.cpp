@@ -16,12 +16,9 @@ constexpr const char* kAgreementPrivateKey = "brevanholtAgreementPrivateKey";
 std::optional<P256PrivateKey> storedKey(const UserDefaults& defaults) {
   const auto raw = defaults.data(kAgreementPrivateKey);
   if (!raw) return std::nullopt;
-  try {
-    return P256PrivateKey(raw->span());
-  } catch (const PlatformError& error) {
-    platform::logInfo("the device gets a new identity: " + error.message());
-    return std::nullopt;
-  }
+  auto key = P256PrivateKey::fromRawRepresentation(raw->span());
+  if (!key) platform::logInfo("the stored identity is not a key; the device gets a new one");
+  return key;
 }
 
 }  // namespace

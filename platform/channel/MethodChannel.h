@@ -24,6 +24,9 @@ class MethodChannel {
   void setMethodCallHandler(Handler handler);
   // Calls a method of the UI; no reply is expected.
   void invokeMethod(std::string method, Value arguments = {});
+  // The same for what must not be lost: see BinaryMessenger::sendUntilHandled().
+  void invokeMethodUntilHandled(std::string method, Value arguments,
+                                UniqueFunction<void()> handled);
 
  private:
   std::string name_;

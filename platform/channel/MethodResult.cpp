@@ -7,7 +7,7 @@ namespace brevanholt::platform {
 MethodResult::~MethodResult() {
   if (!sink_) return;
   logError("a method call was dropped without a reply");
-  send(MethodError{"abandoned", "The call was not answered.", {}});
+  send(MethodError{"platform_error", "The call was not answered.", {}});
 }
 
 void MethodResult::send(Reply reply) {

@@ -6,7 +6,8 @@
 namespace brevanholt::platform {
 
 // The reply that a method call is owed: consumed by whoever sends it, and sent exactly once. One
-// that is dropped is logged and answered with an error; sending a second time is a logged fault.
+// that is destroyed unsent is logged and answered with the error "platform_error"; sending a second
+// time is a logged fault.
 class MethodResult {
  public:
   using Sink = UniqueFunction<void(Reply)>;
@@ -20,6 +21,8 @@ class MethodResult {
   void error(MethodError error) && { send(std::move(error)); }
   void notImplemented() && { send(NotImplemented{}); }
   void reply(Reply reply) && { send(std::move(reply)); }
+  // Nobody waits for the reply any more: none is sent.
+  void drop() && { sink_ = nullptr; }
 
  private:
   void send(Reply reply);

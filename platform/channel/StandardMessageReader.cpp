@@ -15,6 +15,11 @@ using Cause = CodecError::Cause;
 // What a list reserves on the word of its size alone.
 constexpr std::size_t kTrustedElements = 256;
 
+// A value takes several times the memory of its shortest encoding, so that a message of nothing but
+// nulls would grow to forty times its size.
+constexpr std::size_t kMemoryOfAnyMessage = 64 << 20;
+constexpr std::size_t kMemoryPerByte = 16;
+
 class DepthGuard {
  public:
   explicit DepthGuard(int& depth) : depth_(depth) {
@@ -32,6 +37,10 @@ class DepthGuard {
 };
 
 }  // namespace
+
+StandardMessageReader::StandardMessageReader(Bytes message)
+    : message_(std::move(message)),
+      budget_(std::max(kMemoryOfAnyMessage, message_.size() * kMemoryPerByte)) {}
 
 std::uint8_t StandardMessageReader::readByte() {
   return *take(1);
@@ -118,6 +127,7 @@ void StandardMessageReader::readListInto(List& list) {
   const DepthGuard guard(depth_);
   const std::size_t size = readSize();
   if (size > remaining()) throw CodecError(Cause::kTruncated, "a list is cut short");
+  charge(size, sizeof(Value));
   list.reserve(std::min(size, kTrustedElements));
   for (std::size_t index = 0; index < size; ++index) readInto(list.emplace_back());
 }
@@ -126,6 +136,7 @@ void StandardMessageReader::readMapInto(Map& map) {
   const DepthGuard guard(depth_);
   const std::size_t size = readSize();
   if (size > remaining() / 2) throw CodecError(Cause::kTruncated, "a map is cut short");
+  charge(size, sizeof(MapEntry));
   map.reserve(std::min(size, kTrustedElements));
   for (std::size_t index = 0; index < size; ++index) {
     MapEntry& entry = map.add();
@@ -156,6 +167,13 @@ const std::uint8_t* StandardMessageReader::take(std::size_t size) {
   const auto* start = message_.data() + position_;
   position_ += size;
   return start;
+}
+
+void StandardMessageReader::charge(std::size_t count, std::size_t elementSize) {
+  if (count > budget_ / elementSize) {
+    throw CodecError(Cause::kTooLarge, "the values take too much memory");
+  }
+  budget_ -= count * elementSize;
 }
 
 void StandardMessageReader::align(std::size_t width) {

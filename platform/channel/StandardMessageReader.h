@@ -11,7 +11,7 @@ namespace brevanholt::platform {
 // Reads values one after another out of a message that may hold anything at all; throws CodecError.
 class StandardMessageReader {
  public:
-  explicit StandardMessageReader(Bytes message) : message_(std::move(message)) {}
+  explicit StandardMessageReader(Bytes message);
 
   [[nodiscard]] std::uint8_t readByte();
   [[nodiscard]] Value readValue();
@@ -34,8 +34,11 @@ class StandardMessageReader {
   [[nodiscard]] const std::uint8_t* take(std::size_t size);
   [[nodiscard]] std::size_t remaining() const { return message_.size() - position_; }
   void align(std::size_t width);
+  // Counts the memory that a list's or map's elements are about to take.
+  void charge(std::size_t count, std::size_t elementSize);
 
   Bytes message_;
+  std::size_t budget_;  // bytes that elements may still take
   std::size_t position_ = 0;
   int depth_ = 0;
 };

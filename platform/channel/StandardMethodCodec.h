@@ -36,6 +36,7 @@ class CodecError : public std::runtime_error {
     kTrailingBytes,   // something follows the last value
     kUnknownTag,      // a type that the codec does not have
     kInvalidUtf8,     // a string that is not UTF-8
+    kTooLarge,        // values that take far more memory than the message
     kTooDeep,         // lists and maps nested beyond StandardMethodCodec::kMaximumDepth
     kNotAMethodCall,  // well-formed values, but the first is not a method's name
     kNotAnEnvelope,   // a reply whose first byte is neither success nor error, or a nameless error
@@ -52,7 +53,8 @@ class CodecError : public std::runtime_error {
 // the message.
 //
 // Decoding takes any bytes: whatever is not a message is a CodecError, and what it allocates
-// follows the bytes that are there, never a size that they claim. Byte lists are slices of the
+// follows the bytes that are there, never a size that they claim: lists and maps take at most
+// sixteen times the message's size, or 64 MiB. Byte lists are slices of the
 // message. Encoding repairs strings that are not UTF-8, so that a reply is never lost over a file's
 // name.
 class StandardMethodCodec {

@@ -1,5 +1,7 @@
 #include "platform/channel/Value.h"
 
+#include <algorithm>
+
 namespace brevanholt::platform {
 
 Map::Map() = default;
@@ -35,6 +37,11 @@ const Value* Map::find(std::string_view key) const {
 
 std::size_t Map::size() const {
   return entries_.size();
+}
+
+bool Map::hasOnlyStringKeys() const {
+  return std::ranges::all_of(
+      entries_, [](const MapEntry& entry) { return entry.key.getIf<std::string>() != nullptr; });
 }
 
 bool operator==(const Map& left, const Map& right) {

@@ -43,6 +43,7 @@ class Map {
   [[nodiscard]] const Value* find(std::string_view key) const;
   [[nodiscard]] const std::vector<MapEntry>& entries() const { return entries_; }
   [[nodiscard]] std::size_t size() const;
+  [[nodiscard]] bool hasOnlyStringKeys() const;
 
   friend bool operator==(const Map&, const Map&);
 

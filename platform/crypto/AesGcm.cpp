@@ -4,6 +4,7 @@
 #include "platform/foundation/ByteBuffer.h"
 #include "platform/foundation/PlatformError.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
@@ -95,6 +96,7 @@ Bytes openAesGcm(std::span<const std::uint8_t> key, std::span<const std::uint8_t
   pass.run(ciphertext, plaintext.data());
   if (!pass.finish()) {
     openssl::forgetErrors();
+    OPENSSL_cleanse(plaintext.data(), plaintext.size());
     throw PlatformError("The sealed payload was changed, or sealed with another key.");
   }
   return std::move(plaintext).finish();

@@ -102,20 +102,24 @@ P256PrivateKey P256PrivateKey::generate() {
   for (;;) {  // half of all keys will do
     SecretBytes candidate(kRawSize);
     openssl::require(RAND_priv_bytes(candidate.data(), kRawSize) > 0);
-    if (!scalarFrom(candidate.span())) continue;
-    P256PrivateKey key(candidate.span());
-    if (isCompactRepresentable(key.publicKey())) return key;
+    auto key = fromRawRepresentation(candidate.span());
+    if (key && isCompactRepresentable(key->publicKey())) return std::move(*key);
   }
 }
 
-P256PrivateKey::P256PrivateKey(std::span<const std::uint8_t> rawRepresentation)
-    : raw_(rawRepresentation) {
-  const BigNumber scalar = scalarFrom(rawRepresentation);
-  if (!scalar) throw PlatformError("These bytes are not a P-256 private key.");
-  publicKey_ = publicKeyOf(scalar.get());
-  key_ = std::make_unique<Key>(Key{makePkey(publicKey_, scalar.get())});
-  openssl::require(key_->pkey != nullptr);
+std::optional<P256PrivateKey> P256PrivateKey::fromRawRepresentation(
+    std::span<const std::uint8_t> raw) {
+  const BigNumber scalar = scalarFrom(raw);
+  if (!scalar) return std::nullopt;
+  const PublicKey publicKey = publicKeyOf(scalar.get());
+  auto key = std::make_unique<Key>(Key{makePkey(publicKey, scalar.get())});
+  openssl::require(key->pkey != nullptr);
+  return P256PrivateKey(raw, publicKey, std::move(key));
 }
+
+P256PrivateKey::P256PrivateKey(std::span<const std::uint8_t> raw, const PublicKey& publicKey,
+                               std::unique_ptr<Key> key)
+    : raw_(raw), publicKey_(publicKey), key_(std::move(key)) {}
 
 P256PrivateKey::P256PrivateKey(P256PrivateKey&&) noexcept = default;
 P256PrivateKey& P256PrivateKey::operator=(P256PrivateKey&&) noexcept = default;

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace brevanholt::platform {
@@ -21,9 +22,10 @@ class P256PrivateKey {
   // A fresh random key whose public key is compact-representable: its y is the smaller of y and
   // p - y, so that x alone would tell the point.
   [[nodiscard]] static P256PrivateKey generate();
-  // From the scalar, big-endian. Throws PlatformError unless it is 32 bytes that say a number from
-  // 1 to below the group's order.
-  explicit P256PrivateKey(std::span<const std::uint8_t> rawRepresentation);
+  // From the scalar, big-endian. Nothing where it is not 32 bytes of a number from 1 to below the
+  // group's order. Throws PlatformError only where the library fails.
+  [[nodiscard]] static std::optional<P256PrivateKey> fromRawRepresentation(
+      std::span<const std::uint8_t> raw);
   P256PrivateKey(P256PrivateKey&&) noexcept;
   P256PrivateKey& operator=(P256PrivateKey&&) noexcept;
   ~P256PrivateKey();
@@ -37,6 +39,9 @@ class P256PrivateKey {
 
  private:
   struct Key;
+
+  P256PrivateKey(std::span<const std::uint8_t> raw, const PublicKey& publicKey,
+                 std::unique_ptr<Key> key);
 
   SecretBytes raw_;
   PublicKey publicKey_{};

@@ -26,6 +26,8 @@ class ApplicationDelegate {
   virtual void applicationOpen(const std::vector<std::string>& urls) = 0;
   // The user chose to share something from another program with this one.
   virtual void shareWithBrevanholt(const ServicePasteboard& pasteboard) = 0;
+  // The user asked outside the window to choose files to share.
+  virtual void chooseFilesToShare() = 0;
 };
 
 // The running program as the desktop sees it.

@@ -2,6 +2,7 @@
 
 #include "platform/channel/BinaryMessenger.h"
 #include "platform/desktop/NativeView.h"
+#include "platform/foundation/Signal.h"
 
 namespace brevanholt::platform {
 
@@ -13,6 +14,10 @@ class UiEngine {
   [[nodiscard]] virtual BinaryMessenger& binaryMessenger() = 0;
   // While set, the UI's timers run at full speed even when nobody can see the window.
   virtual void setRunsWhileHidden(bool runs) = 0;
+
+  // The UI's code has ended, by a crash for instance. The engine starts it again by itself; what it
+  // had declared to the host no longer holds.
+  Signal uiDidEnd;
 };
 
 }  // namespace brevanholt::platform

@@ -3,6 +3,7 @@
 #include "platform/foundation/PlatformError.h"
 
 #include <cerrno>
+#include <cstdio>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -44,6 +45,13 @@ std::string DirectoryHandle::readFile(const std::string& name, std::size_t limit
 void DirectoryHandle::removeFile(const std::string& name) const {
   if (::unlinkat(descriptor_.get(), name.c_str(), 0) != 0) {
     throw FileError("remove the file", path_ / name, errno);
+  }
+}
+
+void DirectoryHandle::moveFile(const std::string& name, const DirectoryHandle& folder,
+                               const std::string& newName) const {
+  if (::renameat(descriptor_.get(), name.c_str(), folder.descriptor_.get(), newName.c_str()) != 0) {
+    throw FileError("move the file", path_ / name, errno);
   }
 }
 

@@ -17,6 +17,9 @@ class DirectoryHandle {
   // The whole content of a regular file of at most `limit` bytes; never waits for a pipe or device.
   [[nodiscard]] std::string readFile(const std::string& name, std::size_t limit) const;
   void removeFile(const std::string& name) const;
+  // Moves a file into another folder of the same file system, in the place of what is there.
+  void moveFile(const std::string& name, const DirectoryHandle& folder,
+                const std::string& newName) const;
 
  private:
   std::filesystem::path path_;

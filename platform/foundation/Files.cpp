@@ -10,6 +10,11 @@
 
 namespace brevanholt::platform {
 
+std::optional<std::filesystem::path> pathFrom(std::string_view text) {
+  if (text.find('\0') != std::string_view::npos) return std::nullopt;
+  return std::filesystem::path(text);
+}
+
 bool fileExists(const std::filesystem::path& path) {
   struct stat information {};
   return ::stat(path.c_str(), &information) == 0;
@@ -42,13 +47,36 @@ FileDescriptor openRegularFile(const std::filesystem::path& path) {
   return descriptor;
 }
 
-void createDirectories(const std::filesystem::path& path) {
-  std::error_code error;
-  std::filesystem::create_directories(path, error);
-  if (error) throw FileError("create the folder", path, error.value());
-  if (!std::filesystem::is_directory(path, error)) {
-    throw FileError("create the folder", path, ENOTDIR);
+FileDescriptor createFile(const std::filesystem::path& path, mode_t mode) {
+  FileDescriptor descriptor(
+      ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+  if (!descriptor) throw FileError("create the file", path, errno);
+  return descriptor;
+}
+
+void writeAll(int descriptor, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(descriptor, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) throw SystemError("write the file", errno);
+    content.remove_prefix(static_cast<std::size_t>(written));
   }
+}
+
+std::vector<std::filesystem::path> createDirectories(const std::filesystem::path& path,
+                                                     mode_t mode) {
+  std::vector<std::filesystem::path> changed;
+  int error = ::mkdir(path.c_str(), mode) == 0 ? 0 : errno;
+  if (error == ENOENT && path.has_relative_path()) {
+    changed = createDirectories(path.parent_path(), mode);
+    error = ::mkdir(path.c_str(), mode) == 0 ? 0 : errno;
+  }
+  if (error == 0) {
+    changed.push_back(path.parent_path());
+  } else if (!isDirectory(path)) {
+    throw FileError("create the folder", path, error == EEXIST ? ENOTDIR : error);
+  }
+  return changed;
 }
 
 bool removeEmptyDirectory(const std::filesystem::path& path) {

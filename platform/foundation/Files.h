@@ -5,8 +5,16 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string_view>
+#include <vector>
+
+#include <sys/types.h>
 
 namespace brevanholt::platform {
+
+// The path that a text from outside names. Nothing for a text with a NUL: the system would stop
+// reading there and act on another file than the one that was named.
+[[nodiscard]] std::optional<std::filesystem::path> pathFrom(std::string_view text);
 
 // Whether something can be reached at `path`, links followed.
 [[nodiscard]] bool fileExists(const std::filesystem::path& path);
@@ -20,9 +28,20 @@ namespace brevanholt::platform {
 // Opens a file for reading, links followed. Only regular files: a FIFO or a device would never let
 // go of the thread. Throws FileError.
 [[nodiscard]] FileDescriptor openRegularFile(const std::filesystem::path& path);
+// A new file, open for writing; the name must be free. Throws FileError.
+[[nodiscard]] FileDescriptor createFile(const std::filesystem::path& path, mode_t mode = 0600);
+// Writes all of it at the file's position. Throws SystemError.
+void writeAll(int descriptor, std::string_view content);
 
-// Creates the directory and those above it; one that exists is fine. Throws FileError.
-void createDirectories(const std::filesystem::path& path);
+// Creates the directory and those above it; one that exists is fine. Returns the directories that
+// got a new entry: syncDirectory() makes those entries outlast a power cut. Throws FileError.
+std::vector<std::filesystem::path> createDirectories(const std::filesystem::path& path,
+                                                     mode_t mode = 0777);
+
+// Creates a directory that only this user may use, and those above it. One that exists must be a
+// real directory of this user's, in a place where nobody else can put another in its stead; what
+// others may do in it is taken from them. Throws FileError (EPERM for another user's).
+void createPrivateDirectory(const std::filesystem::path& path);
 
 // Removes a directory that is empty, and nothing else. False where it stays.
 bool removeEmptyDirectory(const std::filesystem::path& path);

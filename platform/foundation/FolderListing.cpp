@@ -25,11 +25,12 @@ constexpr std::size_t kDeepestLevel = 400;
 constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 // The kinds of folders that are made, moved and opened as one item, in lower case.
-constexpr std::array<std::string_view, 10> kPackageExtensions{
-    ".app",    ".appdir", ".appex",         ".bundle", ".kext",
-    ".plugin", ".pkg",    ".photoslibrary", ".rtfd",   ".xcodeproj"};
+constexpr std::array<std::string_view, 9> kPackageExtensions{
+    ".app", ".appex",         ".bundle", ".kext",     ".plugin",
+    ".pkg", ".photoslibrary", ".rtfd",   ".xcodeproj"};
+constexpr const char* kPackageContents = "Contents";
 
-bool isPackage(std::string_view name) {
+bool hasPackageExtension(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   if (dot == std::string_view::npos) return false;
   std::string extension(name.substr(dot));
@@ -39,6 +40,15 @@ bool isPackage(std::string_view name) {
   return std::ranges::find(kPackageExtensions, extension) != kPackageExtensions.end();
 }
 
+// Other folders have such names too; only a package is laid out as one.
+bool isPackage(int parent, std::string_view name) {
+  if (!hasPackageExtension(name)) return false;
+  const std::string contents = std::string(name) + '/' + kPackageContents;
+  struct stat information {};
+  return ::fstatat(parent, contents.c_str(), &information, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISDIR(information.st_mode);
+}
+
 struct CloseDirectory {
   void operator()(DIR* directory) const { ::closedir(directory); }
 };
@@ -46,6 +56,8 @@ using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
 class Walk {
  public:
+  explicit Walk(const std::stop_token& stop) : stop_(stop) {}
+
   void enter(FileDescriptor folder) {
     struct stat information {};
     if (!folder || ::fstat(folder.get(), &information) != 0) return;
@@ -59,7 +71,9 @@ class Walk {
     if (!directory) return;
     static_cast<void>(folder.release());
     ancestors_.push_back(identity);
-    while (const dirent* entry = ::readdir(directory.get())) {
+    while (!stop_.stop_requested()) {
+      const dirent* entry = ::readdir(directory.get());
+      if (entry == nullptr) break;
       add(::dirfd(directory.get()), *entry);
     }
     ancestors_.pop_back();
@@ -109,7 +123,7 @@ class Walk {
     }
     if (type == DT_DIR) {
       items_.push_back({path_, FolderItem::Kind::kDirectory, 0});
-      if (isPackage(name)) {
+      if (isPackage(folder, name)) {
         ++packages_;
         return;
       }
@@ -120,6 +134,7 @@ class Walk {
     }
   }
 
+  std::stop_token stop_;
   std::vector<FolderItem> items_;
   std::string path_;  // of the item at hand, below the listed folder
   std::vector<Identity> ancestors_;
@@ -130,8 +145,9 @@ class Walk {
 
 }  // namespace
 
-std::vector<FolderItem> listFolder(const std::filesystem::path& folder) {
-  Walk walk;
+std::vector<FolderItem> listFolder(const std::filesystem::path& folder,
+                                   const std::stop_token& stop) {
+  Walk walk(stop);
   walk.enter(FileDescriptor(::open(folder.c_str(), kOpenFolder)));
   walk.logWhatIsMissing(folder);
   return walk.takeItems();

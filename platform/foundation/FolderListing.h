@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,11 @@ struct FolderItem {
 // package, links and devices, names that are not UTF-8, what lies more than 400 folders deep, and
 // what is in a folder that contains itself. The listed folder may be a link to one, or a package.
 //
-// A package is a folder that counts as one item; its name says so ("Notes.app", "Editor.AppDir").
-// What is left out although the user may miss it is counted in the log.
-[[nodiscard]] std::vector<FolderItem> listFolder(const std::filesystem::path& folder);
+// A package is a folder that counts as one item: one with such a name as "Notes.app" and with a
+// folder "Contents" in it. What is left out although the user may miss it is counted in the log.
+//
+// Ends early, with what it has, when a stop is requested.
+[[nodiscard]] std::vector<FolderItem> listFolder(const std::filesystem::path& folder,
+                                                 const std::stop_token& stop = {});
 
 }  // namespace brevanholt::platform

@@ -1,6 +1,7 @@
 #include "platform/foundation/Log.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace brevanholt::platform {
 namespace {
@@ -13,6 +14,26 @@ LogSink& sink() {
   return current;
 }
 
+// A name may hold a newline, which must not look like the start of another line.
+std::string onOneLine(std::string_view text) {
+  constexpr const char* kDigits = "0123456789abcdef";
+  std::string line;
+  line.reserve(text.size());
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte >= 0x20 && byte != 0x7F) {
+      line += character;
+    } else {
+      line += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 0xFU]};
+    }
+  }
+  return line;
+}
+
+void log(LogLevel level, std::string_view text) {
+  sink()(level, onOneLine(text));
+}
+
 }  // namespace
 
 void setLogSink(LogSink newSink) {
@@ -20,16 +41,16 @@ void setLogSink(LogSink newSink) {
 }
 
 void logDebug(std::string_view text) {
-  sink()(LogLevel::kDebug, text);
+  log(LogLevel::kDebug, text);
 }
 void logInfo(std::string_view text) {
-  sink()(LogLevel::kInfo, text);
+  log(LogLevel::kInfo, text);
 }
 void logWarning(std::string_view text) {
-  sink()(LogLevel::kWarning, text);
+  log(LogLevel::kWarning, text);
 }
 void logError(std::string_view text) {
-  sink()(LogLevel::kError, text);
+  log(LogLevel::kError, text);
 }
 
 }  // namespace brevanholt::platform

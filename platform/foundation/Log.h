@@ -12,7 +12,8 @@ using LogSink = std::function<void(LogLevel, std::string_view)>;
 // Where log lines go; standard error until it is set. Set it before threads start.
 void setLogSink(LogSink sink);
 
-// Safe on any thread. Key material and contents of files are never logged.
+// Each is one line: control characters in the text are shown as "\x0a". Safe on any thread. Key
+// material and contents of files are never logged.
 void logDebug(std::string_view text);
 void logInfo(std::string_view text);
 void logWarning(std::string_view text);

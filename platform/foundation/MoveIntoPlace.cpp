@@ -1,14 +1,12 @@
 #include "platform/foundation/MoveIntoPlace.h"
 
-#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Files.h"
+#include "platform/foundation/ItemCopy.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/PlatformError.h"
-#include "platform/foundation/Uuid.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,115 +17,94 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kCopyBuffer = 1 << 20;
+// Somebody who takes every name just before it is used is stopped by nothing but an end.
+constexpr int kMostTries = 100;
 
-// For file systems without RENAME_NOREPLACE: a second name, which fails where one is taken, and
-// then the first name away. Folders cannot have two names, but rename() onto a folder only takes an
-// empty one, and this one was just made.
+int errorOf(int outcome) {
+  return outcome == 0 ? 0 : errno;
+}
+
+// For file systems that have neither RENAME_NOREPLACE nor second names. Another program may take
+// the name between the two calls.
+int probeThenRename(const fs::path& source, const fs::path& destination) {
+  if (nameIsTaken(destination)) return EEXIST;
+  return errorOf(::rename(source.c_str(), destination.c_str()));
+}
+
+// rename() onto a folder only takes an empty one, and this one was just made.
+int renameOntoNewFolder(const fs::path& source, const fs::path& destination) {
+  if (::mkdir(destination.c_str(), 0700) != 0) return errno;
+  const int error = errorOf(::rename(source.c_str(), destination.c_str()));
+  if (error != 0) ::rmdir(destination.c_str());
+  return error;
+}
+
+// A second name, which fails where one is taken, and then the first name away.
 int linkThenUnlink(const fs::path& source, const fs::path& destination) {
-  if (fs::is_directory(fs::symlink_status(source))) {
-    if (::mkdir(destination.c_str(), 0700) != 0) return errno;
-    if (::rename(source.c_str(), destination.c_str()) == 0) return 0;
-    const int error = errno;
-    ::rmdir(destination.c_str());
-    return error;
+  if (::link(source.c_str(), destination.c_str()) != 0) {
+    const bool hasNoLinks =
+        errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS || errno == EMLINK;
+    return hasNoLinks ? probeThenRename(source, destination) : errno;
   }
-  if (::link(source.c_str(), destination.c_str()) != 0) return errno;
-  return ::unlink(source.c_str()) == 0 ? 0 : errno;
+  const int error = errorOf(::unlink(source.c_str()));
+  if (error != 0) ::unlink(destination.c_str());
+  return error;
 }
 
 // Zero, or the error number.
 int renameWithoutReplacing(const fs::path& source, const fs::path& destination) {
-  if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) == 0) {
-    return 0;
-  }
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  return linkThenUnlink(source, destination);
+  const int error = errorOf(
+      ::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE));
+  if (error != EINVAL && error != ENOSYS) return error;
+  const bool isFolder = fs::is_directory(fs::symlink_status(source));
+  return isFolder ? renameOntoNewFolder(source, destination) : linkThenUnlink(source, destination);
 }
 
-// A hidden file beside its destination; gone again unless it was renamed away.
-class PartialFile {
- public:
-  explicit PartialFile(const fs::path& destination)
-      : path_(destination.parent_path() / ("." + makeUuid() + ".partial")),
-        descriptor_(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600)) {
-    if (!descriptor_) throw FileError("create the file", destination, errno);
-  }
-  ~PartialFile() {
-    if (!kept_) ::unlink(path_.c_str());
-  }
-  PartialFile(const PartialFile&) = delete;
-  PartialFile& operator=(const PartialFile&) = delete;
-
-  [[nodiscard]] int descriptor() const { return descriptor_.get(); }
-  // Zero, or the error number.
-  int keepAs(const fs::path& destination) {
-    const int error = renameWithoutReplacing(path_, destination);
-    kept_ = error == 0;
-    return error;
-  }
-
- private:
-  fs::path path_;
-  FileDescriptor descriptor_;
-  bool kept_ = false;
-};
-
-// Zero, or the error number.
-int writeAll(int descriptor, const char* data, std::size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(descriptor, data, size);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    data += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return 0;
+[[noreturn]] void failToMove(const fs::path& source, const fs::path& destination, int error) {
+  if (error == ENOENT && !nameIsTaken(source)) throw FileError("move the item", source, error);
+  throw FileError("move the item to", destination, error);
 }
 
-// Zero, or the error number.
-int copyContents(int from, int to) {
-  const auto buffer = std::make_unique_for_overwrite<char[]>(kCopyBuffer);
-  for (;;) {
-    const ssize_t count = ::read(from, buffer.get(), kCopyBuffer);
-    if (count == 0) return 0;
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    if (const int error = writeAll(to, buffer.get(), static_cast<std::size_t>(count))) return error;
+// Renames to the first chosen name that is still free by then. Nothing for another file system.
+std::optional<fs::path> renameToFreeName(const fs::path& source, const ChooseDestination& choose) {
+  for (int tries = 1;; ++tries) {
+    fs::path destination = choose();
+    const int error = renameWithoutReplacing(source, destination);
+    if (error == 0) return destination;
+    if (error == EXDEV) return std::nullopt;
+    if (error != EEXIST || tries == kMostTries) failToMove(source, destination, error);
+  }
+}
+
+void trySyncDirectory(const fs::path& folder) {
+  try {
+    syncDirectory(folder);
+  } catch (const FileError& error) {
+    logWarning("a moved item may not outlast a power cut: " + error.message());
   }
 }
 
 }  // namespace
 
-bool renameIntoPlace(const fs::path& source, const fs::path& destination) {
-  const int error = renameWithoutReplacing(source, destination);
-  if (error == EXDEV) return false;
-  if (error != 0) throw FileError("move the item to", destination, error);
-  return true;
+std::optional<fs::path> renameIntoPlace(const fs::path& source, const ChooseDestination& choose) {
+  return renameToFreeName(source, choose);
 }
 
-void copyIntoPlace(const fs::path& source, const fs::path& destination) {
-  const FileDescriptor from(::open(source.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  struct stat information {};
-  if (!from || ::fstat(from.get(), &information) != 0) throw FileError("read", source, errno);
-  if (!S_ISREG(information.st_mode)) throw FileError("move the item to", destination, EXDEV);
-
-  PartialFile partial(destination);
-  const int copyError = copyContents(from.get(), partial.descriptor());
-  if (copyError != 0) throw FileError("write the file", destination, copyError);
-  const timespec times[] = {information.st_atim, information.st_mtim};
-  ::futimens(partial.descriptor(), times);
-  if (::fchmod(partial.descriptor(), information.st_mode & 0777) != 0 ||
-      ::fsync(partial.descriptor()) != 0) {
-    throw FileError("save the file", destination, errno);
+fs::path copyIntoPlace(const fs::path& source, const ChooseDestination& choose,
+                       const std::stop_token& stop) {
+  PartialCopy partial(choose().parent_path());
+  partial.copy(source, stop);
+  const auto destination = renameToFreeName(partial.path(), choose);
+  if (!destination) throw FileError("move the item to", partial.path(), EXDEV);
+  partial.release();
+  trySyncDirectory(destination->parent_path());
+  std::error_code error;
+  fs::remove_all(source, error);
+  if (error) {
+    logWarning("an item was moved to " + destination->string() + ", but its source stays at " +
+               source.string() + ": " + error.message());
   }
-  if (const int error = partial.keepAs(destination)) {
-    throw FileError("move the item to", destination, error);
-  }
-  syncDirectory(destination.parent_path());
-  if (::unlink(source.c_str()) != 0) {
-    logWarning("a file was moved, but its source stays at " + source.string());
-  }
+  return *destination;
 }
 
 }  // namespace brevanholt::platform

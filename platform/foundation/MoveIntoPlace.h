@@ -1,19 +1,32 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <optional>
+#include <stop_token>
 
 namespace brevanholt::platform {
 
-// The two halves of moving an item to a name that must be free. Neither ever replaces anything, and
-// after any failure (a FileError; EEXIST when the name is taken) the source stands where it stood.
+// Names a free place to move an item to. Asked again when somebody else took that name in between.
+using ChooseDestination = std::function<std::filesystem::path()>;
 
-// Moves a file, folder or link within one file system, at once. False, and nothing done, when
-// `source` and `destination` are on different ones.
-[[nodiscard]] bool renameIntoPlace(const std::filesystem::path& source,
-                                   const std::filesystem::path& destination);
+// The two ways of moving an item (a file, a folder with all that is in it, a link, a FIFO) to a
+// name that must be free. Both return where the item is now. Neither replaces anything, and after
+// any failure (a FileError; EEXIST when every name is taken again) the source is where it was.
 
-// Moves a regular file to another file system. The data and the folder's entry are on the disk
-// before the name appears and the source goes. Takes as long as copying takes.
-void copyIntoPlace(const std::filesystem::path& source, const std::filesystem::path& destination);
+// Within one file system, at once. Nothing, and nothing done, when source and destination are on
+// different ones. Before the entry outlasts a power cut, the destination's folder must be synced.
+[[nodiscard]] std::optional<std::filesystem::path> renameIntoPlace(
+    const std::filesystem::path& source, const ChooseDestination& choose);
+
+// To another file system. The data is on the disk before the name appears, and the name before the
+// source goes. Takes as long as copying takes, and ends soon after `stop` is requested, with a
+// PlatformError. Every destination that is chosen must be in the same folder.
+std::filesystem::path copyIntoPlace(const std::filesystem::path& source,
+                                    const ChooseDestination& choose, const std::stop_token& stop);
+
+// Removes what killed copies left in a folder and below it. What a running copy writes just now,
+// in this process or another, stays.
+void removePartialCopies(const std::filesystem::path& folder, const std::stop_token& stop);
 
 }  // namespace brevanholt::platform

@@ -34,7 +34,7 @@ std::string trimmed(std::string_view text) {
   return std::string(text.substr(start, end - start));
 }
 
-std::size_t characterCount(std::string_view text) {
+std::vector<std::size_t> characterEnds(std::string_view text) {
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<icu::BreakIterator> characters(
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
@@ -43,9 +43,31 @@ std::size_t characterCount(std::string_view text) {
       utext_close);
   if (U_SUCCESS(status)) characters->setText(source.get(), status);
   if (U_FAILURE(status)) throw std::runtime_error("ICU has no rules for characters");
-  std::size_t count = 0;
-  while (characters->next() != icu::BreakIterator::DONE) ++count;
-  return count;
+  std::vector<std::size_t> ends;
+  for (int end = characters->next(); end != icu::BreakIterator::DONE; end = characters->next()) {
+    ends.push_back(static_cast<std::size_t>(end));
+  }
+  return ends;
+}
+
+std::size_t characterCount(std::string_view text) {
+  return characterEnds(text).size();
+}
+
+std::string withoutNuls(std::string_view text) {
+  std::string cleaned;
+  for (std::size_t nul = 0; (nul = text.find('\0')) != std::string_view::npos;) {
+    cleaned.append(text.substr(0, nul)).append("\xEF\xBF\xBD");
+    text.remove_prefix(nul + 1);
+  }
+  return cleaned.append(text);
+}
+
+std::string_view fittedTo(std::size_t mostBytes, std::string_view text) {
+  if (text.size() <= mostBytes) return text;
+  const std::vector<std::size_t> ends = characterEnds(text);
+  const auto tooFar = std::ranges::upper_bound(ends, mostBytes);
+  return text.substr(0, tooFar == ends.begin() ? 0 : *std::prev(tooFar));
 }
 
 }  // namespace brevanholt::platform

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/BuildInfo.h"
+#include "platform/linux/portal/Flatpak.h"
 
 #include <glib.h>
 
@@ -12,15 +13,10 @@ namespace {
 
 WebEngineOptions engineOptions(const LaunchOptions& options, const InstallLayout& layout) {
   return {.uiBundle = options.uiBundle.empty() ? layout.uiBundle : options.uiBundle,
+          .keepsBundle = options.uiBundle.empty(),
           .webExtensions = layout.webExtensions,
           .uiArguments = options.uiArguments,
           .developerTools = options.developerTools};
-}
-
-// The icon's own file: whatever draws notifications finds no theme of a build tree's.
-std::string iconUri(const InstallLayout& layout) {
-  const auto file = layout.icons / "hicolor/scalable/apps" / (std::string(kApplicationId) + ".svg");
-  return GCharPointer(g_filename_to_uri(file.c_str(), nullptr, nullptr)).get();
 }
 
 // What ends with the user's session.
@@ -28,8 +24,9 @@ std::filesystem::path sessionStateFile() {
   return std::filesystem::path(g_get_user_runtime_dir()) / "brevanholt/session.ini";
 }
 
-std::filesystem::path autostartFolder() {
-  return std::filesystem::path(g_get_user_config_dir()) / "autostart";
+std::string currentDesktop() {
+  const char* names = g_getenv("XDG_CURRENT_DESKTOP");
+  return names != nullptr ? names : "";
 }
 
 // Decoding takes a processor each, and up to 1 GiB.
@@ -46,16 +43,33 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
       engine_(engineOptions(options, layout_), mainQueue_),
       openPanel_(mainWindow_.gtk()),
       images_(kApplicationId),
-      statusItem_(sessionBus_, kApplicationId, layout_.icons,
+      statusItem_(sessionBus_,
+                  {.applicationIcon = kApplicationId,
+                   .iconThemePath = layout_.icons,
+                   .currentDesktop = currentDesktop()},
                   [this](const std::string& token) { mainWindow_.setActivationToken(token); }),
-      imagePreviewer_({.child = layout_.previewChild, .mostChildren = previewsAtOnce()}),
+      imagePreviewer_({.child = layout_.previewChild,
+                       .isInFlatpak = isInFlatpak(),
+                       .mostChildren = previewsAtOnce()}),
       thumbnailer_(sessionBus_, imagePreviewer_, {.cacheHome = g_get_user_cache_dir()}),
-      processActivities_(systemBus_, [this](bool runs) { engine_.setRunsWhileHidden(runs); }),
       sessionState_(sessionStateFile()),
-      notificationCenter_(
-          sessionBus_, sessionState_, {.desktopEntry = kApplicationId, .icon = iconUri(layout_)},
-          [this](const std::string& token) { mainWindow_.setActivationToken(token); }),
-      loginItem_(autostartFolder(), kApplicationId, layout_.executable) {}
+      desktop_(makeDesktopAccess(
+          {.sessionBus = sessionBus_,
+           .systemBus = systemBus_,
+           .sessionState = sessionState_,
+           .portalState = portalState_,
+           .layout = layout_,
+           .activationTokenGiven =
+               [this](const std::string& token) { mainWindow_.setActivationToken(token); }})),
+      processActivities_(*desktop_.sleepInhibitor,
+                         [this](bool runs) {
+                           if (runs) desktop_.willRunHidden();
+                           engine_.setRunsWhileHidden(runs);
+                         }),
+      updateNotice_(layout_.executable, mainWindow_.gtk(),
+                    [this] { processActivities_.whenQuiet([this] { application_.restart(); }); }) {
+  application_.setStartedAgainHandler([this] { updateNotice_.check(); });
+}
 
 Services LinuxPlatform::services() {
   return {.application = application_,
@@ -66,7 +80,7 @@ Services LinuxPlatform::services() {
           .dropContainer = dropContainer_,
           .openPanel = openPanel_,
           .pasteboard = pasteboard_,
-          .workspace = workspace_,
+          .workspace = *desktop_.workspace,
           .hostName = hostName_,
           .statusItem = statusItem_,
           .images = images_,
@@ -74,10 +88,10 @@ Services LinuxPlatform::services() {
           .imagePreviewer = imagePreviewer_,
           .thumbnailer = thumbnailer_,
           .processActivities = processActivities_,
-          .securityScopes = securityScopes_,
+          .securityScopes = *desktop_.securityScopes,
           .userDefaults = userDefaults_,
-          .notificationCenter = notificationCenter_,
-          .loginItem = loginItem_,
+          .notificationCenter = *desktop_.notificationCenter,
+          .loginItem = *desktop_.loginItem,
           .networkMonitor = networkMonitor_,
           .wakeNotices = wakeNotices_,
           .folders = folders_,

@@ -2,30 +2,29 @@
 
 #include "platform/Services.h"
 #include "platform/engine/web/WebEngine.h"
-#include "platform/linux/AutostartLoginItem.h"
-#include "platform/linux/Bus.h"
-#include "platform/linux/ChildImagePreviewer.h"
-#include "platform/linux/DBusWakeNotices.h"
-#include "platform/linux/FreedesktopNotificationCenter.h"
-#include "platform/linux/GLibMainQueue.h"
-#include "platform/linux/GdkImages.h"
-#include "platform/linux/GdkScreens.h"
-#include "platform/linux/GioNetworkMonitor.h"
-#include "platform/linux/GioWorkspace.h"
-#include "platform/linux/GtkApplicationHost.h"
-#include "platform/linux/GtkDropContainer.h"
-#include "platform/linux/GtkMainWindow.h"
-#include "platform/linux/GtkOpenPanel.h"
-#include "platform/linux/GtkPasteboard.h"
-#include "platform/linux/HostnamedHostName.h"
-#include "platform/linux/InstallLayout.h"
-#include "platform/linux/KeyFileUserDefaults.h"
-#include "platform/linux/LaunchOptions.h"
-#include "platform/linux/LinuxProcessActivities.h"
-#include "platform/linux/LinuxStatusItem.h"
-#include "platform/linux/PathSecurityScopes.h"
-#include "platform/linux/TumblerThumbnailer.h"
-#include "platform/linux/XdgFolders.h"
+#include "platform/gtk/GLibMainQueue.h"
+#include "platform/linux/DesktopAccess.h"
+#include "platform/linux/bus/Bus.h"
+#include "platform/linux/previews/ChildImagePreviewer.h"
+#include "platform/linux/previews/TumblerThumbnailer.h"
+#include "platform/linux/session/DBusWakeNotices.h"
+#include "platform/linux/session/GioNetworkMonitor.h"
+#include "platform/linux/session/HostnamedHostName.h"
+#include "platform/linux/session/LinuxProcessActivities.h"
+#include "platform/linux/storage/InstallLayout.h"
+#include "platform/linux/storage/InstanceLock.h"
+#include "platform/linux/storage/KeyFileUserDefaults.h"
+#include "platform/linux/storage/XdgFolders.h"
+#include "platform/linux/tray/GdkImages.h"
+#include "platform/linux/tray/LinuxStatusItem.h"
+#include "platform/linux/window/GdkScreens.h"
+#include "platform/linux/window/GtkApplicationHost.h"
+#include "platform/linux/window/GtkDropContainer.h"
+#include "platform/linux/window/GtkMainWindow.h"
+#include "platform/linux/window/GtkOpenPanel.h"
+#include "platform/linux/window/GtkPasteboard.h"
+#include "platform/linux/window/LaunchOptions.h"
+#include "platform/linux/window/UpdateNotice.h"
 
 namespace brevanholt::platform {
 
@@ -41,6 +40,7 @@ class LinuxPlatform {
   InstallLayout layout_ = InstallLayout::ofThisProcess();
   bool isLoginItemLaunch_;
   KnownFolders folders_ = xdgFolders();
+  InstanceLock instanceLock_{folders_.configuration};
   Bus sessionBus_{G_BUS_TYPE_SESSION};
   Bus systemBus_{G_BUS_TYPE_SYSTEM};
   GLibMainQueue mainQueue_;
@@ -49,19 +49,18 @@ class LinuxPlatform {
   GtkDropContainer dropContainer_{sessionBus_};
   GtkOpenPanel openPanel_;
   GtkPasteboard pasteboard_;
-  GioWorkspace workspace_{sessionBus_};
   HostnamedHostName hostName_{systemBus_};
   GdkImages images_;
   LinuxStatusItem statusItem_;
   GdkScreens screens_;
   ChildImagePreviewer imagePreviewer_;
   TumblerThumbnailer thumbnailer_;
-  LinuxProcessActivities processActivities_;
-  PathSecurityScopes securityScopes_;
   KeyFileUserDefaults userDefaults_{folders_.configuration / "defaults.ini"};
   KeyFileUserDefaults sessionState_;
-  FreedesktopNotificationCenter notificationCenter_;
-  AutostartLoginItem loginItem_;
+  KeyFileUserDefaults portalState_{folders_.configuration / "portal.ini"};
+  DesktopAccess desktop_;
+  LinuxProcessActivities processActivities_;
+  UpdateNotice updateNotice_;
   GioNetworkMonitor networkMonitor_;
   DBusWakeNotices wakeNotices_{systemBus_, sessionBus_};
   DispatchQueue utilityQueue_{"brevanholt.utility", QueuePriority::kUtility};

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/foundation/UniqueFunction.h"
-
 #include <string>
 
 namespace brevanholt::platform {
@@ -10,8 +8,8 @@ namespace brevanholt::platform {
 class HostName {
  public:
   virtual ~HostName() = default;
-  // The name that people gave it, else its network name. Answers at once when it is known.
-  virtual void localizedName(UniqueFunction<void(std::string)> callback) = 0;
+  // The name that people gave it, else its network name. Answers from what is known, at once.
+  [[nodiscard]] virtual std::string localizedName() const = 0;
 };
 
 }  // namespace brevanholt::platform

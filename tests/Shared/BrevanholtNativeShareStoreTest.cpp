@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include <sys/stat.h>
 
 namespace brevanholt {
@@ -16,7 +18,10 @@ namespace fs = std::filesystem;
 using namespace std::string_literals;
 using platform::LogLevel;
 using testing::ElementsAre;
+using testing::Field;
 using testing::HasSubstr;
+using testing::SizeIs;
+using Share = BrevanholtNativeShareStore::Share;
 
 constexpr const char* kShare = "0F8FAD5B-D9CB-469F-A165-70867728950E";
 constexpr const char* kOther = "7c9e6679-7425-40de-944b-e07fc1f90ae7";
@@ -62,11 +67,42 @@ TEST_F(NativeShareStoreTest, TakesAShareOnceAndLeavesItsFiles) {
   writeFile(share_ / "a", "staged");
   fs::create_directory_symlink(downloads_, home_ / "link");
 
-  EXPECT_THAT(words(BrevanholtNativeShareStore(home_ / "link").consumeIdentifier(kShare)),
+  EXPECT_THAT(words(BrevanholtNativeShareStore(home_ / "link").consumeIdentifier(kShare).items),
               ElementsAre("“naïve”", share_ / "a", "“”"));
 
   EXPECT_EQ(readFile(share_ / "a"), "staged");
   EXPECT_THAT(refusal(), HasSubstr("No such file"));
+}
+
+TEST_F(NativeShareStoreTest, FindsATakenShareUntilItIsDelivered) {
+  stage(kShare,
+        R"({"items": [{"text": "first"}, {"path": ")" + (share_ / "a").native() + R"("}]})");
+  EXPECT_THAT(store_.consumePending(), SizeIs(1));
+  stage(kShare, R"({"items": [{"text": "second"}]})");
+  const Share second = store_.consumeIdentifier(kShare);
+  BrevanholtNativeShareStore::delivered(second);
+
+  const auto left = BrevanholtNativeShareStore(downloads_).undelivered();
+  ASSERT_THAT(left, SizeIs(1));
+  EXPECT_THAT(words(left.front().items), ElementsAre("“first”", share_ / "a"));
+  EXPECT_TRUE(store_.consumePending().empty()) << "it is not pending any more";
+  BrevanholtNativeShareStore::delivered(left.front());
+  EXPECT_TRUE(store_.undelivered().empty());
+}
+
+TEST_F(NativeShareStoreTest, BoundsTheWorkThatPathsTake) {
+  const std::string longest =
+      share_.native() + std::string(PATH_MAX - share_.native().size() - 1, '/');
+  stage(kShare,
+        R"({"items": [{"path": ")" + longest + R"(a"}, {"path": ")" + longest.substr(1) + "a\"}]}");
+  EXPECT_TRUE(store_.consumeIdentifier(kShare).items.empty());
+
+  std::string items = "{}";
+  for (int count = 0; count < 60'000; ++count)
+    items += R"(,{"path": "/proc/./a"},{"path": "/proc/a"})";
+  stage(kShare, R"({"items": [)" + items + "]}");
+  EXPECT_THAT(refusal(), HasSubstr("too many paths"));
+  EXPECT_TRUE(fs::exists(share_ / "share.json"));
 }
 
 TEST_F(NativeShareStoreTest, DropsWhatLiesOutsideItsShare) {
@@ -86,7 +122,7 @@ TEST_F(NativeShareStoreTest, DropsWhatLiesOutsideItsShare) {
   }
   stage(kShare, R"({"items": [)" + items + "]}");
 
-  EXPECT_THAT(words(store_.consumeIdentifier(kShare)),
+  EXPECT_THAT(words(store_.consumeIdentifier(kShare).items),
               ElementsAre(share_ / "a", share_ / "a", share_ / "folder", share_ / "gone"));
 }
 
@@ -109,14 +145,33 @@ TEST_F(NativeShareStoreTest, LeavesAManifestThatIsMalformed) {
   for (const std::string& manifest :
        {""s, "secret"s, "[]"s, "{}"s, R"({"items": {}})"s, R"({"items": ["secret"]})"s,
         R"({"items": [{"path": 1}]})"s, R"({"items": []} secret)"s,
-        "{\"items\": [{\"text\": \"secret \xC3\x28\"}]}"s, R"({"items": [{"more": 1e999}]})"s,
-        std::string(std::size_t{1} << 20, '[')}) {
+        "{\"items\": [{\"text\": \"secret \xC3\x28\"}]}"s, "{\"items\": []}\0"s,
+        R"({"items": [{"text": "\ud800 secret"}]})"s, std::string(std::size_t{1} << 20, '[')}) {
     stage(kShare, manifest);
     EXPECT_THAT(refusal(),
                 testing::AllOf(testing::StartsWith("The native share's manifest cannot be used: "),
                                testing::Not(HasSubstr("secret"))))
         << manifest.substr(0, 60);
     EXPECT_EQ(readFile(share_ / "share.json"), manifest);
+  }
+}
+
+TEST_F(NativeShareStoreTest, IgnoresValuesOfUnknownKeysThatFollowTheGrammar) {
+  const auto isRefused = [this](const std::string& more) {
+    stage(kShare, R"({"more": [)" + more + R"(], "items": [{"x": )" + more + "}]}");
+    return refusal() != "not refused";
+  };
+  for (const char* value : {"1e999", "-0.5E-9999", "123456789012345678901234567890", "\"\\ud800\"",
+                            "{\"\\udc00\": [null, true, [], {}, {\"a\": false}]}"}) {
+    EXPECT_FALSE(isRefused(value)) << value;
+  }
+  for (const char* value :
+       {"01",          "1.",        ".5",       "+1",    "1e",         "-",
+        "0x1",         "NaN",       "nul",      "nulls", "tru e",      "\"\\x\"",
+        "\"\\u12g4\"", "\"\t\"",    "\"",       "'a'",   "[1,]",       "[,1]",
+        "[1 2]",       "{\"a\"}",   "{\"a\":}", "{1:2}", "{\"a\":1,}", "{\"\\x\":1}",
+        "[1}",         "{\"a\":1]", "]",        "",      "1,,2",       "/**/1"}) {
+    EXPECT_TRUE(isRefused(value)) << value;
   }
 }
 
@@ -143,7 +198,8 @@ TEST_F(NativeShareStoreTest, TakesWhatIsPendingAndReportsTheRestAndAMissingInbox
   stage("."s + kShare);
 
   EXPECT_THAT(store_.consumePending(),
-              testing::UnorderedElementsAre(testing::SizeIs(1), testing::SizeIs(0)));
+              testing::UnorderedElementsAre(Field(&Share::items, SizeIs(1)),
+                                            Field(&Share::items, SizeIs(0))));
   EXPECT_EQ(log_.count(LogLevel::kWarning, stray.native() + ": " + kBadLocation), 1);
   EXPECT_EQ(log_.count(LogLevel::kWarning, "could not import"), 2);
 
@@ -190,7 +246,7 @@ TEST_F(NativeShareStoreTest, NeverFollowsALinkThatTakesAFoldersPlace) {
   race(30, share_ / "folder", share_ / "link", [&] { store_.discardStagedItems({share_}); });
   race(300, share_, inbox_ / ".link", [&] {
     // Refused where the link was there first.
-    refusalOf([&] { EXPECT_TRUE(store_.consumeIdentifier(kShare).empty()); });
+    refusalOf([&] { EXPECT_TRUE(store_.consumeIdentifier(kShare).items.empty()); });
   });
   EXPECT_TRUE(fs::exists(outside_ / "share.json"));
 }

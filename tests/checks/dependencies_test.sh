@@ -16,12 +16,14 @@ refused() {
   fi
   rm "$scratch/$1"
 }
-refused Runner/Window.cpp '#include <gtk/gtk.h>'
+refused Runner/Intake/Drop.h '#include "Runner/MainFlutterWindow/MainFlutterWindow.h"'
 refused Runner/AppDelegate/Delegate.h 'Glib::RefPtr<Gtk::Window> window;'
 refused Shared/Store.cpp 'g_free(text);'
 refused Runner/Key.cpp 'EVP_PKEY* key;'
-refused Runner/Window.cpp '#include "platform/linux/GtkMainWindow.h"'
+refused Runner/Window.cpp '#include "platform/linux/window/GtkMainWindow.h"'
 refused Runner/main.cpp 'GDBusConnection* bus;'
-refused platform/channel/Value.cpp '#include <glib.h>'
+refused platform/channel/Value.cpp 'g_free(text);'
+refused platform/gtk/FileUri.cpp '#include "platform/linux/bus/Bus.h"'
+refused platform/engine/web/Page.cpp '#include "platform/linux/window/GtkMainWindow.h"'
 refused platform/services/LoginItem.h 'WebKitWebView* view;'
 "$check" "$scratch"

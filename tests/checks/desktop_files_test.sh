@@ -2,7 +2,7 @@
 # The desktop entries in the given folder of data are valid, and the check that says so can fail.
 set -euo pipefail
 
-entries=("$1"/applications/*.desktop "$1"/Thunar/sendto/*.desktop)
+entries=("$1"/applications/*.desktop "$1"/Thunar/sendto/*.desktop "$1"/kio/servicemenus/*.desktop)
 desktop-file-validate "${entries[@]}"
 
 scratch=$(mktemp -d)

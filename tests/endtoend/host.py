@@ -41,13 +41,19 @@ def visible_windows():
     """The program's X windows that show, menus too."""
     found = subprocess.run(
         ["xdotool", "search", "--onlyvisible", "--class", "brevanholt"],
-        capture_output=True, text=True, check=False, timeout=30)
+        capture_output=True,
+        text=True,
+        check=False,
+        timeout=30,
+    )
     return [int(number) for number in found.stdout.split()]
 
 
 def managed_windows():
     """The program's X windows that the window manager has framed, the oldest first."""
-    listed = subprocess.run(["wmctrl", "-lx"], capture_output=True, text=True, check=False, timeout=30)
+    listed = subprocess.run(
+        ["wmctrl", "-lx"], capture_output=True, text=True, check=False, timeout=30
+    )
     rows = [line.split() for line in listed.stdout.splitlines()]
     return [int(row[0], 16) for row in rows if row[2] == "brevanholt.Brevanholt"]
 
@@ -66,8 +72,16 @@ def hide_window():
 class Host:
     """One run of the program. Its standard error is kept in `log`."""
 
-    def __init__(self, *options, scenario=None, arguments=(), environment=None,
-                 more_bundle=None, directory=None, prefix=()):
+    def __init__(
+        self,
+        *options,
+        scenario=None,
+        arguments=(),
+        environment=None,
+        more_bundle=None,
+        directory=None,
+        prefix=(),
+    ):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-e2e-"))
         self.log_path = self.folder / "log"
         self.report_path = self.folder / "report.json"
@@ -83,7 +97,8 @@ class Host:
             command += [part for text in given for part in ("--ui-argument", text)]
         with open(self.log_path, "wb") as log:
             self.process = subprocess.Popen(
-                command, stderr=log, cwd=directory, env={**os.environ, **(environment or {})})
+                command, stderr=log, cwd=directory, env={**os.environ, **(environment or {})}
+            )
 
     @property
     def log(self):
@@ -106,9 +121,15 @@ class Host:
 
     def web_processes(self):
         """The page's processes of this run."""
-        return [int(number) for number in subprocess.run(
-            ["pgrep", "-P", str(self.process.pid), "-f", "WebKitWebProcess"],
-            capture_output=True, text=True, check=False).stdout.split()]
+        return [
+            int(number)
+            for number in subprocess.run(
+                ["pgrep", "-P", str(self.process.pid), "-f", "WebKitWebProcess"],
+                capture_output=True,
+                text=True,
+                check=False,
+            ).stdout.split()
+        ]
 
     def stop(self, with_signal=signal.SIGTERM):
         """Ends the program and returns its exit status."""

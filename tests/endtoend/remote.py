@@ -26,11 +26,16 @@ class Remote:
 
     def events(self):
         """[method, arguments] of what was handed in, as the host has told of it so far."""
-        return [event for event in self._orders.give({})["events"]
-                if event[0] != "discoveryRecoveryRequested"]
+        return [
+            event
+            for event in self._orders.give({})["events"]
+            if event[0] != "discoveryRecoveryRequested"
+        ]
 
     def wait_for_events(self, count):
-        return wait_until(lambda: len(events := self.events()) >= count and events, f"event {count}")
+        return wait_until(
+            lambda: len(events := self.events()) >= count and events, f"event {count}"
+        )
 
     def requests(self):
         """How often the host has asked to look for devices anew."""

@@ -21,13 +21,13 @@ def install_handler(name, mime_type):
     applications = HOME / ".local/share/applications"
     applications.mkdir(parents=True, exist_ok=True)
     (applications / f"{name}.desktop").write_text(
-        f"[Desktop Entry]\nType=Application\nName={name}\nExec={script} %u\nMimeType={mime_type};\n")
+        f"[Desktop Entry]\nType=Application\nName={name}\nExec={script} %u\nMimeType={mime_type};\n"
+    )
     subprocess.run(["xdg-mime", "default", f"{name}.desktop", mime_type], check=True)
     return opened
 
 
 class CoreTest(RemoteTest):
-
     def test_opens_with_the_desktops_own_programs(self):
         _, remote = self.start_remote()
         remote.call("prepareReceiveLocation")
@@ -35,9 +35,10 @@ class CoreTest(RemoteTest):
         file.write_text("received")
         link = "https://example.org/x?y=1"
         for mime_type, given, method, arguments in (
-                ("x-scheme-handler/https", link, "openExternalUrl", {"url": link}),
-                ("text/plain", str(file), "openReceivedFile", {"location": str(file)}),
-                ("inode/directory", str(file.parent), "openReceiveFolder", {})):
+            ("x-scheme-handler/https", link, "openExternalUrl", {"url": link}),
+            ("text/plain", str(file), "openReceivedFile", {"location": str(file)}),
+            ("inode/directory", str(file.parent), "openReceiveFolder", {}),
+        ):
             opened = install_handler(method, mime_type)
             self.assertEqual(remote.call(method, **arguments), {"value": None})
             wait_until(lambda: opened.exists() and given in opened.read_text(), method)
@@ -79,8 +80,10 @@ class CoreTest(RemoteTest):
             pages = host.web_processes()
             self.assertTrue(pages)
             self.assertEqual(host.stop(number), 0)
-            wait_until(lambda: not any(pathlib.Path(f"/proc/{page}/exe").exists()
-                                       for page in pages), "the end of the page's process")
+            wait_until(
+                lambda: not any(pathlib.Path(f"/proc/{page}/exe").exists() for page in pages),
+                "the end of the page's process",
+            )
 
 
 if __name__ == "__main__":

@@ -3,7 +3,6 @@
 import importlib.util
 import os
 import pathlib
-import re
 import shlex
 import signal
 import subprocess
@@ -22,8 +21,18 @@ HOME = pathlib.Path(os.environ["HOME"])
 BUILD = pathlib.Path(BINARY).parents[1]
 NAME = "org.brevanholt.Brevanholt"
 # Such names are easily broken on the way to the program.
-ODD_NAMES = ["plain", "with space", "it's", 'the "best"', "100%25 %F", "two\nlines", "naïve 🎈",
-             "$HOME `x` \\", "-dash", "a:b"]
+ODD_NAMES = [
+    "plain",
+    "with space",
+    "it's",
+    'the "best"',
+    "100%25 %F",
+    "two\nlines",
+    "naïve 🎈",
+    "$HOME `x` \\",
+    "-dash",
+    "a:b",
+]
 
 
 def file_entry(path):
@@ -31,12 +40,21 @@ def file_entry(path):
 
 
 def text_event(text):
-    return ["sharedEntries", [{"path": "", "name": "Shared text", "size": len(text.encode()),
-                               "kind": "text", "text": text}]]
+    return [
+        "sharedEntries",
+        [
+            {
+                "path": "",
+                "name": "Shared text",
+                "size": len(text.encode()),
+                "kind": "text",
+                "text": text,
+            }
+        ],
+    ]
 
 
 class IntakeTest(RemoteTest):
-
     def setUp(self):
         self.folder = HOME / self.id().split(".")[-1]
         (self.folder / "sub").mkdir(parents=True)
@@ -44,30 +62,36 @@ class IntakeTest(RemoteTest):
         self.files = [self.folder / name for name in ODD_NAMES]
         for file in self.files:
             file.write_text(file.name)
+        (self.folder / "link").symlink_to("plain")
         self.entries = [file_entry(file) for file in self.files]
 
     def share(self, *arguments, cwd=None):
-        return subprocess.run([BINARY, *arguments], check=False, timeout=30, capture_output=True,
-                              cwd=cwd)
+        return subprocess.run(
+            [BINARY, *arguments], check=False, timeout=30, capture_output=True, cwd=cwd
+        )
 
 
 class CommandLineTest(IntakeTest):
-
     def test_shares_what_is_named(self):
         _, remote = self.start_remote("--share", self.folder / "plain")
-        for arguments, cwd in ((["--share", "--", *ODD_NAMES], self.folder),
-                               (["--share", *(file.as_uri() for file in self.files)], None),
-                               (["--share", "."], self.folder / "sub"),
-                               (["--share-text", "häh\n"], None), (["--share-text", ""], None)):
+        for arguments, cwd in (
+            (["--share", "--", *ODD_NAMES], self.folder),
+            (["--share", *(file.as_uri() for file in self.files)], None),
+            (["--share", "./../sub/."], self.folder / "sub"),
+            (["--share", "link", "./link", "sub/../link"], self.folder),
+            (["--share-text", "häh\n"], None),
+            (["--share-text", ""], None),
+        ):
             self.assertEqual(self.share(*arguments, cwd=cwd).returncode, 0)
         self.assertEqual(remote.events(), [])
 
         remote.call("platformEventsReady")
-        first, odd, uris, folder, text = remote.wait_for_events(5)
+        first, odd, uris, folder, links, text = remote.wait_for_events(6)
         self.assertEqual(first, ["sharedEntries", self.entries[:1]])
         self.assertEqual(odd, ["sharedEntries", self.entries])
         self.assertEqual(uris, odd)
         self.assertEqual([entry["relativePath"] for entry in folder[1]], ["sub", "sub/a"])
+        self.assertEqual(links[1], [file_entry(self.folder / "link")] * 3)
         self.assertEqual(text, text_event("häh\n"))
 
     def test_refuses_what_it_cannot_share(self):
@@ -75,13 +99,59 @@ class CommandLineTest(IntakeTest):
         bad = os.fsencode(self.folder) + b"/caf\xe9"
         pathlib.Path(os.fsdecode(bad)).touch()
         for arguments, complaint in (
-                (["--share", self.folder / "gone"], b"gone"), (["--share-text", b"\xff"], b"UTF-8"),
-                (["--share-text", "x", "y"], b"given with --share"), (["--sharing"], b"--sharing")):
+            (["--share", self.folder / "gone"], b"gone"),
+            (["--share", ""], b"an empty name"),
+            (["--share", bad, "gone", self.files[0]], b"not UTF-8"),
+            (["--share-text", b"\xff"], b"UTF-8"),
+            (["--share-text", "x", "y"], b"given with --share"),
+            (["--sharing"], b"--sharing"),
+        ):
             result = self.share(*arguments)
             self.assertEqual((result.returncode, complaint in result.stderr), (1, True), arguments)
-        self.assertEqual(self.share("--share", bad, self.files[0]).returncode, 0)
         remote.call("platformEventsReady")
         self.assertEqual(remote.wait_for_events(1), [["sharedEntries", self.entries[:1]]])
+
+
+class ActionsTest(IntakeTest):
+    """What the desktop's launcher offers, which the command line and the bus take as well."""
+
+    def test_does_what_the_launcher_asks(self):
+        host, remote = self.start_remote()
+        remote.call("platformEventsReady")
+        subprocess.run(
+            ["xclip", "-selection", "clipboard"], input=b"copied", check=True, timeout=30
+        )
+        self.assertEqual(self.share("--share-clipboard").returncode, 0)
+        self.assertEqual(remote.wait_for_events(1), [text_event("copied")])
+
+        hide_window()
+        self.assertEqual(self.share("--choose-files").returncode, 0)
+        wait_until(visible_window, "the window")
+        panel = wait_until(
+            lambda: subprocess.run(
+                ["xdotool", "search", "--onlyvisible", "--name", "Choose Files to Send"],
+                check=False,
+                capture_output=True,
+                text=True,
+                timeout=30,
+            ).stdout.split(),
+            "the panel",
+        )
+        output_of("wmctrl", "-i", "-c", panel[0])
+
+        hide_window()
+        self.assertEqual(self.share("--login-item").returncode, 0)
+        remote.call("deviceName")  # by then what was sent before has come
+        self.assertIsNone(visible_window())
+        for arguments in (["--quit", "--choose-files"], ["--quit", "--share", "."]):
+            result = self.share(*arguments)
+            self.assertEqual((result.returncode, b"nothing else" in result.stderr), (1, True))
+        self.assertEqual(self.share("--quit").returncode, 0)
+        self.assertEqual(host.process.wait(30), 0)
+        self.assertEqual(self.share("--quit").returncode, 0)
+
+    def test_says_its_version(self):
+        self.assertRegex(self.share("--version").stdout, rb"^brevanholt \d+\.\d+\.\d+\n$")
 
 
 class InstalledTest(IntakeTest):
@@ -89,8 +159,11 @@ class InstalledTest(IntakeTest):
 
     def install(self, remote):
         """Installs the program so that the desktop starts it with the remote's page."""
-        subprocess.run(["cmake", "--install", BUILD, "--prefix", HOME / ".local"], check=True,
-                       stdout=subprocess.DEVNULL)
+        subprocess.run(
+            ["cmake", "--install", BUILD, "--prefix", HOME / ".local"],
+            check=True,
+            stdout=subprocess.DEVNULL,
+        )
         output_of("update-desktop-database", HOME / ".local/share/applications")
         host = self.start(scenario="remote", arguments=remote.arguments)
         wait_until(visible_window, "the window")
@@ -137,12 +210,23 @@ class InstalledTest(IntakeTest):
         self.open_share("share/x?y=1&id=", "warm")
         wait_until(visible_window, "the window")
         uris = [self.files[0].as_uri(), "https://example.org", "file://elsewhere/a"]
-        output_of("gdbus", "call", "--session", "--dest", NAME, "--object-path",
-                  f"/{NAME.replace('.', '/')}", "--method",
-                  "org.freedesktop.Application.ActivateAction", "share",
-                  f"[<({uris}, 'not this')>]", "{}")
-        self.assertEqual(remote.wait_for_events(3)[1:],
-                         [text_event("warm"), ["sharedEntries", self.entries[:1]]])
+        output_of(
+            "gdbus",
+            "call",
+            "--session",
+            "--dest",
+            NAME,
+            "--object-path",
+            f"/{NAME.replace('.', '/')}",
+            "--method",
+            "org.freedesktop.Application.ActivateAction",
+            "share",
+            f"[<({uris}, 'not this')>]",
+            "{}",
+        )
+        self.assertEqual(
+            remote.wait_for_events(3)[1:], [text_event("warm"), ["sharedEntries", self.entries[:1]]]
+        )
 
 
 def selected(uri):
@@ -156,10 +240,10 @@ class FileManagerTest(IntakeTest):
     def installed(self, file):
         return str(BUILD / "share" / file)
 
-    def command_in(self, entry, group):
+    def value_in(self, entry, group, key):
         key_file = GLib.KeyFile()
         key_file.load_from_file(self.installed(entry), GLib.KeyFileFlags.NONE)
-        return key_file.get_value(group, "Exec")
+        return key_file.get_value(group, key)
 
     def extension(self, file_manager):
         """The menu provider of the extension for a file manager with such bindings."""
@@ -167,13 +251,14 @@ class FileManagerTest(IntakeTest):
         setattr(sys.modules["gi.repository"], file_manager, bindings)
         name = file_manager.lower()
         spec = importlib.util.spec_from_file_location(
-            name, self.installed(f"{name}-python/extensions/brevanholt-{name}.py"))
+            name, self.installed(f"{name}-python/extensions/brevanholt-{name}.py")
+        )
         module = importlib.util.module_from_spec(spec)
         spec.loader.exec_module(module)
         return module.BrevanholtMenuProvider()
 
     def activate(self, items):
-        item, = items
+        (item,) = items
         _, function, *arguments = item.connect.call_args.args
         function(item, *arguments)
 
@@ -186,17 +271,22 @@ class FileManagerTest(IntakeTest):
 
         def thunar():
             entry = Gio.DesktopAppInfo.new_from_filename(
-                self.installed("Thunar/sendto/brevanholt.desktop"))
+                self.installed("Thunar/sendto/brevanholt.desktop")
+            )
             entry.launch_uris(uris, None)
 
         def dolphin():
-            command = self.command_in("kio/servicemenus/brevanholt.desktop", "Desktop Action share")
+            command = self.value_in(
+                "kio/servicemenus/brevanholt.desktop", "Desktop Action share", "Exec"
+            )
             output_of(*shlex.split(command.replace("%F", shlex.join(map(str, paths)))))
 
         def nemo():
-            # It puts a backslash before what means something to a shell.
-            quoted = " ".join(re.sub(r"([^\w%/:.-])", r"\\\1", uri) for uri in uris)
-            command = self.command_in("nemo/actions/brevanholt.nemo_action", "Nemo Action")
+            # As Nemo 5.6 does: the entry says how each URI is quoted, and it adds nothing else.
+            entry = "nemo/actions/brevanholt.nemo_action"
+            self.assertEqual(self.value_in(entry, "Nemo Action", "Quote"), "double")
+            quoted = " ".join(f'"{uri}"' for uri in uris)
+            command = self.value_in(entry, "Nemo Action", "Exec")
             output_of(*GLib.shell_parse_argv(command.replace("%U", quoted))[1])
 
         def caja():
@@ -210,12 +300,21 @@ class FileManagerTest(IntakeTest):
         for number, use in enumerate((thunar, dolphin, nemo, caja, nautilus)):
             with self.subTest(use.__name__):
                 use()
-                wait_until(lambda: (GLib.MainContext.default().iteration(False),
-                                    len(remote.events()) > number)[1], "the share")
+                wait_until(
+                    lambda: (
+                        GLib.MainContext.default().iteration(False),
+                        len(remote.events()) > number,
+                    )[1],
+                    "the share",
+                )
                 method, entries = remote.events()[number]
-                self.assertEqual((method, entries[:len(self.files)]), ("sharedEntries", self.entries))
-                self.assertEqual([entry["relativePath"] for entry in entries[len(self.files):]],
-                                 ["sub", "sub/a"])
+                self.assertEqual(
+                    (method, entries[: len(self.files)]), ("sharedEntries", self.entries)
+                )
+                self.assertEqual(
+                    [entry["relativePath"] for entry in entries[len(self.files) :]],
+                    ["sub", "sub/a"],
+                )
 
 
 if __name__ == "__main__":

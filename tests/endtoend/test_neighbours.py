@@ -21,6 +21,7 @@ from tray import PICTURES
 
 # The whole size takes a while; it is for looking at by hand.
 LARGE = int(os.environ.get("BREVANHOLT_LARGE", 64 << 20))
+PEER = str(pathlib.Path(__file__).parent / "neighbours/peer.py")
 STRANGER = str(pathlib.Path(__file__).parent / "neighbours/stranger.py")
 
 
@@ -31,8 +32,10 @@ def digest_of(path):
 
 def hashes(folder):
     """What is below a folder: the hash of each file, and None for each folder."""
-    return {str(path.relative_to(folder)):
-            digest_of(path) if path.is_file() else None for path in folder.rglob("*")}
+    return {
+        str(path.relative_to(folder)): digest_of(path) if path.is_file() else None
+        for path in folder.rglob("*")
+    }
 
 
 def random_file(path, size):
@@ -50,7 +53,7 @@ def make_tree(folder):
         path.write_bytes(os.urandom(number * 40))
     (folder / "empty/inside").mkdir(parents=True)
     (folder / "nothing").touch()
-    (folder / "it's \"100 %41\" $HOME `x`.txt").write_text("quotes")
+    (folder / 'it\'s "100 %41" $HOME `x`.txt').write_text("quotes")
     (folder / "Füße — 日本語 🙂.txt").write_text("letters")
     return folder
 
@@ -60,7 +63,6 @@ enter_with_rights()
 
 @unittest.skipUnless(is_permitted(), "needs to make network namespaces")
 class NeighboursTest(unittest.TestCase):
-
     def setUp(self):
         self.network = Network("anna", "bob", "eve")
         self.addCleanup(self.network.close)
@@ -96,6 +98,23 @@ class NeighboursTest(unittest.TestCase):
         sender.share(*files)
         sender.press(f"Send to {receiver.name}")
         receiver.press("Accept")
+
+    def python(self, *arguments):
+        """The protocol's other implementation, on the third machine."""
+        command = self.network.command("eve", sys.executable, PEER, *arguments)
+        process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+        self.addCleanup(lambda: (process.kill(), process.communicate(timeout=30)))
+        return process
+
+    @staticmethod
+    def heard(process):
+        return json.loads(process.stdout.readline())
+
+    def sent_bytes(self, machine):
+        """What has left a machine so far."""
+        counter = "/sys/class/net/eth0/statistics/tx_bytes"
+        command = self.network.command(machine, "sh", "-c", f"mount -t sysfs s /sys; cat {counter}")
+        return int(subprocess.run(command, check=True, capture_output=True).stdout)
 
     def wait_for_progress(self, station):
         wait_until(lambda: "/s" in station.text(), "progress")
@@ -191,17 +210,97 @@ class NeighboursTest(unittest.TestCase):
             bob.start()
             bob.sees("The program ended before it was done.")
             self.assertNotIn("huge.bin", hashes(bob.received))
-            self.assertEqual(list(bob.home.rglob("*huge.bin")), [])
+            bob.press("Remove huge.bin from the list")
+            wait_until(lambda: not list(bob.home.rglob("*.part")), "the scratch file to go")
         with self.subTest("the disk is full"):
             bob.stop()
             for folder in (bob.home / "Downloads", bob.home / ".cache"):
                 self.full(folder, "256m")
             bob.start()
-            self.send(anna, bob, huge)
+            anna.share(huge)
+            anna.press("Send to bob")
+            bob.sees("There is not enough space on the disk (")
+            bob.press("Decline")
+            self.send(anna, bob, large)
+            self.wait_for_progress(bob)
+            filler = bob.home / ".cache/filler"
+            subprocess.run(["cp", "/dev/zero", filler], check=False, capture_output=True)
             bob.sees("There is not enough space on the disk.")
             anna.sees("There is not enough space on the other device’s disk.")
             self.assertEqual(hashes(bob.received), {})
-            self.assertEqual(list(bob.home.rglob("*huge.bin")), [])
+            self.assertEqual(list(bob.home.rglob("*.part")), [])
+
+    def test_goes_on_where_it_ended(self):
+        anna, bob = self.pair()
+        folder = anna.folder / "Recordings"
+        folder.mkdir()
+        random_file(folder / "a.bin", 150 << 20)
+        random_file(folder / "b.bin", 150 << 20)
+        os.utime(folder / "a.bin", (1_600_000_000, 1_600_000_000))
+        (folder / "2026-11-23 07:30:12.ogg").write_text("half past seven")
+        (folder / "away.txt").write_text("soon gone")
+        anna.share(folder)
+        anna.sees("Recordings")
+        (folder / "away.txt").unlink()
+        wanted = {name: digest_of(folder / name) for name in ("a.bin", "b.bin")}
+        with self.subTest("the receiver is killed"):
+            anna.press("Send to bob")
+            bob.press("Accept")
+            wait_until(lambda: (bob.received / "Recordings/a.bin").exists(), "the first file")
+            bob.stop(signal.SIGKILL)
+            anna.sees("The connection was lost.", 30)
+            before = self.sent_bytes("anna")
+            bob.start()
+            anna.sees("Known device")
+            anna.press("Try again")
+            bob.sees("Received from anna")
+            anna.sees("did not arrive: away.txt could not be read")
+            self.assertLess(self.sent_bytes("anna") - before, 190 << 20)
+            for name, digest in wanted.items():
+                self.assertEqual(digest_of(bob.received / "Recordings" / name), digest)
+            self.assertEqual(
+                (bob.received / "Recordings/2026-11-23 07-30-12.ogg").read_text(), "half past seven"
+            )
+            arrived = (bob.received / "Recordings/a.bin").stat()
+            self.assertEqual((arrived.st_mtime, arrived.st_mode & 0o777), (1_600_000_000, 0o644))
+            self.assertEqual(list(bob.home.rglob("*.part")), [])
+        with self.subTest("a file changes, and the sender pauses"):
+            changing = random_file(anna.folder / "changing.bin", 200 << 20)
+            anna.share(changing)
+            anna.press("Send to bob")
+            bob.press("Accept")
+            self.wait_for_progress(bob)
+            anna.press("Pause changing.bin")
+            bob.sees("Paused on the other device.")
+            self.assertEqual(len(list(bob.home.rglob("*.part"))), 1)
+            with open(changing, "r+b") as file:
+                file.write(b"changed")
+            anna.press("Resume changing.bin")
+            bob.press("Accept")
+            anna.sees("changing.bin Sent to bob")
+            self.assertEqual(digest_of(bob.received / "changing.bin"), digest_of(changing))
+
+    def test_speaks_with_an_implementation_of_its_own(self):
+        bob = self.station("bob")
+        bob.start()
+        port = re.search(r":(\d+)\b", bob.run("ss", "-Hltn", "sport", ">=", ":1024"))[1]
+        self.assertEqual(port, "45457")
+        caller = self.python("call", self.network.address_of("bob"), port, "note.txt", "in Python")
+        self.assertEqual(self.heard(caller)["peer"], "bob")
+        bob.sees("Is the same code shown on python?")
+        bob.press("They match")
+        bob.press("Accept")
+        self.assertEqual(self.heard(caller), {"ended": True})
+        self.assertEqual((bob.received / "note.txt").read_text(), "in Python")
+
+        answerer = self.python("answer", "4711")
+        bob.share_text("from bob")
+        bob.press("Send to python (not the one you know)")
+        code = self.heard(answerer)["code"]
+        bob.sees(f"{code[:3]} {code[3:]}")
+        bob.press("They match")
+        self.assertEqual(self.heard(answerer)["text"], "from bob")
+        bob.sees("Sent to python")
 
     def test_works_with_a_clock_that_is_wrong(self):
         anna = self.station("anna", wrapper=("faketime", "-f", "-400d"))
@@ -217,7 +316,9 @@ class NeighboursTest(unittest.TestCase):
         anna.sees("note.txt Sent to bob")
         self.assertEqual((bob.received / "note.txt").read_text(), "a year late")
         kept = json.loads(next(anna.home.rglob("transfers.json")).read_text())
-        self.assertLess(kept[0]["when"] / 1000, time.time() - 300 * 86400, "the clock was wrong")
+        self.assertLess(
+            kept["content"][0]["when"] / 1000, time.time() - 300 * 86400, "the clock was wrong"
+        )
 
     def test_is_not_moved_by_strangers(self):
         anna, bob = self.pair()
@@ -228,20 +329,40 @@ class NeighboursTest(unittest.TestCase):
         anna.sees("secret.txt Sent to bob")
         bob.sees("secret.txt Received from anna")
         (_address, port), said = next(
-            one for one in tap.close() if one[1][4:].startswith(b'{"brevanholt":[1]'))
+            one for one in tap.close() if one[1][4:].startswith(b'{"brevanholt":[2]')
+        )
         self.assertNotIn(b"for bob alone", said)
         before = bob.text()
 
-        attacks = {"replay": said, "garbage": os.urandom(1 << 16), "request": b"GET / HTTP/1.1\r\n\r\n",
-                   "size": b"\xff\xff\xff\xff", "half": said[:100]}
+        attacks = {
+            "replay": said,
+            "garbage": os.urandom(1 << 16),
+            "request": b"GET / HTTP/1.1\r\n\r\n",
+            "size": b"\xff\xff\xff\xff",
+            "half": said[:100],
+        }
         for name, content in attacks.items():
             (anna.folder / name).write_bytes(content)
         outcome = subprocess.run(
-            self.network.command("eve", sys.executable, STRANGER, self.network.address_of("bob"),
-                                 str(port), *(str(anna.folder / name) for name in attacks)),
-            check=True, capture_output=True, text=True, timeout=120).stdout
+            self.network.command(
+                "eve",
+                sys.executable,
+                STRANGER,
+                self.network.address_of("bob"),
+                str(port),
+                *(str(anna.folder / name) for name in attacks),
+            ),
+            check=True,
+            capture_output=True,
+            text=True,
+            timeout=120,
+        ).stdout
         self.assertEqual(outcome.split()[:4], ["closed"] * 4)
         self.assertEqual(bob.text(), before)
+        anna.sees("Known device")
+        self.assertEqual(self.heard(self.python("pretend", "bob", "4711")), {"pretends": True})
+        self.assertIn("bob Known device", anna.text())
+        self.assertNotIn("Carol", anna.text())
         self.send(anna, bob, secret)
         wait_until((bob.received / "secret (1).txt").exists, "the file once more")
 

@@ -12,14 +12,22 @@ from tray import picture
 
 HOME = pathlib.Path(os.environ["HOME"])
 DEFAULTS = HOME / ".config/brevanholt/defaults.ini"
-PORTAL = ("org.freedesktop.portal.Documents", "/org/freedesktop/portal/documents",
-          "org.freedesktop.portal.FileTransfer")
+PORTAL = (
+    "org.freedesktop.portal.Documents",
+    "/org/freedesktop/portal/documents",
+    "org.freedesktop.portal.FileTransfer",
+)
 TARGET = (370, 310)  # within the window
 
 
 def window_titled(title):
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
-                           check=False, capture_output=True, text=True, timeout=30)
+    found = subprocess.run(
+        ["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
+        check=False,
+        capture_output=True,
+        text=True,
+        timeout=30,
+    )
     return next(iter(found.stdout.split()), None)
 
 
@@ -39,13 +47,18 @@ def entry(path):
 
 def bookmarks():
     """What the program has kept of each picked file."""
-    line = next((line for line in DEFAULTS.read_text().splitlines()
-                 if line.startswith("pickedFileBookmarks")), "")
+    line = next(
+        (
+            line
+            for line in DEFAULTS.read_text().splitlines()
+            if line.startswith("pickedFileBookmarks")
+        ),
+        "",
+    )
     return line.split("(b")[1:]
 
 
 class HandTest(RemoteTest):
-
     def setUp(self):
         self.folder = HOME / self.id().split(".")[-1]
         (self.folder / "sub").mkdir(parents=True)
@@ -56,6 +69,19 @@ class HandTest(RemoteTest):
 
 
 class DragTest(HandTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        # A mock owns the portal's name here: the bus must not start the real one for Thunar.
+        services = pathlib.Path(os.environ["XDG_RUNTIME_DIR"]) / "dbus-1/services"
+        services.mkdir(parents=True, exist_ok=True)
+        (services / f"{PORTAL[0]}.service").write_text(
+            f"[D-BUS Service]\nName={PORTAL[0]}\nExec=/bin/false\n"
+        )
+        bus = "org.freedesktop.DBus"
+        output_of(
+            *f"gdbus call --session --dest {bus} --object-path / --method {bus}.ReloadConfig".split()
+        )
 
     def start_beside(self, *source, title):
         """Starts the program at the left, and at the right what is dragged, all of it selected."""
@@ -64,7 +90,9 @@ class DragTest(HandTest):
         self.run_beside(*source)
         window = wait_until(lambda: window_titled(title), title)
         output_of("wmctrl", "-i", "-r", window, "-e", "0,740,60,520,500")
-        wait_until(lambda: "520x500" in output_of("xdotool", "getwindowgeometry", window), "the size")
+        wait_until(
+            lambda: "520x500" in output_of("xdotool", "getwindowgeometry", window), "the size"
+        )
         mouse("windowactivate", "--sync", window, "key", "ctrl+a")
         picture(title)
         return remote
@@ -84,8 +112,9 @@ class DragTest(HandTest):
         mouse("mouseup", "1")
         _, (method, dropped), last = remote.wait_for_events(5)[2:]
         self.assertEqual((method, last), ("filesDropped", ["dragActiveChanged", False]))
-        self.assertEqual(sorted(dropped, key=lambda file: file["name"]),
-                         [entry(file) for file in self.files])
+        self.assertEqual(
+            sorted(dropped, key=lambda file: file["name"]), [entry(file) for file in self.files]
+        )
         wait_until(lambda: len(bookmarks()) == 3, "the bookmarks")
         remote.call("releasePickedFiles", paths=[str(file) for file in self.files])
         self.assertEqual(bookmarks(), [])
@@ -93,11 +122,29 @@ class DragTest(HandTest):
     def test_takes_files_that_the_portal_hands_out(self):
         self.run_beside(sys.executable, "-m", "dbusmock", *PORTAL, stdout=subprocess.DEVNULL)
         output_of("gdbus", "wait", "--session", PORTAL[0])
-        output_of("gdbus", "call", "--session", "--dest", PORTAL[0], "--object-path", PORTAL[1],
-                  "--method", "org.freedesktop.DBus.Mock.AddMethod", "", "RetrieveFiles", "sa{sv}",
-                  "as", f"ret = ['{self.files[2]}'] if args[0] == 'the key' else []")
-        remote = self.start_beside(sys.executable, SOURCE / "tests/endtoend/drag_source.py",
-                              "application/vnd.portal.filetransfer", "the key", title="Drag source")
+        output_of(
+            "gdbus",
+            "call",
+            "--session",
+            "--dest",
+            PORTAL[0],
+            "--object-path",
+            PORTAL[1],
+            "--method",
+            "org.freedesktop.DBus.Mock.AddMethod",
+            "",
+            "RetrieveFiles",
+            "sa{sv}",
+            "as",
+            f"ret = ['{self.files[2]}'] if args[0] == 'the key' else []",
+        )
+        remote = self.start_beside(
+            sys.executable,
+            SOURCE / "tests/endtoend/drag_source.py",
+            "application/vnd.portal.filetransfer",
+            "the key",
+            title="Drag source",
+        )
         mouse("mousemove", 1000, 310, "mousedown", "1")
         glide((1000, 310), TARGET)
         mouse("mouseup", "1")
@@ -105,12 +152,13 @@ class DragTest(HandTest):
 
 
 class PickerTest(HandTest):
-
     def choose(self, title, path):
         """Types a path into the open file chooser of that title."""
         chooser = wait_until(lambda: window_titled(title), title)
-        self.assertRegex(output_of("xprop", "-id", chooser, "WM_TRANSIENT_FOR", "_NET_WM_STATE"),
-                         f"(?s){int(visible_window()):#x}\n.*_NET_WM_STATE_MODAL")
+        self.assertRegex(
+            output_of("xprop", "-id", chooser, "WM_TRANSIENT_FOR", "_NET_WM_STATE"),
+            f"(?s){int(visible_window()):#x}\n.*_NET_WM_STATE_MODAL",
+        )
         mouse("windowactivate", "--sync", chooser)
         mouse("key", "ctrl+l", "type", "--delay", "5", path)
         picture(title)
@@ -124,9 +172,12 @@ class PickerTest(HandTest):
         self.assertIsNone(remote.reply(folder))
         self.choose("Choose a Folder to Send", self.folder / "sub")
         self.assertEqual(
-            [(each["relativePath"], each["kind"], each["size"])
-             for each in remote.finish(folder)["value"]],
-            [("sub", "directory", 0), ("sub/b", "file", 2)])
+            [
+                (each["relativePath"], each["kind"], each["size"])
+                for each in remote.finish(folder)["value"]
+            ],
+            [("sub", "directory", 0), ("sub/b", "file", 2)],
+        )
         chooser = wait_until(lambda: window_titled("Choose Files to Send"), "the chooser")
         mouse("windowactivate", "--sync", chooser, "key", "Escape")
         self.assertEqual(remote.finish(none), {"value": []})

@@ -14,12 +14,12 @@ from tray import picture
 
 LOGIND = "org.freedesktop.login1"
 HOSTNAMED = "org.freedesktop.hostname1"
-SCREEN_SAVER = "org.freedesktop.ScreenSaver"
+SCREEN_SAVERS = [f"org.{name}.ScreenSaver" for name in ("freedesktop", "gnome", "cinnamon", "mate")]
+SESSION = "/org/freedesktop/login1/session/c1"
 TRANSFER = ("sleep", "Brevanholt", "Brevanholt file transfer", "block")
 
 
 class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
-
     @classmethod
     def setUpClass(cls):
         cls.start_system_bus()
@@ -28,8 +28,14 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
         """A service whose one object, and its interface, are where its name says."""
         path = "/" + name.replace(".", "/")
         where = "--system" if is_on_system_bus else "--session"
-        self.run_beside(sys.executable, "-m", "dbusmock", where, *(template or (name, path, name)),
-                        stdout=subprocess.DEVNULL)
+        self.run_beside(
+            sys.executable,
+            "-m",
+            "dbusmock",
+            where,
+            *(template or (name, path, name)),
+            stdout=subprocess.DEVNULL,
+        )
         bus = self.get_dbus(is_on_system_bus)
         wait_until(lambda: bus.name_has_owner(name), name)
         return dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
@@ -44,7 +50,7 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
         hostnamed = self.mock(HOSTNAMED)
         hostnamed.AddProperties(HOSTNAMED, {"PrettyHostname": "Ada’s computer 🎈"})
         _, remote = self.start_remote()
-        self.assertEqual(remote.call("deviceName"), {"value": "Ada’s computer 🎈"})
+        wait_until(lambda: remote.call("deviceName") == {"value": "Ada’s computer 🎈"}, "the name")
         hostnamed.UpdateProperties(HOSTNAMED, {"PrettyHostname": "Bob’s"})
         wait_until(lambda: remote.call("deviceName") == {"value": "Bob’s"}, "the new name")
 
@@ -64,13 +70,30 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
 
     def test_asks_for_discovery_after_waking_and_when_its_window_becomes_key(self):
         logind = self.mock(LOGIND, "--template", "logind")
-        screen_saver = self.mock(SCREEN_SAVER, is_on_system_bus=False)
+        logind.AddSession("c1", "seat0", 1000, "somebody", True)
+        session_of = ("GetSessionByPID", "u", "o", f"ret = dbus.ObjectPath('{SESSION}')")
+        logind.AddMethod(f"{LOGIND}.Manager", *session_of)
+        session = self.get_dbus(True).get_object(LOGIND, SESSION)
         _, remote = self.start_remote()
-        for service, change in ((logind, (f"{LOGIND}.Manager", "PrepareForSleep")),
-                                (screen_saver, (SCREEN_SAVER, "ActiveChanged"))):
+
+        def unlock():
+            for is_locked in (True, False):
+                change = {"LockedHint": dbus.Boolean(is_locked)}
+                session.UpdateProperties(f"{LOGIND}.Session", change)
+
+        self.assertEqual(1, self.assert_asks_for_discovery(remote, unlock))
+        notices = [(logind, (f"{LOGIND}.Manager", "PrepareForSleep"))] + [
+            (self.mock(name, is_on_system_bus=False), (name, "ActiveChanged"))
+            for name in SCREEN_SAVERS
+        ]
+        for service, change in notices:
             service.EmitSignal(*change, "b", [True])
-            self.assertEqual(1, self.assert_asks_for_discovery(
-                remote, lambda: service.EmitSignal(*change, "b", [False])))
+            self.assertEqual(
+                1,
+                self.assert_asks_for_discovery(
+                    remote, lambda: service.EmitSignal(*change, "b", [False])
+                ),
+            )
 
         hide_window()
         self.assert_asks_for_discovery(remote, lambda: output_of(BINARY))
@@ -84,16 +107,40 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
             output_of("nsenter", "--target", str(host.process.pid), "--net", "ip", *change)
 
         ip("link", "add", "near", "type", "veth", "peer", "name", "far")
-        for change in ("link set lo up", "link set far up", "link set near up",
-                       "address add 192.0.2.2/24 dev near", "address delete 192.0.2.2/24 dev near",
-                       "address add 2001:db8::5/64 dev near", "link set near down"):
+        for change in (
+            "link set lo up",
+            "link set far up",
+            "link set near up",
+            "address add 192.0.2.2/24 dev near",
+            "address delete 192.0.2.2/24 dev near",
+            "address add 2001:db8::5/64 dev near",
+            "link set near down",
+        ):
             with self.subTest(change):
+                self.assert_asks_for_discovery(remote, lambda: ip(*change.split()))
+
+        # Without IPv6 a lost carrier changes no route.
+        without_ipv6 = ("sysctl", "--quiet", "net.ipv6.conf.all.disable_ipv6=1")
+        output_of("nsenter", "--target", str(host.process.pid), "--net", *without_ipv6)
+        ip("address", "add", "192.0.2.2/24", "dev", "near")
+        ip("link", "set", "near", "up")
+        for change in (
+            "link set far down",
+            "link set far up",
+            "address delete 192.0.2.2/24 dev near",
+        ):
+            with self.subTest(f"without IPv6: {change}"):
                 self.assert_asks_for_discovery(remote, lambda: ip(*change.split()))
 
 
 def notification_windows():
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "xfce4-notifyd"],
-                           capture_output=True, text=True, check=False, timeout=30)
+    found = subprocess.run(
+        ["xdotool", "search", "--onlyvisible", "--class", "xfce4-notifyd"],
+        capture_output=True,
+        text=True,
+        check=False,
+        timeout=30,
+    )
     return found.stdout.split()
 
 
@@ -101,21 +148,30 @@ class NotificationTest(RemoteTest):
     """Notifications in a real desktop's notification service."""
 
     def show(self, remote, title, body):
-        self.assertEqual(remote.call("showNotification", id="transfer", title=title, body=body),
-                         {"value": None})
+        self.assertEqual(
+            remote.call("showNotification", id="transfer", title=title, body=body), {"value": None}
+        )
         return wait_until(notification_windows, "the notification")
 
     def test_shows_replaces_opens_and_clears(self):
         host, remote = self.start_remote()
         self.assertEqual(remote.call("requestNotificationPermission"), {"value": True})
         self.show(remote, "Receiving", "photo.jpg")
-        window, = self.show(remote, "Received from Ada", "<b>1 & 2</b>.jpg")
+        (window,) = self.show(remote, "Received from Ada", "<b>1 & 2</b>.jpg")
         picture("notification", "480x200+800+0")
         hide_window()
         size = output_of("xdotool", "getwindowgeometry", window).split()[-1]
         width, height = map(int, size.split("x"))
-        output_of("xdotool", "mousemove", "--window", window, str(width - 57), str(height - 32),
-                  "click", "1")  # the button "Open"
+        output_of(
+            "xdotool",
+            "mousemove",
+            "--window",
+            window,
+            str(width - 57),
+            str(height - 32),
+            "click",
+            "1",
+        )  # the button "Open"
         wait_until(visible_window, "the window")
         wait_until(lambda: not notification_windows(), "the notification to go")
 

@@ -1,8 +1,9 @@
 """The status item and its menus in a real panel."""
 
+import re
 import unittest
 
-from host import hide_window, output_of, visible_window, wait_until
+from host import hide_window, output_of, visible_window, visible_windows, wait_until
 from remote import RemoteTest
 from tray import GREEN, ICON, MENU, close_menu, darkest, open_menu, picture, pixels_like
 
@@ -10,12 +11,16 @@ RED, BLUE = (191, 28, 41), (26, 94, 181)
 
 
 def transfer(title, state="sending", progress=0.3):
-    return {"title": title, "item": f"{title} with a rather long name of its own.zip",
-            "stateKey": state, "progress": progress, "progressLabel": f"{progress:.0%}"}
+    return {
+        "title": title,
+        "item": f"{title} with a rather long name of its own.zip",
+        "stateKey": state,
+        "progress": progress,
+        "progressLabel": f"{progress:.0%}",
+    }
 
 
 class PanelTest(RemoteTest):
-
     def test_shows_icon_tooltip_and_menus(self):
         _, remote = self.start_remote()
 
@@ -31,25 +36,55 @@ class PanelTest(RemoteTest):
         output_of("xdotool", "mousemove", *ICON)
         picture("tooltip", MENU)
         self.assertEqual(pixels_like(GREEN, menu("menu-visibility-off", visible=False)), 0)
-        recents = menu("menu-recents", activeTransfer=transfer("Sending to Ada"), recentTransfers=[
-            transfer("Complete", "complete", 1), transfer("Failed", "failed"),
-            transfer("Cancelled", "cancelled"), transfer("Waiting", "waiting")])
+        recents = menu(
+            "menu-recents",
+            activeTransfer=transfer("Sending to Ada"),
+            recentTransfers=[
+                transfer("Complete", "complete", 1),
+                transfer("Failed", "failed"),
+                transfer("Cancelled", "cancelled"),
+                transfer("Waiting", "waiting"),
+            ],
+        )
         for colour in (GREEN, RED, BLUE):
             self.assertGreater(pixels_like(colour, recents), 10, colour)
 
     def test_asks_for_discovery_when_the_menu_opens_and_comes_back_by_it(self):
         host, remote = self.start_remote()
         before = remote.requests()
-        open_menu()
-        wait_until(lambda: remote.requests() == before + 1, "the request")
-        close_menu()
+        for times in (1, 2):  # the window has the focus again in between, and asks for nothing
+            open_menu()
+            wait_until(lambda: remote.requests() >= before + times, "the request")
+            close_menu()
+        self.assertEqual(remote.requests(), before + 2)
         hide_window()
         open_menu()
         output_of("xdotool", "key", "Up", "Up", "Return")
         wait_until(visible_window, "the window")
         open_menu()
-        output_of("xdotool", "key", "Up", "Return")
+        output_of("xdotool", "key", "ctrl+q")
         self.assertEqual(host.process.wait(20), 0)
+
+    def test_an_open_menu_follows_and_keeps_what_is_selected(self):
+        host, remote = self.start_remote()
+        hide_window()
+        open_menu()
+
+        def menu_height():
+            (menu,) = map(str, visible_windows())
+            geometry = output_of("xdotool", "getwindowgeometry", "--shell", menu)
+            return int(re.search(r"HEIGHT=(\d+)", geometry)[1])
+
+        idle = menu_height()
+        output_of("xdotool", "key", "Up", "Up")
+        recents = [transfer(f"Transfer {number}", "complete", 1) for number in range(4)]
+        remote.call("updateDesktopShell", recentTransfers=recents)
+        wait_until(lambda: menu_height() > idle + 100, "the rows of the transfers")
+        remote.call("updateDesktopShell")
+        wait_until(lambda: menu_height() == idle, "their end")
+        output_of("xdotool", "key", "Return")
+        wait_until(visible_window, "the window")
+        self.assertIsNone(host.process.poll())
 
 
 if __name__ == "__main__":

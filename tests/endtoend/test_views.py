@@ -14,18 +14,23 @@ WIDTHS = (380, 640, 1100)
 
 
 def use_theme(name):
-    subprocess.run(["xfconf-query", "--channel", "xsettings", "--property", "/Net/ThemeName",
-                    "--set", name], check=True)
+    subprocess.run(
+        ["xfconf-query", "--channel", "xsettings", "--property", "/Net/ThemeName", "--set", name],
+        check=True,
+    )
 
 
 class ViewsTest(HostTest):
-
     def setUp(self):
         """Makes a bundle of the shipped views and the tests' own pages."""
         self.bundle = pathlib.Path(tempfile.mkdtemp())
         self.addCleanup(shutil.rmtree, self.bundle)
-        shutil.copytree(SOURCE / "ui", self.bundle, dirs_exist_ok=True,
-                        ignore=shutil.ignore_patterns("index.html", "main.js", "engine"))
+        shutil.copytree(
+            SOURCE / "ui",
+            self.bundle,
+            dirs_exist_ok=True,
+            ignore=shutil.ignore_patterns("index.html", "main.js", "engine"),
+        )
         shutil.copytree(SOURCE / "tests/ui", self.bundle, dirs_exist_ok=True)
 
     def start_views(self):
@@ -54,8 +59,12 @@ class ViewsTest(HostTest):
                         seen = give({"show": state})
                         self.assertEqual((seen["scrolls"], seen["sticksOut"]), (False, []))
                         self.assertEqual(seen["refusals"], [])
-                        output_of("import", "-window", window,
-                                  PICTURES / f"views-{theme}-{width}-{state}.png")
+                        output_of(
+                            "import",
+                            "-window",
+                            window,
+                            PICTURES / f"views-{theme}-{width}-{state}.png",
+                        )
         give({"show": "recents"})
         wait_until(lambda: give({})["pictures"] == 2, "the previews")
 
@@ -68,9 +77,17 @@ class ViewsTest(HostTest):
             output_of("xdotool", "key", "--delay", "60", key)
             wait_until(lambda: give({})["focus"] == focus, f"focus on {focus}", 15)
 
-        controls = ["Visible nearby", "Settings", "They match", "They differ",
-                    "Accept 12 files from Pixel 9", "Decline 12 files from Pixel 9", "Add files",
-                    "Add folder", "Write text"]
+        controls = [
+            "Visible nearby",
+            "Settings",
+            "They match",
+            "They differ",
+            "Accept 12 files from Pixel 9",
+            "Decline 12 files from Pixel 9",
+            "Add files",
+            "Add folder",
+            "Write text",
+        ]
         for name in controls:
             press("Tab", name)
         press("Return", "Text to send")
@@ -87,7 +104,9 @@ class ViewsTest(HostTest):
         for name in controls[2:5]:
             press("Tab", name)
         output_of("xdotool", "key", "Return")
-        wait_until(lambda: give({})["calls"] == [["addText", "hello"], ["accept", "a1"]], "the calls")
+        wait_until(
+            lambda: give({})["calls"] == [["addText", "hello"], ["accept", "a1"]], "the calls"
+        )
 
 
 if __name__ == "__main__":

@@ -43,12 +43,35 @@ def picture(name, crop=None):
 
 def darkest(path):
     """How light the darkest pixel of a picture is, from 0 to 1."""
-    return float(output_of("convert", path, "-colorspace", "Gray", "-format", "%[fx:minima]",
-                           "info:"))
+    return float(
+        output_of("convert", path, "-colorspace", "Gray", "-format", "%[fx:minima]", "info:")
+    )
 
 
 def pixels_like(colour, path):
     """How many pixels of a picture are of that colour, give or take what antialiasing does."""
-    return round(float(output_of(
-        "convert", path, "-alpha", "off", "-fuzz", "2%", "-fill", "black", "+opaque", f"rgb{colour}",
-        "-fuzz", "0", "-fill", "white", "+opaque", "black", "-format", "%[fx:mean*w*h]", "info:")))
+    return round(
+        float(
+            output_of(
+                "convert",
+                path,
+                "-alpha",
+                "off",
+                "-fuzz",
+                "2%",
+                "-fill",
+                "black",
+                "+opaque",
+                f"rgb{colour}",
+                "-fuzz",
+                "0",
+                "-fill",
+                "white",
+                "+opaque",
+                "black",
+                "-format",
+                "%[fx:mean*w*h]",
+                "info:",
+            )
+        )
+    )

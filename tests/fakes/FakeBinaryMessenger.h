@@ -16,6 +16,11 @@ class FakeBinaryMessenger final : public BinaryMessenger {
   void send(const std::string& /*channel*/, Message message) override {
     events.push_back(StandardMethodCodec::decodeMethodCall(message.joined()));
   }
+  void sendUntilHandled(const std::string& channel, Message message,
+                        UniqueFunction<void()> handled) override {
+    send(channel, std::move(message));
+    if (handlesEvents) handled();
+  }
   void setMessageHandler(const std::string& channel, Handler handler) override {
     handlers_[channel] = std::move(handler);
   }
@@ -40,6 +45,7 @@ class FakeBinaryMessenger final : public BinaryMessenger {
   }
 
   std::vector<MethodCall> events;
+  bool handlesEvents = true;  // or ends before it does
 
  private:
   std::map<std::string, Handler> handlers_;

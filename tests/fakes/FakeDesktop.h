@@ -98,7 +98,7 @@ struct FakeDesktop final : Pasteboard, Workspace, Images, Screen, HostName {
   }
   [[nodiscard]] bool hasApplicationIcon() const override { return true; }
   [[nodiscard]] std::optional<double> mainScaleFactor() const override { return 1.0; }
-  void localizedName(UniqueFunction<void(std::string)> callback) override { callback("Ada’s"); }
+  [[nodiscard]] std::string localizedName() const override { return "Ada’s"; }
 
   std::vector<std::string> opened;
   bool refuses = false;

@@ -66,7 +66,8 @@ struct FakePlatform {
   FakeNetworkMonitor networkMonitor;
   WakeNotices wakeNotices;
   KnownFolders folders{.downloads = home / "Downloads",
-                       .temporary = home / "cache",
+                       .temporary = home / "tmp",
+                       .caches = home / "cache",
                        .applicationSupport = home / "data",
                        .configuration = home / "config",
                        .workingDirectory = "/"};

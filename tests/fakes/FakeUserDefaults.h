@@ -24,6 +24,7 @@ class FakeUserDefaults final : public UserDefaults {
 
   bool refusesReading = false;
   bool refusesSetting = false;
+  int writes = 0;
 
  private:
   template <class T>
@@ -38,6 +39,7 @@ class FakeUserDefaults final : public UserDefaults {
     const std::lock_guard lock(mutex_);
     if (refusesSetting) throw PlatformError("the defaults cannot be kept");
     values_[key] = value;
+    ++writes;
   }
 
   mutable std::mutex mutex_;

@@ -1,3 +1,4 @@
+#include "preview/ExifOrientation.h"
 #include "preview/ImageFormat.h"
 #include "preview/IsoMedia.h"
 
@@ -39,21 +40,20 @@ TEST(ImageFormatTest, TellsImagesFromWhatOnlyLooksLikeOne) {
   }
 }
 
-TEST(ImageFormatTest, SeesWhereAFileWasCut) {
-  // A thumbnail inside the JPEG file has an end of its own, and "FF 00" is no marker.
+TEST(ImageFormatTest, FindsTheOrientationWhereverTheFileHasIt) {
+  const std::string exif = "MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0"s;
+  const std::string webpExif = "EXIF"s + char(exif.size() + 6) + "\0\0\0Exif\0\0"s + exif;
   const std::pair<ImageFormat, std::string> files[] = {
-      {ImageFormat::kPng, kPngStart + chunk("IDAT", "data") + chunk("IEND", "")},
-      {ImageFormat::kJpeg,
-       "\xFF\xD8\xFF\xE1\0\6\xFF\xD8\xFF\xD9\xFF\xDA\0\2..\xFF\0..\xFF\xD0..\xFF\xFF\xD9"s},
-      {ImageFormat::kBmp, "BM\x20\0\0\0"s + std::string(26, 'x')},
-      {ImageFormat::kWebp, "RIFF\x10\0\0\0WEBP"s + std::string(12, 'x')}};
+      {ImageFormat::kPng, kPngStart + chunk("eXIf", exif) + chunk("IDAT", "data")},
+      {ImageFormat::kPng, kPngStart + chunk("IDAT", "data") + chunk("eXIf", exif)},
+      {ImageFormat::kWebp, "RIFF????WEBPVP8X\3\0\0\0abc\0"s + webpExif}};
   for (const auto& [format, file] : files) {
-    EXPECT_TRUE(isWhole(format, bytes(file + "more")));
-    for (std::size_t length = 6; length < file.size(); ++length) {
-      EXPECT_FALSE(isWhole(format, bytes(file.substr(0, length)))) << length;
+    EXPECT_EQ(exifOrientation(format, bytes(file)), 6U);
+    for (std::size_t length = 8; length < file.size(); ++length) {
+      static_cast<void>(exifOrientation(format, bytes(file.substr(0, length))));  // no further
     }
   }
-  EXPECT_FALSE(isWhole(ImageFormat::kPng, bytes(kPngStart + big32(0xFFFFFFFF) + "IDAT")));
+  EXPECT_EQ(exifOrientation(ImageFormat::kPng, bytes(kPngStart + big32(0xFFFFFFFF) + "IDAT")), 0U);
 }
 
 TEST(ImageFormatTest, FindsTheLargestSizeThatAnImageAnnounces) {

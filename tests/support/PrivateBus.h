@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/Bus.h"
+#include "platform/linux/bus/Bus.h"
 #include "tests/support/MainLoop.h"
 
 #include <gio/gio.h>
@@ -54,5 +54,19 @@ class OwnedName {
  private:
   unsigned id_ = 0;
 };
+
+// From now on calls that come over this connection are read and never answered.
+inline void neverAnswer(Bus& bus) {
+  const auto drop = [](GDBusConnection*, GDBusMessage* message, gboolean isIncoming,
+                       gpointer) -> GDBusMessage* {
+    const auto type = g_dbus_message_get_message_type(message);
+    if (isIncoming == FALSE || type != G_DBUS_MESSAGE_TYPE_METHOD_CALL) return message;
+    g_object_unref(message);
+    return nullptr;
+  };
+  bus.whenConnected([&drop](GDBusConnection* connection) {
+    g_dbus_connection_add_filter(connection, drop, nullptr, nullptr);
+  });
+}
 
 }  // namespace brevanholt::platform

@@ -1,7 +1,7 @@
 // What can be found and done in the window.
 
-import { equal } from './expect.js';
-import { control, mount, nameOf, settled, shown } from './page.js';
+import { answerable, control, equal, mount, nameOf, settled, shown } from './harness.js';
+import { distinctName } from './model/namesakes.js';
 import { ACTIVE, ASKING, CONFIRMING, DEVICES, OUTBOX, RECENTS, STATES } from './sample_state.js';
 
 /** What each button of a full window asks for. */
@@ -45,8 +45,12 @@ export const actionsChecks = {
   everyControlHasANameOfItsOwn() {
     for (const [state, given] of Object.entries(STATES)) {
       mount(given);
-      const nameless = shown().filter((element) => !nameOf(element)).map((element) => element.outerHTML);
-      const names = shown().filter((element) => element.matches('button, input')).map(nameOf);
+      const nameless = shown()
+        .filter((element) => !nameOf(element))
+        .map((element) => `${element.tagName}.${element.className}`);
+      const names = shown()
+        .filter((element) => element.matches('button, input'))
+        .map(nameOf);
       const twice = names.filter((name, index) => names.indexOf(name) !== index);
       equal([state, nameless, twice], [state, [], []]);
     }
@@ -74,10 +78,47 @@ export const actionsChecks = {
     application.change({ devices: [DEVICES[0], { ...DEVICES[1], trust: 'changed' }, DEVICES[2]] });
     equal(shown().map(nameOf).includes('Send to Workshop laptop'), false);
     equal(control('Choose Workshop laptop').disabled, true);
+    await answerable();
     control('Agree to the new key').click();
     control('Forget this device').click();
     await settled();
-    equal(application.calls, [['send', ['1', '2']], ['agreeToNewKey', '2'], ['forgetDevice', '2']]);
+    equal(application.calls, [
+      ['send', ['1', '2']],
+      ['agreeToNewKey', '2'],
+      ['forgetDevice', 'key 2'],
+    ]);
+  },
+
+  async whatComesInMovesNothingAndTakesNoClickAtFirst() {
+    const application = mount({ devices: DEVICES, outbox: OUTBOX, transfers: RECENTS });
+    const places = () =>
+      [...document.querySelectorAll('.home button')].map((element) => {
+        const { top, left } = element.getBoundingClientRect();
+        return [top, left];
+      });
+    const before = places();
+    application.change({ transfers: [CONFIRMING, ...RECENTS] });
+    equal(places(), before);
+    const match = [...document.querySelectorAll('.requests button')].find(
+      (element) => nameOf(element) === 'They match',
+    );
+    const { left, top } = match.getBoundingClientRect();
+    equal(document.elementFromPoint(left + 5, top + 5) === match, false);
+    await answerable();
+    equal(document.elementFromPoint(left + 5, top + 5) === match, true);
+  },
+
+  async aKeyIsForgottenWhetherItsDeviceIsNearOrNot() {
+    const application = mount({
+      knownDevices: [{ key: '04ab', name: 'Alice', fingerprint: '3F9A 0C41' }],
+    });
+    control('Settings').click();
+    control('Forget Alice').click();
+    await settled();
+    equal(application.calls, [['forgetDevice', '04ab']]);
+    const known = [{ key: '04ab', name: 'Alice' }];
+    equal(distinctName({ key: '04ab', name: 'Alice' }, known), 'Alice');
+    equal(distinctName({ key: '04cd', name: 'ÁLICE' }, known), 'ÁLICE (not the one you know)');
   },
 
   async aFailureIsShownAndASwitchGoesBack() {
@@ -88,7 +129,10 @@ export const actionsChecks = {
     const failure = document.querySelector('dialog .failure-text');
     startup.click();
     await settled();
-    equal([startup.checked, failure.textContent], [false, 'The login item could not be registered.']);
+    equal(
+      [startup.checked, failure.textContent],
+      [false, 'The login item could not be registered.'],
+    );
     startup.click();
     await settled();
     equal([startup.checked, failure.textContent], [true, '']);

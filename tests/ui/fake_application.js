@@ -5,9 +5,28 @@ import { FINGERPRINT, SETTINGS } from './sample_state.js';
 
 const EVENTS = { isDragOver: 'drag' };
 const ACTIONS = [
-  'pickFiles', 'pickFolder', 'addText', 'removeItem', 'clearOutbox', 'send', 'confirmCode', 'accept',
-  'decline', 'cancel', 'retry', 'removeTransfer', 'clearRecents', 'open', 'reveal', 'copyText',
-  'agreeToNewKey', 'forgetDevice', 'openReceiveFolder', 'requestNotifications',
+  'pickFiles',
+  'pickFolder',
+  'addText',
+  'removeItem',
+  'clearOutbox',
+  'send',
+  'confirmCode',
+  'accept',
+  'decline',
+  'cancel',
+  'pause',
+  'retry',
+  'reach',
+  'removeTransfer',
+  'clearRecents',
+  'open',
+  'reveal',
+  'copyText',
+  'agreeToNewKey',
+  'forgetDevice',
+  'openReceiveFolder',
+  'requestNotifications',
 ];
 
 export class FakeApplication extends EventTarget {
@@ -17,6 +36,8 @@ export class FakeApplication extends EventTarget {
   transfers = [];
   isDragOver = false;
   problem = null;
+  damage = null;
+  knownDevices = [];
   settings = SETTINGS;
 
   /** What was asked for, in order: [name, ...arguments]. */

@@ -9,14 +9,16 @@ class Way {
   wake = () => {};
 
   write(bytes, isOver = false) {
-    this.bytes.push(...bytes);
+    for (const byte of bytes) this.bytes.push(byte);
     this.isOver ||= isOver;
     this.wake();
   }
 
   async read(minimum, maximum = minimum) {
     while (this.bytes.length < minimum && !this.isOver) {
-      await new Promise((resolve) => { this.wake = resolve; });
+      await new Promise((resolve) => {
+        this.wake = resolve;
+      });
     }
     return Uint8Array.from(this.bytes.splice(0, maximum));
   }
@@ -26,7 +28,7 @@ function end(incoming, outgoing, peer) {
   return {
     peer,
     read: (minimum, maximum) => incoming.read(minimum, maximum),
-    write: async (bytes) => outgoing.write(bytes),
+    write: async (bytes, head = []) => outgoing.write([...head, ...bytes]),
     finish: async () => outgoing.write([], true),
     close: async () => [incoming, outgoing].forEach((way) => way.write([], true)),
   };

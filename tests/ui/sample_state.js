@@ -4,7 +4,13 @@ export const FINGERPRINT = '3F9A 0C41 77DE B210 5E8C 94A6 D033 61FB';
 const LONG =
   'Ein wirklich sehr langer Name eines Ordners mit Bildern vom letzten Sommer am See (Kopie 2).tar.gz';
 
-const device = (id, name, trust) => ({ id, name, trust, fingerprint: FINGERPRINT });
+const device = (id, name, trust) => ({
+  id,
+  key: `key ${id}`,
+  name,
+  trust,
+  fingerprint: FINGERPRINT,
+});
 export const DEVICES = [
   device('1', 'Pixel 9', 'trusted'),
   device('2', 'Workshop laptop', 'new'),
@@ -19,10 +25,32 @@ export const OUTBOX = [
 ];
 
 export const transfer = (given) => ({
-  id: 'transfer', direction: 'receive', deviceId: '1', deviceName: 'Pixel 9', name: 'holiday.jpg',
-  state: 'active', code: null, message: null, fileCount: 1, bytesTotal: 80_000_000, bytesDone: 0,
-  rate: 0, secondsLeft: null, items: [], offered: [], offeredCount: 0, locations: [], text: null,
-  when: Date.now() - 60_000, ...given,
+  id: 'transfer',
+  direction: 'receive',
+  deviceId: '1',
+  deviceName: 'Pixel 9',
+  name: 'holiday.jpg',
+  state: 'active',
+  code: null,
+  message: null,
+  fileCount: 1,
+  bytesTotal: 80_000_000,
+  bytesDone: 0,
+  rate: 0,
+  secondsLeft: null,
+  items: [],
+  offered: [],
+  offeredCount: 0,
+  locations: [],
+  text: null,
+  number: '0'.repeat(32),
+  isStranger: false,
+  isStalled: false,
+  failures: [],
+  failureCount: 0,
+  note: null,
+  when: Date.now() - 60_000,
+  ...given,
 });
 const received = (given) => transfer({ state: 'complete', bytesDone: 80_000_000, ...given });
 const sent = (given) => transfer({ direction: 'send', ...given });
@@ -30,18 +58,29 @@ const sent = (given) => transfer({ direction: 'send', ...given });
 export const RECENTS = [
   received({ id: 'r1', name: 'sunset.png', locations: ['/tmp/sunset.png'] }),
   received({ id: 'r2', name: LONG, locations: ['/tmp/x'], fileCount: 214 }),
-  received({ id: 'r3', name: 'Text', text: 'See you at eight.\nhttps://example.org/map?x=<b>2</b>' }),
+  received({
+    id: 'r3',
+    name: 'Text',
+    text: 'See you at eight.\nhttps://example.org/map?x=<b>2</b>',
+  }),
   sent({ id: 'r5', state: 'failed', name: 'backup.iso', message: 'The connection was lost.' }),
   transfer({ id: 'r6', state: 'failed', name: 'movie.mkv', message: 'The disk is full.' }),
   sent({ id: 'r7', state: 'cancelled', name: 'Photos', when: Date.now() - 86_400_000 * 3 }),
   sent({ id: 'r8', state: 'declined', deviceName: 'Workshop laptop' }),
 ];
 export const ASKING = transfer({
-  id: 'a1', state: 'asking', name: '12 files', fileCount: 12,
-  offered: ['IMG_2041.jpg', 'IMG_2042.jpg', LONG], offeredCount: 12,
+  id: 'a1',
+  state: 'asking',
+  name: '12 files',
+  fileCount: 12,
+  offered: ['IMG_2041.jpg', 'IMG_2042.jpg', LONG],
+  offeredCount: 12,
 });
 export const CONFIRMING = sent({
-  id: 'a2', state: 'confirming', code: '482913', deviceName: 'Workshop laptop',
+  id: 'a2',
+  state: 'confirming',
+  code: '482913',
+  deviceName: 'Workshop laptop',
 });
 export const ACTIVE = [
   transfer({ id: 's1', bytesDone: 31_000_000, rate: 5_200_000, secondsLeft: 9.4 }),
@@ -51,7 +90,10 @@ export const ACTIVE = [
 ];
 
 export const SETTINGS = {
-  receiveFolder: 'Brevanholt', isVisible: true, launchAtStartup: false, notifications: 'unknown',
+  receiveFolder: 'Brevanholt',
+  isVisible: true,
+  launchAtStartup: false,
+  notifications: 'unknown',
   showsConsole: false,
 };
 

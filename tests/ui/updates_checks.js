@@ -1,9 +1,8 @@
 // What stays as it is while the state changes, and what is said of it.
 
-import { equal } from './expect.js';
-import { control, mount } from './page.js';
+import { control, equal, mount } from './harness.js';
 import { ACTIVE, ASKING, RECENTS, transfer } from './sample_state.js';
-import { durationText, share, sizeText } from './view/format.js';
+import { durationText, share, sizeText } from './text/format.js';
 import { TransferNews } from './view/transfer_words.js';
 
 export const updatesChecks = {
@@ -17,7 +16,10 @@ export const updatesChecks = {
     });
     const watcher = new MutationObserver(() => {});
     watcher.observe(document.querySelector('main'), {
-      subtree: true, childList: true, characterData: true, attributes: true,
+      subtree: true,
+      childList: true,
+      characterData: true,
+      attributes: true,
     });
     application.change({ transfers: application.transfers.map((one) => ({ ...one })) });
     equal(watcher.takeRecords().length, 0);
@@ -26,7 +28,8 @@ export const updatesChecks = {
       application.change({ transfers: [first, { ...second, bytesDone: step * 1e6 }, ...rest] });
     }
     equal(blurs, 0);
-    const rowOf = ({ target }) => (target.parentElement?.closest('[data-key]') ?? target).dataset.key;
+    const rowOf = ({ target }) =>
+      (target.parentElement?.closest('[data-key]') ?? target).dataset.key;
     equal([...new Set(watcher.takeRecords().map(rowOf))], ['s2']);
     application.change({ transfers: [...application.transfers].reverse() });
     equal(document.activeElement === cancel, true);
@@ -54,18 +57,36 @@ export const updatesChecks = {
     hear({ state: 'complete', bytesDone: 80_000_000 });
     equal(
       [...heard].map((text) => text.replace('holiday.jpg: ', '')),
-      ['Receiving from Pixel 9.', '25 percent.', '50 percent.', '75 percent.', '100 percent.',
-        'Received from Pixel 9.'],
+      [
+        'Receiving from Pixel 9.',
+        '25 percent.',
+        '50 percent.',
+        '75 percent.',
+        '100 percent.',
+        'Received from Pixel 9.',
+      ],
     );
     equal(new TransferNews().update(RECENTS), []);
     equal(document.querySelector('main [aria-live], main [role=status], main [role=alert]'), null);
   },
 
   numbersReadAsPeopleWriteThem() {
-    equal([0, 1, 999, 999_949, 999_950].map(sizeText),
-      ['0 bytes', '1 byte', '999 bytes', '999.9 kB', '1.0 MB']);
-    equal([0, 59, 60, 61, 3599, 3900, 86_400].map(durationText),
-      ['1 s', '59 s', '1 min', '2 min', '1 h', '1 h 5 min', 'more than a day']);
+    equal([0, 1, 999, 999_949, 999_950].map(sizeText), [
+      '0 bytes',
+      '1 byte',
+      '999 bytes',
+      '999.9 kB',
+      '1.0 MB',
+    ]);
+    equal([0, 59, 60, 61, 3599, 3900, 86_400].map(durationText), [
+      '1 s',
+      '59 s',
+      '1 min',
+      '2 min',
+      '1 h',
+      '1 h 5 min',
+      'more than a day',
+    ]);
     equal([share({ bytesDone: 5, bytesTotal: 0 }), share({ bytesDone: 9, bytesTotal: 4 })], [0, 1]);
   },
 };

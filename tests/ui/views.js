@@ -3,7 +3,7 @@
 
 import { STATES } from './sample_state.js';
 import { followOrders } from './orders.js';
-import { mount, nameOf, settled, useStyle } from './page.js';
+import { mount, nameOf, settled, useStyle } from './harness.js';
 
 async function picture() {
   const canvas = document.createElement('canvas');
@@ -13,17 +13,23 @@ async function picture() {
 }
 
 /** What sticks out of the window to the right. */
-const sticksOut = () => [...document.body.querySelectorAll('*')]
-  .filter((element) => element.checkVisibility() && !element.closest('.unseen')
-    && element.getBoundingClientRect().right > innerWidth + 0.5)
-  .map((element) => `${element.tagName}.${element.className}: ${nameOf(element).slice(0, 40)}`);
+const sticksOut = () =>
+  [...document.body.querySelectorAll('*')]
+    .filter(
+      (element) =>
+        element.checkVisibility() &&
+        !element.closest('.unseen') &&
+        element.getBoundingClientRect().right > innerWidth + 0.5,
+    )
+    .map((element) => `${element.tagName}.${element.className}: ${nameOf(element).slice(0, 40)}`);
 
 export async function scenario({ folder }) {
   await useStyle();
   const bytes = await picture();
   const refusals = [];
   document.addEventListener('securitypolicyviolation', (event) =>
-    refusals.push(event.violatedDirective));
+    refusals.push(event.violatedDirective),
+  );
   let application = mount();
   await followOrders(folder, async ({ show }) => {
     if (show) application = mount({ ...STATES[show], picture: bytes });

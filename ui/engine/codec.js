@@ -10,12 +10,27 @@
 //   bigint               int64                Array            list
 //   string               string               Map, object      map
 //
+// A value of any other kind is a CodecError: an ArrayBuffer, a Uint8ClampedArray, a Set, an object of a
+// class.
+//
 // Decoding gives the same types back. An int64 that a number holds exactly comes as a number, and a
 // map whose keys are all strings as an object without a prototype.
 
 const TAG = {
-  null: 0, true: 1, false: 2, int32: 3, int64: 4, float64: 6, string: 7, bytes: 8, int32List: 9,
-  int64List: 10, float64List: 11, list: 12, map: 13, float32List: 14,
+  null: 0,
+  true: 1,
+  false: 2,
+  int32: 3,
+  int64: 4,
+  float64: 6,
+  string: 7,
+  bytes: 8,
+  int32List: 9,
+  int64List: 10,
+  float64List: 11,
+  list: 12,
+  map: 13,
+  float32List: 14,
 };
 const SIZE_16 = 254;
 const SIZE_32 = 255;
@@ -34,7 +49,19 @@ export class Float64 {
   }
 }
 
+/** A value that the codec has no type for, or bytes that are not a message of it. */
 export class CodecError extends Error {}
+
+/** @param {object} value */
+function isPlain(value) {
+  const prototype = Object.getPrototypeOf(value);
+  return prototype === null || prototype === Object.prototype;
+}
+
+/** @param {object} value */
+function nameOf(value) {
+  return value.constructor?.name || 'object of an unknown kind';
+}
 
 /** Writes values into a list of byte arrays. */
 export class Writer {
@@ -55,12 +82,18 @@ export class Writer {
   writeValue(value) {
     if (value === null || value === undefined) return this.writeByte(TAG.null);
     switch (typeof value) {
-      case 'boolean': return this.writeByte(value ? TAG.true : TAG.false);
-      case 'number': return this.#writeNumber(value);
-      case 'bigint': return this.#writeInt64(value);
-      case 'string': return this.#writeString(value);
-      case 'object': return this.#writeObject(value);
-      default: throw new CodecError(`A ${typeof value} cannot be sent.`);
+      case 'boolean':
+        return this.writeByte(value ? TAG.true : TAG.false);
+      case 'number':
+        return this.#writeNumber(value);
+      case 'bigint':
+        return this.#writeInt64(value);
+      case 'string':
+        return this.#writeString(value);
+      case 'object':
+        return this.#writeObject(value);
+      default:
+        throw new CodecError(`A ${typeof value} cannot be sent.`);
     }
   }
 
@@ -116,7 +149,8 @@ export class Writer {
     else if (value instanceof Float64) this.#writeFloat64(value.value);
     else if (Array.isArray(value)) this.#writeList(value);
     else if (value instanceof Map) this.#writeEntries([...value]);
-    else this.#writeEntries(Object.entries(value));
+    else if (isPlain(value)) this.#writeEntries(Object.entries(value));
+    else throw new CodecError(`A ${nameOf(value)} cannot be sent.`);
   }
 
   /** @param {unknown[]} list */
@@ -223,21 +257,37 @@ export class Reader {
   readValue() {
     const tag = this.readByte();
     switch (tag) {
-      case TAG.null: return null;
-      case TAG.true: return true;
-      case TAG.false: return false;
-      case TAG.int32: return this.#view.getInt32(this.#take(4), true);
-      case TAG.int64: return this.#readInt64();
-      case TAG.float64: this.#align(8); return this.#view.getFloat64(this.#take(8), true);
-      case TAG.string: return textDecoder.decode(this.#readBytes());
-      case TAG.bytes: return this.#readBytes();
-      case TAG.int32List: return this.#readNumbers(Int32Array);
-      case TAG.int64List: return this.#readNumbers(BigInt64Array);
-      case TAG.float32List: return this.#readNumbers(Float32Array);
-      case TAG.float64List: return this.#readNumbers(Float64Array);
-      case TAG.list: return this.#nested(() => this.#readList());
-      case TAG.map: return this.#nested(() => this.#readMap());
-      default: throw new CodecError(`There is no type ${tag}.`);
+      case TAG.null:
+        return null;
+      case TAG.true:
+        return true;
+      case TAG.false:
+        return false;
+      case TAG.int32:
+        return this.#view.getInt32(this.#take(4), true);
+      case TAG.int64:
+        return this.#readInt64();
+      case TAG.float64:
+        this.#align(8);
+        return this.#view.getFloat64(this.#take(8), true);
+      case TAG.string:
+        return textDecoder.decode(this.#readBytes());
+      case TAG.bytes:
+        return this.#readBytes();
+      case TAG.int32List:
+        return this.#readNumbers(Int32Array);
+      case TAG.int64List:
+        return this.#readNumbers(BigInt64Array);
+      case TAG.float32List:
+        return this.#readNumbers(Float32Array);
+      case TAG.float64List:
+        return this.#readNumbers(Float64Array);
+      case TAG.list:
+        return this.#nested(() => this.#readList());
+      case TAG.map:
+        return this.#nested(() => this.#readMap());
+      default:
+        throw new CodecError(`There is no type ${tag}.`);
     }
   }
 
@@ -302,7 +352,8 @@ export class Reader {
    * @param {() => T} read
    */
   #nested(read) {
-    if (++this.#depth > MAXIMUM_DEPTH) throw new CodecError('Lists and maps are nested too deeply.');
+    if (++this.#depth > MAXIMUM_DEPTH)
+      throw new CodecError('Lists and maps are nested too deeply.');
     const value = read();
     --this.#depth;
     return value;

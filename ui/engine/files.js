@@ -28,6 +28,41 @@ export function remove(path) {
   return channel.invokeMethod('remove', { path });
 }
 
+/**
+ * The names in a folder, hidden ones included; none where there is no such folder.
+ * @param {string} path
+ * @returns {Promise<string[]>}
+ */
+export function list(path) {
+  return channel.invokeMethod('list', { path });
+}
+
+/**
+ * Renames within one file system; fails where the new name is taken.
+ * @param {string} path
+ * @param {string} to
+ */
+export function move(path, to) {
+  return channel.invokeMethod('move', { path, to });
+}
+
+/**
+ * Resolves when the names in a folder would outlast a power cut.
+ * @param {string} path
+ */
+export function sync(path) {
+  return channel.invokeMethod('sync', { path });
+}
+
+/**
+ * How many bytes may still be written to the file system of a folder.
+ * @param {string} path
+ * @returns {Promise<number>}
+ */
+export function space(path) {
+  return channel.invokeMethod('space', { path });
+}
+
 /** One open file. */
 export class EngineFile {
   #handle;
@@ -45,6 +80,14 @@ export class EngineFile {
   /** @param {string} path */
   static async create(path) {
     return new EngineFile(await channel.invokeMethod('create', { path }));
+  }
+
+  /**
+   * Opens a file that was created earlier, to go on writing to it.
+   * @param {string} path
+   */
+  static async edit(path) {
+    return new EngineFile(await channel.invokeMethod('edit', { path }));
   }
 
   /**
@@ -69,6 +112,15 @@ export class EngineFile {
   /** Resolves when what was written would outlast a power cut. */
   flush() {
     return channel.invokeMethod('flush', { handle: this.#handle });
+  }
+
+  /**
+   * Resolves when the whole file would outlast a power cut, with a modification time and with the
+   * permissions of a file that this user makes.
+   * @param {number} modified in milliseconds since 1970
+   */
+  settle(modified) {
+    return channel.invokeMethod('settle', { handle: this.#handle, modified });
   }
 
   close() {

@@ -5,10 +5,13 @@
 // call's number in 32 little-endian bits), the channel's name padded to a multiple of eight, and the
 // message.
 
+import { CodecError } from './codec.js';
+
 const KIND_MESSAGE = 0;
 const KIND_REPLY = 1;
 const KIND_LISTEN = 2;
 const HEADER = 8;
+const LARGEST_FRAME = 1 << 30; // the host ends the link of a page that sends more
 
 const native = globalThis.brevanholtEngineLink;
 delete globalThis.brevanholtEngineLink;
@@ -33,6 +36,9 @@ const padded = (/** @type {number} */ size) => Math.ceil(size / 8) * 8;
 function sendFrame(kind, channel, number, parts) {
   if (!native) throw new Error('This page is not joined to a host.');
   const name = textEncoder.encode(channel);
+  let size = HEADER + padded(name.length);
+  for (const part of parts) size += part.length;
+  if (size > LARGEST_FRAME) throw new CodecError('A message of more than 1 GiB cannot be sent.');
   const header = new Uint8Array(HEADER + padded(name.length));
   header[0] = kind;
   header[1] = name.length;
@@ -54,7 +60,11 @@ function receiveFrame(frame) {
     resolve?.(message);
   } else if (kind === KIND_MESSAGE) {
     const channel = textDecoder.decode(frame.subarray(HEADER, HEADER + nameLength));
-    listeners.get(channel)?.(message);
+    try {
+      listeners.get(channel)?.(message);
+    } finally {
+      if (number) sendFrame(KIND_REPLY, '', number, []); // the host asked when it is handled
+    }
   }
 }
 
@@ -77,8 +87,8 @@ export function sendMessage(channel, parts) {
   lastNumber = (lastNumber + 1) >>> 0 || 1;
   const number = lastNumber;
   return new Promise((resolve) => {
-    waitingForReply.set(number, resolve);
     sendFrame(KIND_MESSAGE, channel, number, parts);
+    waitingForReply.set(number, resolve);
   });
 }
 

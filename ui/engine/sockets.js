@@ -73,6 +73,17 @@ export class UdpSocket extends Socket {
     return this.call('udpSend', { bytes, address, port });
   }
 
+  /**
+   * What is sent when the socket closes, also because the page or the program ends; nothing where it
+   * is empty.
+   * @param {Uint8Array} bytes
+   * @param {string} address
+   * @param {number} port
+   */
+  setFarewell(bytes, address, port) {
+    return this.call('udpFarewell', { bytes, address, port });
+  }
+
   /** @returns {Promise<{ bytes: Uint8Array, address: string, port: number }>} */
   receive() {
     return this.call('udpReceive');
@@ -94,8 +105,11 @@ export class TcpListener extends Socket {
    * @param {number} port 0 for any
    */
   static async listen(address, port, backlog = 16) {
-    const { handle, port: bound } =
-      await channel.invokeMethod('tcpListen', { address, port, backlog });
+    const { handle, port: bound } = await channel.invokeMethod('tcpListen', {
+      address,
+      port,
+      backlog,
+    });
     return new TcpListener(handle, bound);
   }
 
@@ -136,9 +150,12 @@ export class TcpConnection extends Socket {
     return this.call('tcpRead', { minimum, maximum });
   }
 
-  /** @param {Uint8Array} bytes */
-  write(bytes) {
-    return this.call('tcpWrite', { bytes });
+  /**
+   * @param {Uint8Array} bytes
+   * @param {Uint8Array | null} [head] leaves before the bytes
+   */
+  write(bytes, head = null) {
+    return this.call('tcpWrite', { head, bytes });
   }
 
   /** Sends nothing more; what the other side sends can still be read. */

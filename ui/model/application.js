@@ -1,34 +1,39 @@
 // All that the window shows, and all that a person can do.
 
-import { platform, platformEvents, listenToPlatform } from '../platform.js';
-import { fingerprintOf } from '../protocol/bytes.js';
+import { platform } from '../platform.js';
+import { fingerprintOf, unhex } from '../protocol/bytes.js';
 import { Endpoint } from '../protocol/endpoint.js';
+import { discardScratch } from '../protocol/scratch_area.js';
 import { Courier } from './courier.js';
 import { Devices } from './devices.js';
-import { itemOf, measured, nameOf, pathsOf, releasablePaths, textItem } from './items.js';
-import { Notices } from './notices.js';
-import { changedSettings, loadSettings } from './settings.js';
-import { sweepScratches } from './scratches.js';
+import { nameOf } from './items.js';
+import { Notifications } from './notifications.js';
+import { Outbox } from './outbox.js';
+import { copyReceivedText, findReceived, firstLocation } from './received.js';
+import { changedSettings } from './settings.js';
 import { Shell } from './shell.js';
-import { Storage } from './storage.js';
-import { canRetry, isEnded, Transfers } from './transfers.js';
-import { Trust } from './trust.js';
+import { hasEnded } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Item} Item */
 /** @typedef {import('./types.js').Device} Device */
+/** @typedef {import('./types.js').KnownDevice} KnownDevice */
 /** @typedef {import('./types.js').Transfer} Transfer */
 /** @typedef {import('./types.js').Settings} Settings */
 
+const NO_NETWORK = 'This device is not connected to a network.';
+
 /**
- * What is read once at the start.
+ * What is loaded at the start.
  * @typedef {object} Beginning
- * @property {Storage} storage
- * @property {Trust} trust
- * @property {Transfers} transfers
+ * @property {import('./documents.js').Documents} documents
+ * @property {import('./trust.js').Trust} trust
+ * @property {import('./transfers.js').Transfers} transfers
  * @property {Settings} settings
  * @property {Item[]} outbox
  * @property {import('../protocol/handshake.js').Party} party
  * @property {{ name: string, fingerprint: string, version: string }} self
+ * @property {string | null} damage what could not be read, in one sentence
+ * @property {string | null} problem why the network is not to be used
  */
 
 /**
@@ -36,140 +41,112 @@ import { Trust } from './trust.js';
  * property's name. Actions reject with an Error whose message can be shown.
  */
 export class Application extends EventTarget {
-  #storage;
+  #documents;
   #trust;
   #transfers;
+  #outbox;
   #devices;
   #endpoint;
   #courier;
   #shell = new Shell();
-  #notices;
+  #notifications;
+  #canUseNetwork;
 
   /** @type {Device[]} */
   devices = [];
-  /** @type {string | null} */
-  problem = null;
+  /** By name. @type {KnownDevice[]} */
+  knownDevices = [];
+  /** Why the network cannot be used. @type {string | null} */
+  problem;
   isDragOver = false;
 
   /** @param {Beginning} beginning */
-  constructor({ storage, trust, transfers, settings, outbox, party, self }) {
+  constructor({ documents, trust, transfers, settings, outbox, party, self, damage, problem }) {
     super();
-    this.#storage = storage;
+    this.#documents = documents;
     this.#trust = trust;
     this.#transfers = transfers;
-    this.#devices = new Devices(party, trust);
+    this.#outbox = new Outbox(documents, outbox, () =>
+      transfers.list.flatMap(({ items }) => items),
+    );
     this.#courier = new Courier(transfers, trust);
-    this.#endpoint = new Endpoint(party, (contact) => this.#courier.receive(contact));
-    this.#notices = new Notices(transfers.list);
+    this.#endpoint = new Endpoint(
+      party,
+      ({ id, key }) => trust.of(id, key) === 'trusted',
+      (contact) => this.#courier.receive(contact),
+    );
+    this.#devices = new Devices(party, trust, this.#endpoint);
+    this.#notifications = new Notifications(transfers.list);
+    this.#canUseNetwork = problem === null;
     this.self = self;
     this.settings = settings;
+    this.damage = damage;
+    this.problem = problem;
     /** What is to be sent next. */
     this.outbox = outbox;
     this.transfers = transfers.list;
-    this.#devices.addEventListener('change', () => this.#set('devices', this.#devices.list));
+    this.#outbox.addEventListener('change', () => this.#set('outbox', this.#outbox.items));
+    this.#devices.addEventListener('change', () => {
+      this.#set('devices', this.#devices.list);
+      const { hasNetwork } = this.#devices;
+      if (hasNetwork === (this.problem === NO_NETWORK)) {
+        this.#set('problem', hasNetwork ? null : NO_NETWORK);
+      }
+    });
+    trust.addEventListener('change', () => this.#knownDevicesChanged());
     transfers.addEventListener('change', () => this.#transfersChanged());
   }
 
-  /** @returns {Promise<Application>} */
-  static async start() {
-    const storage = new Storage(await platform.appSupportPath());
-    const [name, { version }, key] = await Promise.all(
-      [platform.deviceName(), platform.appVersion(), platform.cryptoCreateIdentity()]);
-    const stored = await storage.load('device');
-    const id = typeof stored?.id === 'string' ? stored.id : crypto.randomUUID();
-    if (!stored) await storage.save('device', { id });
-    await sweepScratches(storage);
-    const [trust, transfers, settings, kept] = await Promise.all([Trust.load(storage),
-      Transfers.load(storage), loadSettings(storage), storage.load('outbox')]);
-    const application = new Application({ storage, trust, transfers, settings,
-      outbox: Array.isArray(kept) ? kept : [], party: { id, name, key },
-      self: { name, fingerprint: await fingerprintOf(key), version } });
-    await application.#begin();
-    return application;
-  }
-
-  async #begin() {
-    platformEvents.addEventListener('sharedEntries', (event) => this.#take(event));
-    platformEvents.addEventListener('filesDropped', (event) => {
-      this.#set('isDragOver', false);
-      this.#take(event);
-    });
-    platformEvents.addEventListener('dragActiveChanged', (event) =>
-      this.#set('isDragOver', /** @type {CustomEvent} */ (event).detail === true));
-    platformEvents.addEventListener('discoveryRecoveryRequested', () => this.#devices.recover());
-    listenToPlatform();
-    const unsent = [...this.outbox, ...this.transfers.filter(canRetry).flatMap(({ items }) => items)];
-    if (unsent.length > 0) await platform.restorePickedFiles(pathsOf(unsent)).catch(() => {});
-    await this.#findReceived();
-    await this.#startNetwork();
+  /** Begins to use the network, and looks for the files of earlier runs. Never rejects. */
+  async begin() {
+    await Promise.all([this.#outbox.restore(), this.#knownDevicesChanged()]);
+    await findReceived(this.#transfers);
+    if (this.#canUseNetwork) await this.#startNetwork();
     this.#transfersChanged();
     // At every start: a desktop's notification service comes and goes.
     this.requestNotifications().catch(() => {});
-    await platform.platformEventsReady();
   }
 
-  async #startNetwork() {
-    try {
-      await this.#devices.start();
-      await this.#showSelf(this.settings.isVisible);
-      this.#set('problem', null);
-    } catch (error) {
-      this.#set('problem', `The network cannot be used: ${error instanceof Error ? error.message : error}`);
-    }
+  /** Looks for devices again, on the networks that there are now. */
+  recover() {
+    this.#shell.modeWasReset();
+    this.#shell.update(this.settings.isVisible, this.transfers);
+    if (this.#canUseNetwork) this.#devices.recover();
   }
 
-  /** @param {boolean} isVisible */
-  async #showSelf(isVisible) {
-    if (isVisible) {
-      await this.#devices.announceAt(await this.#endpoint.open());
-    } else {
-      await this.#devices.announceAt(0);
-      await this.#endpoint.close();
-    }
+  /** @param {boolean} isDragOver */
+  dragOver(isDragOver) {
+    this.#set('isDragOver', isDragOver);
   }
 
-  /** What was received in earlier runs may have been moved or removed since. */
-  async #findReceived() {
-    for (const { id, locations } of this.transfers.filter(({ locations: places }) => places.length > 0)) {
-      const found = await platform.locateReceivedFiles(locations.map(lastPiece)).catch(() => []);
-      const here = new Set(found.map(({ location }) => location));
-      const exists = await Promise.all(locations.map((location) =>
-        here.has(location) || platform.receivedFileExists(location).catch(() => false)));
-      const left = locations.filter((_, at) => exists[at]);
-      if (left.length < locations.length) this.#transfers.change(id, { locations: left });
-    }
+  /** @param {import('../platform.js').SharedEntry[]} entries */
+  add(entries) {
+    return this.#outbox.add(entries);
   }
 
   async pickFiles() {
-    this.#add(await platform.pickFiles());
+    await this.#outbox.add(await platform.pickFiles());
   }
 
   async pickFolder() {
-    this.#add(await platform.pickFolder());
+    await this.#outbox.add(await platform.pickFolder());
   }
 
   /** @param {string} text */
   addText(text) {
-    this.#setOutbox([...this.outbox, textItem(text)]);
+    return this.#outbox.addText(text);
   }
 
   /**
    * Removes an item, and with a folder all that is in it.
    * @param {Item} item
    */
-  async removeItem(item) {
-    const isIt = (/** @type {Item} */ one) => one.path === item.path && one.text === item.text;
-    const isGone = (/** @type {Item} */ one) => isIt(one) ||
-      (item.kind === 'directory' && one.path.startsWith(`${item.path}/`));
-    const gone = this.outbox.filter(isGone);
-    this.#setOutbox(this.outbox.filter((one) => !isGone(one)));
-    await this.#release(gone);
+  removeItem(item) {
+    return this.#outbox.remove(item);
   }
 
-  async clearOutbox() {
-    const gone = this.outbox;
-    this.#setOutbox([]);
-    await this.#release(gone);
+  clearOutbox() {
+    return this.#outbox.clear();
   }
 
   /**
@@ -180,8 +157,9 @@ export class Application extends EventTarget {
     const items = this.outbox;
     if (items.length === 0) throw new Error('There is nothing to send yet.');
     const neighbours = deviceIds.map((id) => this.#devices.neighbour(id));
-    this.#setOutbox([]);
+    // The transfers' document has the items before the outbox loses them.
     for (const neighbour of neighbours) this.#sendTo(neighbour, items);
+    this.#outbox.takeAll();
   }
 
   /**
@@ -194,7 +172,7 @@ export class Application extends EventTarget {
 
   /** @param {string} transferId */
   async accept(transferId) {
-    this.#courier.answer(transferId, true);
+    await this.#courier.accept(transferId);
   }
 
   /** @param {string} transferId */
@@ -207,40 +185,59 @@ export class Application extends EventTarget {
     return this.#courier.cancel(transferId);
   }
 
-  /** @param {string} transferId */
+  /**
+   * Ends a transfer so that it can go on later where it was.
+   * @param {string} transferId
+   */
+  pause(transferId) {
+    return this.#courier.pause(transferId);
+  }
+
+  /**
+   * Sends again what has not arrived; the receiver goes on where it ended.
+   * @param {string} transferId
+   */
   async retry(transferId) {
-    const { deviceId, items } = this.#transfers.find(transferId);
+    const { deviceId, items, number } = this.#transfers.find(transferId);
     const neighbour = this.#devices.withIdentity(deviceId);
     this.#transfers.remove(({ id }) => id === transferId);
-    this.#sendTo(neighbour, items);
+    this.#sendTo(neighbour, items, number);
+  }
+
+  /**
+   * Looks for a device where announcements do not get through.
+   * @param {string} address with “:” and a port where it is not the usual one
+   */
+  async reach(address) {
+    await this.#devices.reach(address);
   }
 
   /** @param {string} transferId */
   async removeTransfer(transferId) {
-    const { items } = this.#transfers.find(transferId);
+    const transfer = this.#transfers.find(transferId);
     this.#transfers.remove(({ id }) => id === transferId);
-    await this.#release(items);
+    await this.#letGoOf([transfer]);
   }
 
   async clearRecents() {
-    const items = this.#transfers.list.filter(isEnded).flatMap((transfer) => transfer.items);
+    const ended = this.#transfers.list.filter(hasEnded);
     this.#transfers.remove(() => true);
-    await this.#release(items);
+    await this.#letGoOf(ended);
   }
 
   /** @param {string} transferId */
-  open(transferId) {
-    return platform.openReceivedFile(this.#placeOf(transferId));
+  async open(transferId) {
+    await platform.openReceivedFile(this.#locationOf(transferId));
   }
 
   /** @param {string} transferId */
-  reveal(transferId) {
-    return platform.revealReceivedFile(this.#placeOf(transferId));
+  async reveal(transferId) {
+    await platform.revealReceivedFile(this.#locationOf(transferId));
   }
 
   /** @param {string} transferId */
   async copyText(transferId) {
-    await platform.writeClipboardText(this.#transfers.find(transferId).text ?? '');
+    await copyReceivedText(this.#transfers.find(transferId));
   }
 
   /**
@@ -249,7 +246,7 @@ export class Application extends EventTarget {
    * @param {number} maximumDimension
    */
   async preview(transferId, maximumDimension) {
-    return platform.receivedFilePreview(this.#placeOf(transferId), maximumDimension);
+    return platform.receivedFilePreview(this.#locationOf(transferId), maximumDimension);
   }
 
   /** @param {string} deviceId */
@@ -258,9 +255,12 @@ export class Application extends EventTarget {
     this.#trust.agree(id, key);
   }
 
-  /** @param {string} deviceId */
-  async forgetDevice(deviceId) {
-    await this.#trust.forget(this.#devices.neighbour(deviceId).id);
+  /**
+   * Forgets one device's key, whether the device is near or not.
+   * @param {string} key in hexadecimal, of a Device or a KnownDevice
+   */
+  async forgetDevice(key) {
+    await this.#trust.forget(key);
   }
 
   openReceiveFolder() {
@@ -270,7 +270,7 @@ export class Application extends EventTarget {
   /** @param {Partial<Settings>} change */
   async changeSettings(change) {
     const before = this.settings;
-    this.#set('settings', await changedSettings(this.#storage, before, change));
+    this.#set('settings', await changedSettings(this.#documents, before, change));
     if (this.settings.isVisible !== before.isVisible) {
       await this.#showSelf(this.settings.isVisible);
       this.#transfersChanged();
@@ -283,73 +283,87 @@ export class Application extends EventTarget {
   }
 
   /**
+   * What only these transfers needed.
+   * @param {Transfer[]} transfers
+   */
+  async #letGoOf(transfers) {
+    await this.#outbox.release(transfers.flatMap(({ items }) => items));
+    for (const { scratch } of transfers) if (scratch) await discardScratch(scratch).catch(() => {});
+  }
+
+  /**
    * @param {import('../protocol/discovery.js').Neighbour} neighbour
    * @param {Item[]} items
+   * @param {string} [number] of an earlier attempt
    */
-  async #sendTo(neighbour, items) {
-    const transfer = this.#transfers.add({ direction: 'send', deviceId: neighbour.id,
-      deviceName: neighbour.name, name: nameOf(items), state: 'connecting', items });
+  async #sendTo(neighbour, items, number) {
+    const transfer = this.#transfers.add({
+      direction: 'send',
+      deviceId: neighbour.id,
+      deviceName: this.#trust.nameOf(neighbour),
+      name: nameOf(items),
+      state: 'connecting',
+      items,
+      ...(number ? { number } : {}),
+    });
     await this.#courier.send(transfer, () => this.#endpoint.connect(neighbour));
     if (this.#transfers.list.some(({ id, state }) => id === transfer.id && state === 'complete')) {
       this.#transfers.change(transfer.id, { items: [] });
-      await this.#release(items);
+      await this.#outbox.release(items);
     }
   }
 
-  /** @param {Event} event of entries from outside */
-  #take(event) {
-    const entries = /** @type {CustomEvent} */ (event).detail;
-    if (Array.isArray(entries)) this.#add(entries);
+  async #startNetwork() {
+    try {
+      await this.#devices.start();
+      await this.#showSelf(this.settings.isVisible);
+      this.#set('problem', null);
+    } catch (error) {
+      this.#set(
+        'problem',
+        `The network cannot be used: ${error instanceof Error ? error.message : error}`,
+      );
+    }
   }
 
-  /** @param {import('../platform.js').SharedEntry[]} entries */
-  #add(entries) {
-    const items = entries.map(itemOf);
-    if (items.length === 0) return;
-    this.#setOutbox([...this.outbox, ...items]);
-    this.#measure(items);
+  /** @param {boolean} isVisible */
+  async #showSelf(isVisible) {
+    if (!this.#canUseNetwork) return;
+    if (isVisible) {
+      await this.#devices.announceAt(await this.#endpoint.open());
+    } else {
+      await this.#devices.announceAt(0);
+      await this.#endpoint.close();
+    }
   }
 
-  /**
-   * Pickers and drops do not say how large things are.
-   * @param {Item[]} items
-   */
-  async #measure(items) {
-    const measures = await measured(items);
-    this.#setOutbox(this.outbox.map((item) => measures.get(item) ?? item));
-  }
-
-  /** @param {Item[]} outbox */
-  #setOutbox(outbox) {
-    this.#set('outbox', outbox);
-    this.#storage.save('outbox', outbox).catch(() => {});
-  }
-
-  /**
-   * Lets go of what nothing that is still to be sent needs.
-   * @param {Item[]} items
-   */
-  async #release(items) {
-    const needed = [...this.outbox, ...this.#transfers.list.flatMap((one) => one.items)];
-    const paths = releasablePaths(items, needed);
-    if (paths.length > 0) await platform.releasePickedFiles(paths).catch(() => {});
+  async #knownDevicesChanged() {
+    const known = await Promise.all(
+      this.#trust.known.map(async ({ key, name }) => ({
+        key,
+        name,
+        fingerprint: await fingerprintOf(unhex(key, key.length / 2) ?? new Uint8Array()),
+      })),
+    );
+    this.#set(
+      'knownDevices',
+      known.sort((left, right) => left.name.localeCompare(right.name)),
+    );
   }
 
   #transfersChanged() {
     this.#set('transfers', this.#transfers.list);
     this.#shell.update(this.settings.isVisible, this.transfers);
-    this.#notices.update(this.transfers);
+    this.#notifications.update(this.transfers);
   }
 
   /** @param {string} transferId */
-  #placeOf(transferId) {
-    const [first] = this.#transfers.find(transferId).locations;
-    if (!first) throw new Error('It is no longer where it was received.');
-    return first;
+  #locationOf(transferId) {
+    return firstLocation(this.#transfers.find(transferId));
   }
 
   /**
-   * @template {'devices' | 'outbox' | 'transfers' | 'settings' | 'isDragOver' | 'problem'} K
+   * @template {'devices' | 'knownDevices' | 'outbox' | 'transfers' | 'settings' | 'isDragOver' | 'problem'} K
    * @param {K} property
    * @param {Application[K]} value
    */
@@ -358,6 +372,3 @@ export class Application extends EventTarget {
     this.dispatchEvent(new CustomEvent(property === 'isDragOver' ? 'drag' : property));
   }
 }
-
-/** @param {string} path */
-const lastPiece = (path) => path.slice(path.lastIndexOf('/') + 1);

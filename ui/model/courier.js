@@ -1,15 +1,39 @@
 // Runs transfers, each to its end: sends to a device, and answers those that call.
 
+import { space } from '../engine/files.js';
+import { hex } from '../protocol/bytes.js';
 import { TransferError } from '../protocol/errors.js';
 import { beforeLong, greet, introduce } from '../protocol/introduction.js';
-import { Limit } from '../protocol/limits.js';
 import { totalSize } from '../protocol/manifest.js';
 import { receiveAll, receiveOffer } from '../protocol/receive.js';
+import {
+  discardScratch,
+  manifestDigest,
+  pauseScratch,
+  scratchFolder,
+  scratchName,
+  TransferScratch,
+} from '../protocol/scratch_area.js';
 import { sendAll } from '../protocol/send.js';
-import { nameOf, outgoing, topLevel } from './items.js';
+import { plainFileName, plainPath } from '../text/foreign_text.js';
+import { sizeText } from '../text/format.js';
+import { nameOf, offeredNames, outgoing } from './items.js';
+import { endedBy, failureFields, renamedText } from './outcomes.js';
+import { QuestionGate } from './question_gate.js';
 import { Questions } from './questions.js';
-import { isEnded } from './transfers.js';
+import { keepReceivedText } from './received.js';
+import { mappedInSlices } from './slices.js';
 
+/** Ends after which nobody goes on. */
+const DISCARDS = new Set([
+  'cancelled',
+  'cancelled-there',
+  'disk-full',
+  'declined',
+  'not-understood',
+]);
+
+/** @typedef {import('./types.js').Transfer} Transfer */
 /** @typedef {import('./transfers.js').Transfers} Transfers */
 /** @typedef {import('../protocol/conversation.js').Conversation} Conversation */
 
@@ -19,8 +43,11 @@ export class Courier {
   #questions = new Questions();
   /** @type {Map<string, Conversation | null>} by transfer; null until it is connected */
   #running = new Map();
-  /** @type {Set<string>} the transfers that were cancelled here */
-  #cancelled = new Set();
+  /** How each transfer that runs ends. @type {Map<string, Promise<void>>} */
+  #ended = new Map();
+  /** The transfers that were stopped here, and how. @type {Map<string, 'cancelled' | 'paused'>} */
+  #stopped = new Map();
+  #gate = new QuestionGate();
 
   /**
    * @param {Transfers} transfers
@@ -31,30 +58,40 @@ export class Courier {
     this.#trust = trust;
   }
 
-  get isBusy() {
-    return this.#running.size > 0;
-  }
-
   /**
    * Sends what the transfer names. Never throws: how it ended is in the transfer.
    * @param {import('./types.js').Transfer} transfer
    * @param {() => Promise<import('../protocol/endpoint.js').Contact>} connect
    */
-  send({ id, items }, connect) {
+  send({ id, items, number }, connect) {
     return this.#run(id, async () => {
-      const entries = await outgoing(items);
-      this.#transfers.change(id, { fileCount: fileCount(entries), bytesTotal: totalSize(entries) });
+      const { entries, failures, renamed } = await outgoing(items);
+      if (entries.length === 0) throw new TransferError(failures[0]?.code ?? 'unreadable');
+      const bytesTotal = totalSize(entries);
+      const files = fileCount(entries) + failures.length;
+      const note = renamedText(renamed);
+      this.#transfers.change(id, { fileCount: files, bytesTotal, note });
       const { conversation, session } = await connect();
       await this.#hold(id, conversation);
-      if (!await greet(conversation, session, this.#trust)) {
+      if (!(await greet(conversation, session, this.#trust))) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
       this.#transfers.change(id, { state: 'asking', code: null });
-      await sendAll(conversation, entries, {
+      const late = await sendAll(conversation, number, entries, {
         onAccepted: () => this.#transfers.change(id, { state: 'active' }),
         onProgress: (bytes) => this.#transfers.advance(id, bytes),
       });
-      this.#transfers.change(id, { state: 'complete', bytesDone: totalSize(entries) });
+      const failed = [
+        ...failures,
+        ...late.map(({ index, code }) => ({ item: entries[index].item, code })),
+      ];
+      if (failed.length === 0) {
+        return { state: 'complete', bytesDone: bytesTotal };
+      }
+      const named = failed.map(({ item, code }) => ({ name: item.name, code }));
+      // Trying again sends what failed.
+      const left = [...new Set(failed.map(({ item }) => item))];
+      return { state: 'failed', items: left, ...failureFields(named, files) };
     });
   }
 
@@ -62,40 +99,133 @@ export class Courier {
    * Serves a device that called.
    * @param {import('../protocol/endpoint.js').Contact} contact
    */
-  async receive({ conversation, session }) {
+  async receive({ conversation, session, address }) {
     const { peer } = session;
     if (this.#trust.of(peer.id, peer.key) === 'changed') return conversation.close('new-key');
     const isKnown = await greet(conversation, session, this.#trust);
-    // A device asks one thing at a time. From here to the transfer nothing else can come between.
-    const isAsking = this.#transfers.list.some(({ deviceId, direction, state }) =>
-      deviceId === peer.id && direction === 'receive' && state !== 'active' && !isEnded({ state }));
-    if (isAsking || this.#questions.count >= Limit.questions) return conversation.close('busy');
-    const { id } = this.#transfers.add({ direction: 'receive', deviceId: peer.id,
-      deviceName: peer.name, name: `Something from ${peer.name}`, state: 'connecting' });
+    const asker = { address, device: hex(peer.key), isKnown };
+    if (!this.#gate.begin(asker, performance.now())) return conversation.close('busy');
+    const deviceName = this.#trust.nameOf(peer);
+    const { id } = this.#transfers.add({
+      direction: 'receive',
+      deviceId: peer.id,
+      deviceName,
+      name: `Something from ${deviceName}`,
+      state: 'connecting',
+      isStranger: !isKnown,
+    });
+    const endQuestion = () =>
+      this.#gate.end(asker, this.#questions.wasAnswered(id), performance.now());
     await this.#run(id, async () => {
       await this.#hold(id, conversation);
       if (!isKnown) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
-      const entries = await receiveOffer(conversation);
-      const items = entries.map(({ kind, path, size }) =>
-        ({ kind, size, name: path.slice(path.lastIndexOf('/') + 1), relativePath: path }));
-      const offered = topLevel(items);
-      this.#transfers.change(id, { state: 'asking', code: null, name: nameOf(items),
-        fileCount: fileCount(entries), bytesTotal: totalSize(entries),
-        offered: offered.slice(0, 5).map(({ name }) => name), offeredCount: offered.length });
-      // The sender is silent until it is answered, so what comes first is its end or the content.
-      const first = conversation.next();
-      first.catch(() => {});
-      const isWanted = await Promise.race([beforeLong(this.#questions.ask(id)), first.then(tooEarly)]);
-      if (!isWanted) throw new TransferError('declined');
-      this.#transfers.change(id, { state: 'active' });
-      const result = await receiveAll(conversation, entries, first,
-        (bytes) => this.#transfers.advance(id, bytes));
-      this.#transfers.change(id, { ...result, state: 'complete', bytesDone: totalSize(entries) });
+      const { transfer, entries: offered } = await receiveOffer(conversation);
+      // What is saved has the names that are shown.
+      const entries = await mappedInSlices(offered, (entry) => ({
+        ...entry,
+        path: entry.kind === 'text' ? plainFileName(entry.path) : plainPath(entry.path),
+      }));
+      const scratch = await this.#scratchFor(id, await scratchName(peer.key, transfer));
+      const { result, bytesTotal } = await this.#receiveFrom(
+        id,
+        conversation,
+        entries,
+        scratch,
+        endQuestion,
+      );
+      const kept = await keepReceivedText(result, deviceName);
+      const failed = result.failures.map(({ index, code }) => ({
+        name: entries[index].path,
+        code,
+      }));
+      const fields = failureFields(failed, fileCount(entries));
+      const isAnythingHere = kept.locations.length > 0 || kept.text !== null;
+      const state = isAnythingHere || failed.length === 0 ? 'complete' : 'failed';
+      return { ...kept, ...fields, state, bytesDone: bytesTotal };
     });
-    // Strangers who ring and run leave no trace.
+    endQuestion();
+    this.#questions.drop(id);
+    // Nothing is kept of strangers whose codes were not confirmed.
     if (this.#trust.of(peer.id, peer.key) === 'new') this.#transfers.remove((one) => one.id === id);
+  }
+
+  /**
+   * Asks the person, and receives.
+   * @param {string} id
+   * @param {Conversation} conversation
+   * @param {import('../protocol/manifest.js').Entry[]} entries
+   * @param {TransferScratch} scratch
+   * @param {() => void} onAnswered
+   */
+  async #receiveFrom(id, conversation, entries, scratch, onAnswered) {
+    const items = entries.map(({ kind, path }) => ({ kind, name: path, relativePath: path }));
+    const bytesTotal = totalSize(entries);
+    this.#transfers.change(id, {
+      name: nameOf(items),
+      fileCount: fileCount(entries),
+      bytesTotal,
+      ...offeredNames(items),
+    });
+    const manifest = await manifestDigest(entries);
+    // The sender is silent until it is answered, so what comes first is its end or the content.
+    const first = conversation.next();
+    first.catch(() => {});
+    if (!scratch.wasAccepted(manifest)) {
+      const message = await this.#lackOfSpace(bytesTotal);
+      this.#transfers.change(id, { state: 'asking', code: null, message });
+      const isWanted = await Promise.race([
+        beforeLong(this.#questions.ask(id)),
+        first.then(tooEarly),
+      ]);
+      if (!isWanted) throw new TransferError('declined');
+    }
+    onAnswered();
+    this.#transfers.change(id, { state: 'active', code: null, message: null });
+    await scratch.accept(manifest);
+    const result = await receiveAll(conversation, entries, scratch, first, (bytes) =>
+      this.#transfers.advance(id, bytes),
+    );
+    return { result, bytesTotal };
+  }
+
+  /**
+   * A transfer's part of the scratch area, once nothing else uses it: an earlier connection may not
+   * have noticed yet that its sender has left.
+   * @param {string} id
+   * @param {string} name
+   */
+  async #scratchFor(id, name) {
+    for (const { id: other, scratch, state } of this.#transfers.list) {
+      if (scratch !== name || other === id) continue;
+      await this.#running.get(other)?.close('lost');
+      await this.#ended.get(other);
+      if (state !== 'complete') this.#transfers.remove((one) => one.id === other);
+    }
+    this.#transfers.change(id, { scratch: name });
+    return TransferScratch.open(name);
+  }
+
+  /**
+   * What to tell the person where what is offered does not fit on the disk.
+   * @param {number} bytesTotal
+   */
+  async #lackOfSpace(bytesTotal) {
+    const free = await space(await scratchFolder()).catch(() => Infinity);
+    return bytesTotal > free
+      ? `There is not enough space on the disk (${sizeText(free)} are free)`
+      : null;
+  }
+
+  /**
+   * The person wants what is offered. Throws where it does not fit on the disk.
+   * @param {string} id
+   */
+  async accept(id) {
+    const message = await this.#lackOfSpace(this.#transfers.find(id).bytesTotal);
+    if (message) throw new Error(message);
+    this.#questions.answer(id, true);
   }
 
   /**
@@ -108,34 +238,76 @@ export class Courier {
   }
 
   /** @param {string} id */
-  async cancel(id) {
-    if (!this.#running.has(id)) return;
-    this.#cancelled.add(id);
-    await this.#running.get(id)?.close('cancelled');
-    this.#questions.answer(id, false);
+  cancel(id) {
+    return this.#stop(id, 'cancelled');
+  }
+
+  /**
+   * Ends it so that it can go on later where it was.
+   * @param {string} id
+   */
+  pause(id) {
+    return this.#stop(id, 'paused');
   }
 
   /**
    * @param {string} id
-   * @param {() => Promise<void>} work
+   * @param {'cancelled' | 'paused'} code
+   */
+  async #stop(id, code) {
+    if (!this.#running.has(id)) return;
+    this.#stopped.set(id, code);
+    await this.#running.get(id)?.close(code);
+    this.#questions.answer(id, false);
+  }
+
+  /**
+   * Runs a transfer, and changes it to what the work returns, or to how it failed.
+   * @param {string} id
+   * @param {() => Promise<Partial<Transfer>>} work
    */
   async #run(id, work) {
     this.#running.set(id, null);
+    const running = this.#runToEnd(id, work);
+    this.#ended.set(id, running);
+    await running;
+    this.#ended.delete(id);
+  }
+
+  /**
+   * @param {string} id
+   * @param {() => Promise<Partial<Transfer>>} work
+   */
+  async #runToEnd(id, work) {
     let code;
+    /** @type {Partial<Transfer>} */
+    let outcome;
     try {
-      await work();
+      outcome = await work();
     } catch (error) {
-      const reason = this.#cancelled.has(id) ? new TransferError('cancelled') :
-        TransferError.of(error, 'not-saved');
+      const stopped = this.#stopped.get(id);
+      const reason = stopped ? new TransferError(stopped) : TransferError.of(error, 'not-saved');
       code = reason.code;
-      this.#transfers.change(id, ended(reason));
-    } finally {
-      const conversation = this.#running.get(id);
-      this.#questions.drop(id);
-      this.#cancelled.delete(id);
-      this.#running.delete(id);
-      await conversation?.close(code);
+      outcome = endedBy(reason);
     }
+    const conversation = this.#running.get(id);
+    this.#stopped.delete(id);
+    this.#running.delete(id);
+    await this.#tidy(id, code);
+    this.#transfers.change(id, { isStalled: false, ...outcome });
+    await conversation?.close(code);
+  }
+
+  /**
+   * What has arrived is kept to go on with, unless nobody wants to or it fills the disk.
+   * @param {string} id
+   * @param {string | undefined} code
+   */
+  async #tidy(id, code) {
+    const { scratch } = this.#transfers.find(id);
+    if (!scratch || !code) return;
+    if (DISCARDS.has(code)) await discardScratch(scratch).catch(() => {});
+    else if (code === 'paused') await pauseScratch(scratch).catch(() => {});
   }
 
   /**
@@ -144,7 +316,8 @@ export class Courier {
    */
   async #hold(id, conversation) {
     this.#running.set(id, conversation);
-    if (this.#cancelled.has(id)) throw new TransferError('cancelled');
+    const stopped = this.#stopped.get(id);
+    if (stopped) throw new TransferError(stopped);
   }
 
   /**
@@ -164,16 +337,3 @@ function tooEarly() {
 
 /** @param {{ kind: string }[]} entries */
 const fileCount = (entries) => entries.filter(({ kind }) => kind !== 'directory').length;
-
-/**
- * @param {TransferError} reason
- * @returns {Partial<import('./types.js').Transfer>}
- */
-function ended({ code, message }) {
-  const over = { code: null, rate: 0, secondsLeft: null };
-  if (code === 'cancelled' || code === 'cancelled-there') {
-    return { ...over, state: 'cancelled', message: code === 'cancelled' ? null : message };
-  }
-  if (code === 'declined') return { ...over, state: 'declined', message: null };
-  return { ...over, state: 'failed', message };
-}

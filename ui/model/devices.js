@@ -3,6 +3,7 @@
 
 import { fingerprintOf, hex } from '../protocol/bytes.js';
 import { Discovery } from '../protocol/discovery.js';
+import { DEFAULT_PORT } from '../protocol/endpoint.js';
 
 /** @typedef {import('./types.js').Device} Device */
 /** @typedef {import('../protocol/discovery.js').Neighbour} Neighbour */
@@ -10,9 +11,14 @@ import { Discovery } from '../protocol/discovery.js';
 /** Recovery requests come in bursts. */
 const CALM = 250;
 
+/** In milliseconds: how long a proof holds, and the pause after an attempt that failed. */
+const PROOF_HOLDS = 60_000;
+const PROVE_AGAIN = 5000;
+
 /** Dispatches “change”. */
 export class Devices extends EventTarget {
   #trust;
+  #endpoint;
   #discovery;
   /** @type {Map<string, string>} fingerprints by key */
   #fingerprints = new Map();
@@ -20,15 +26,21 @@ export class Devices extends EventTarget {
   #list = [];
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #restart;
+  /** When the proof of a device was last asked for, by its id. @type {Map<string, number>} */
+  #asked = new Map();
+  /** @type {ReturnType<typeof setInterval> | undefined} */
+  #proving;
 
   /**
    * @param {import('../protocol/handshake.js').Party} self
    * @param {import('./trust.js').Trust} trust
+   * @param {import('../protocol/endpoint.js').Endpoint} endpoint
    */
-  constructor(self, trust) {
+  constructor(self, trust, endpoint) {
     super();
     this.#trust = trust;
-    this.#discovery = new Discovery(self);
+    this.#endpoint = endpoint;
+    this.#discovery = new Discovery(self, ({ id, key }) => trust.of(id, key) === 'trusted');
     this.#discovery.addEventListener('change', () => this.#refresh());
     trust.addEventListener('change', () => this.#refresh());
   }
@@ -37,8 +49,32 @@ export class Devices extends EventTarget {
     return this.#list;
   }
 
+  /** Whether there is a network on which devices could be found. */
+  get hasNetwork() {
+    return this.#discovery.hasNetwork;
+  }
+
   start() {
+    clearInterval(this.#proving);
+    this.#proving = setInterval(() => this.#proveAll(), 1000);
     return this.#discovery.start();
+  }
+
+  /** Says that this device leaves. */
+  stop() {
+    clearInterval(this.#proving);
+    return this.#discovery.stop();
+  }
+
+  /**
+   * Looks for a device where announcements do not get through.
+   * @param {string} text an address, with “:” and a port where it is not the usual one
+   */
+  async reach(text) {
+    const { address, port } = addressIn(text);
+    const party = await this.#endpoint.whoIsAt(address, port);
+    this.#discovery.keep(party, address, port);
+    this.#discovery.prove(party, address);
   }
 
   /** Looks again, on the networks that there are now. */
@@ -68,26 +104,87 @@ export class Devices extends EventTarget {
    * @returns {Neighbour}
    */
   withIdentity(identity) {
-    const found = this.#discovery.neighbours
-      .find(({ id, key }) => id === identity && this.#trust.of(id, key) !== 'changed');
+    const found = this.#discovery.neighbours.find(
+      ({ id, key }) => id === identity && this.#trust.of(id, key) !== 'changed',
+    );
     if (!found) throw new Error('That device is not near at the moment.');
     return found;
   }
 
   async #refresh() {
     const { neighbours } = this.#discovery;
-    await Promise.all(neighbours.map(async ({ key }) => {
-      const name = hex(key);
-      if (!this.#fingerprints.has(name)) this.#fingerprints.set(name, await fingerprintOf(key));
-    }));
-    this.#list = neighbours.map((one) => ({ id: this.#idOf(one), name: one.name,
-      fingerprint: this.#fingerprints.get(hex(one.key)) ?? '', trust: this.#trust.of(one.id, one.key) }))
+    await Promise.all(
+      neighbours.map(async ({ key }) => {
+        const name = hex(key);
+        if (!this.#fingerprints.has(name)) this.#fingerprints.set(name, await fingerprintOf(key));
+      }),
+    );
+    this.#list = neighbours
+      .map((one) => ({
+        id: this.#idOf(one),
+        key: hex(one.key),
+        name: this.#trust.nameOf(one),
+        fingerprint: this.#fingerprints.get(hex(one.key)) ?? '',
+        trust: this.#standingOf(one),
+      }))
       .sort((left, right) => left.name.localeCompare(right.name));
     this.dispatchEvent(new Event('change'));
+    this.#proveAll();
+  }
+
+  /**
+   * Everybody can announce a known identity and key, so a known device counts as such once it has
+   * proven the key.
+   * @param {Neighbour} neighbour
+   * @returns {Device['trust']}
+   */
+  #standingOf({ id, key, addresses }) {
+    const standing = this.#trust.of(id, key);
+    if (standing !== 'trusted') return standing;
+    const after = performance.now() - 2 * PROOF_HOLDS;
+    return [...addresses.values()].some(({ proven }) => proven > after) ? 'trusted' : 'unproven';
+  }
+
+  #proveAll() {
+    const now = performance.now();
+    for (const one of this.#discovery.neighbours) {
+      const isProven = [...one.addresses.values()].some(({ proven }) => proven > now - PROOF_HOLDS);
+      const asked = this.#asked.get(this.#idOf(one)) ?? -Infinity;
+      if (isProven || now - asked < PROVE_AGAIN) continue;
+      if (this.#trust.of(one.id, one.key) === 'trusted') this.#prove(one);
+    }
+  }
+
+  /** @param {Neighbour} neighbour */
+  async #prove(neighbour) {
+    const id = this.#idOf(neighbour);
+    this.#asked.set(id, Infinity);
+    try {
+      const address = await this.#endpoint.locate(neighbour);
+      this.#discovery.prove(neighbour, address);
+    } catch {
+      await this.#refresh();
+    } finally {
+      this.#asked.set(id, performance.now());
+    }
   }
 
   /** @param {Neighbour} neighbour */
   #idOf({ id, key }) {
     return `${id}/${hex(key)}`;
   }
+}
+
+/**
+ * @param {string} text such as “192.168.1.20”, “192.168.1.20:45458”, “fe80::1%eth0” or “[fe80::1]:45458”
+ */
+function addressIn(text) {
+  const trimmed = text.trim();
+  const parts =
+    /^\[([0-9a-f:.]+(?:%\w+)?)\](?::(\d{1,5}))?$/i.exec(trimmed) ??
+    /^(\d{1,3}(?:\.\d{1,3}){3})(?::(\d{1,5}))?$/.exec(trimmed) ??
+    /^([0-9a-f:.]*:[0-9a-f:.]+(?:%\w+)?)$/i.exec(trimmed);
+  const port = Number(parts?.[2] ?? DEFAULT_PORT);
+  if (!parts || port < 1 || port > 65_535) throw new Error('That is not an address.');
+  return { address: parts[1], port };
 }

@@ -4,12 +4,32 @@ import { stat } from '../engine/files.js';
 import { utf8 } from '../protocol/bytes.js';
 import { TransferError } from '../protocol/errors.js';
 import { Limit } from '../protocol/limits.js';
+import { totalSize } from '../protocol/manifest.js';
+import { ReceivablePaths } from '../protocol/receivable_names.js';
+import { countText } from '../text/format.js';
+import { isolated, plainName, shortened } from '../text/foreign_text.js';
+import { isCount, isMissingOr, isOneOf, isRecord, isText } from './schema.js';
 
 /** Files that are looked at at once. */
 const AT_ONCE = 64;
+/** Clusters of a name that are shown. */
+export const NAME_CLUSTERS = 60;
+/** Names of an offer that are shown. */
+const OFFERED = 5;
 
 /** @typedef {import('./types.js').Item} Item */
 /** @typedef {import('../protocol/send.js').Outgoing} Outgoing */
+
+/** How documents hold an item. */
+export const ITEM_FIELDS = {
+  path: isText,
+  name: isText,
+  size: isCount,
+  kind: isOneOf(['file', 'directory', 'text']),
+  relativePath: isMissingOr(isText),
+  text: isMissingOr(isText),
+};
+export const isItem = isRecord(ITEM_FIELDS);
 
 /**
  * An item as a picker, a drop or a share describes it; what is missing is looked up when it is sent.
@@ -22,62 +42,144 @@ export const itemOf = (entry) => ({ ...entry, kind: entry.kind ?? 'file' });
  * @param {string} text
  * @returns {Item}
  */
-export const textItem = (text) =>
-  ({ path: '', name: 'Text', size: utf8(text).length, kind: 'text', text });
+export const textItem = (text) => ({
+  path: '',
+  name: 'Text',
+  size: utf8(text).length,
+  kind: 'text',
+  text,
+});
 
-/** @param {Item} item */
+/** @param {Named} item */
 const placeOf = (item) => item.relativePath || item.name;
 
+/** @typedef {Pick<Item, 'kind' | 'name' | 'relativePath'>} Named */
+/** @typedef {{ kind: string, name: string, fileCount: number }} TopLevelItem */
+
 /**
- * What the other side sees at the top: the folders and files that were chosen, not what is in them.
- * @template {{ kind: string, name: string, relativePath?: string }} T
- * @param {T[]} items
+ * What there is at the top, whether or not a folder has an entry of its own: a path below a folder
+ * stands for that folder.
+ * @param {Named[]} items
+ * @returns {TopLevelItem[]}
  */
-export const topLevel = (items) => items.filter(({ relativePath }) => !relativePath?.includes('/'));
+export function topLevel(items) {
+  /** @type {TopLevelItem[]} */
+  const top = [];
+  /** @type {Map<string, TopLevelItem>} */
+  const folders = new Map();
+  for (const item of items) {
+    const [name, ...below] = placeOf(item).split('/');
+    const isFile = item.kind !== 'directory';
+    if (isFile && below.length === 0) {
+      top.push({ kind: item.kind, name, fileCount: 1 });
+      continue;
+    }
+    let folder = folders.get(name);
+    if (!folder) {
+      folder = { kind: 'directory', name, fileCount: 0 };
+      folders.set(name, folder);
+      top.push(folder);
+    }
+    if (isFile) ++folder.fileCount;
+  }
+  return top;
+}
 
 /**
  * What is moved, for a person.
- * @param {{ kind: string, name: string, relativePath?: string }[]} items
+ * @param {Named[]} items
  */
 export function nameOf(items) {
   const top = topLevel(items);
-  if (top.length === 1) return top[0].kind === 'text' ? 'Text' : top[0].name;
-  return `${top.length || items.length} items`;
+  if (top.length !== 1) return `${top.length} items`;
+  return top[0].kind === 'text' ? 'Text' : shortened(plainName(top[0].name), NAME_CLUSTERS);
 }
 
 /**
- * The entries of an offer of these items, with their sizes as they are now.
+ * The first few names of what is offered, folders with the number of their files.
+ * @param {Named[]} items
+ */
+export function offeredNames(items) {
+  const top = topLevel(items);
+  const shown = top.slice(0, OFFERED).map(({ kind, name, fileCount }) => {
+    const title = isolated(shortened(plainName(name), NAME_CLUSTERS));
+    return kind === 'directory' ? `${title} (folder, ${countText(fileCount, 'file')})` : title;
+  });
+  return { offered: shown, offeredCount: top.length };
+}
+
+/** What is offered of some items. `items`: those that it is of. `failures`: what cannot be sent.
+ *  `renamed`: what has to be received under another name.
+ *  @typedef {object} Outgoings
+ *  @property {(Outgoing & { item: Item })[]} entries
+ *  @property {{ item: Item, code: string }[]} failures
+ *  @property {{ from: string, to: string }[]} renamed */
+
+/**
+ * The entries of an offer of these items, with their sizes as they are now, and under paths that can
+ * be received.
  * @param {Item[]} items
- * @returns {Promise<Outgoing[]>}
+ * @returns {Promise<Outgoings>}
  */
 export async function outgoing(items) {
   if (items.length > Limit.entries) throw new TransferError('too-large');
-  const entries = [];
+  /** @type {Outgoings} */
+  const offer = { entries: [], failures: [], renamed: [] };
+  const paths = new ReceivablePaths();
+  const folders = new Set();
   for (let at = 0; at < items.length; at += AT_ONCE) {
-    entries.push(...await Promise.all(items.slice(at, at + AT_ONCE).map(outgoingOf)));
+    const some = items.slice(at, at + AT_ONCE);
+    const found = await Promise.all(some.map(outgoingOf));
+    for (const [next, item] of some.entries()) {
+      const one = found[next];
+      const path = one.kind === 'text' ? item.name : paths.take(placeOf(item), one.kind ?? '');
+      if (one.kind === null || path === null) {
+        offer.failures.push({ item, code: one.kind === null ? 'unreadable' : 'unreceivable' });
+      } else if (one.kind !== 'directory' || !folders.has(path)) {
+        if (one.kind === 'directory') folders.add(path);
+        const { kind } = one;
+        offer.entries.push({ ...one, kind, path, item });
+        if (path !== placeOf(item) && one.kind !== 'text') {
+          const to = path.slice(path.lastIndexOf('/') + 1);
+          if (to !== item.name) offer.renamed.push({ from: item.name, to });
+        }
+      }
+    }
   }
-  return entries;
+  const texts = offer.entries.filter(({ kind }) => kind === 'text');
+  if (totalSize(texts) > Limit.textBytes) throw new TransferError('too-large');
+  return offer;
 }
 
 /**
+ * What an item is now; of no kind where it cannot be read.
  * @param {Item} item
- * @returns {Promise<Outgoing>}
  */
 async function outgoingOf(item) {
-  const path = placeOf(item);
   if (item.kind === 'text') {
     const text = item.text ?? '';
-    const size = utf8(text).length;
-    if (size > Limit.textBytes) throw new TransferError('too-large');
-    return { kind: 'text', path, size, source: '', text };
+    return { kind: item.kind, size: utf8(text).length, modified: 0, source: '', text };
   }
   const found = await stat(item.path).catch(() => null);
-  if (!found || found.kind === 'other') {
-    throw new TransferError('unreadable', `“${item.name}” can no longer be read.`);
-  }
-  const isFile = found.kind === 'file';
-  return { kind: found.kind, path, size: isFile ? found.size : 0, source: item.path };
+  const source = item.path;
+  if (!found || found.kind === 'other') return { kind: null, size: 0, modified: 0, source };
+  const { kind, size, modified } = found;
+  return kind === 'file'
+    ? { kind, size, modified: Math.max(0, modified), source }
+    : { kind, size: 0, modified: 0, source };
 }
+
+/**
+ * An item, and where it is a folder all items in it.
+ * @param {Item} item
+ * @param {Item[]} among
+ */
+export const itemsWith = (item, among) =>
+  among.filter(
+    (one) =>
+      (one.path === item.path && one.text === item.text) ||
+      (item.kind === 'directory' && one.path.startsWith(`${item.path}/`)),
+  );
 
 /**
  * The items that are other than they say, as they are.
@@ -88,10 +190,12 @@ export async function measured(items) {
   const measures = new Map();
   const unknown = items.filter(({ kind, size }) => kind === 'file' && size === 0);
   for (let at = 0; at < unknown.length; at += AT_ONCE) {
-    await Promise.all(unknown.slice(at, at + AT_ONCE).map(async (item) => {
-      const found = await stat(item.path).catch(() => null);
-      if (found?.kind === 'file') measures.set(item, { ...item, size: found.size });
-    }));
+    await Promise.all(
+      unknown.slice(at, at + AT_ONCE).map(async (item) => {
+        const found = await stat(item.path).catch(() => null);
+        if (found?.kind === 'file') measures.set(item, { ...item, size: found.size });
+      }),
+    );
   }
   return measures;
 }
@@ -115,8 +219,12 @@ const foldersAbove = (path) =>
 export function releasablePaths(items, needed) {
   const kept = new Set(pathsOf(needed));
   const keptShares = new Set([...kept].map(shareOf).filter(Boolean));
-  return pathsOf(items).filter((path) => !kept.has(path) && !keptShares.has(shareOf(path)) &&
-    !foldersAbove(path).some((folder) => kept.has(folder)));
+  return pathsOf(items).filter(
+    (path) =>
+      !kept.has(path) &&
+      !keptShares.has(shareOf(path)) &&
+      !foldersAbove(path).some((folder) => kept.has(folder)),
+  );
 }
 
 /**

@@ -4,8 +4,15 @@ export class Questions {
   /** @type {Map<string, (answer: boolean) => void>} */
   #open = new Map();
 
-  get count() {
-    return this.#open.size;
+  /** @type {Set<string>} */
+  #answered = new Set();
+
+  /**
+   * Whether the person has answered anything of a transfer.
+   * @param {string} id
+   */
+  wasAnswered(id) {
+    return this.#answered.has(id);
   }
 
   /**
@@ -21,6 +28,7 @@ export class Questions {
    * @param {boolean} answer
    */
   answer(id, answer) {
+    if (this.#open.has(id)) this.#answered.add(id);
     this.#open.get(id)?.(answer);
     this.#open.delete(id);
   }
@@ -28,5 +36,6 @@ export class Questions {
   /** @param {string} id */
   drop(id) {
     this.#open.delete(id);
+    this.#answered.delete(id);
   }
 }

@@ -1,27 +1,44 @@
-// What the person set, and the host's part in it.
+// The person's settings, and the host's part in them.
 
 import { platform } from '../platform.js';
+import { fittingValues, isFlag, isOneOf, isText } from './schema.js';
 
 /** @typedef {import('./types.js').Settings} Settings */
 
 const DOCUMENT = 'settings';
 
-/** @type {Settings} */
-const INITIAL = { receiveFolder: 'Brevanholt', isVisible: true, launchAtStartup: false,
-  notifications: 'unknown', showsConsole: false };
+/** At the first start. @type {Settings} */
+const INITIAL = {
+  receiveFolder: 'Brevanholt',
+  isVisible: true,
+  launchAtStartup: false,
+  notifications: 'unknown',
+  showsConsole: false,
+};
 
-/** @param {any} stored */
-function known(stored) {
-  return Object.fromEntries(Object.entries(INITIAL)
-    .map(([name, initial]) => [name, typeof stored?.[name] === typeof initial ? stored[name] : initial]));
-}
+/** For values that are missing or damaged: the person may have hidden this device. */
+const SAFE = { ...INITIAL, isVisible: false };
+
+const FIELDS = {
+  receiveFolder: isText,
+  isVisible: isFlag,
+  launchAtStartup: isFlag,
+  notifications: isOneOf(['unknown', 'granted', 'denied']),
+  showsConsole: isFlag,
+};
 
 /**
- * @param {import('./storage.js').Storage} storage
+ * @param {import('./documents.js').Documents} documents
  * @returns {Promise<Settings>}
  */
-export async function loadSettings(storage) {
-  const settings = /** @type {Settings} */ (known(await storage.load(DOCUMENT)));
+export async function loadSettings(documents) {
+  const stored = await documents.load(DOCUMENT, (content) =>
+    fittingValues(DOCUMENT, content, FIELDS),
+  );
+  const isFirstStart = !stored && !documents.damaged.has(DOCUMENT);
+  const settings = isFirstStart ? { ...INITIAL } : { ...SAFE, ...stored };
+  // Saved at once: without a document the next start would count as the first one.
+  if (!isFirstStart) await documents.save(DOCUMENT, settings).catch(() => {});
   await platform.setReceiveFolderName(settings.receiveFolder).catch(() => {
     settings.receiveFolder = INITIAL.receiveFolder;
   });
@@ -31,18 +48,18 @@ export async function loadSettings(storage) {
 }
 
 /**
- * Has the host do what changes, and keeps it. Throws, and keeps nothing, where the host refuses.
- * @param {import('./storage.js').Storage} storage
+ * Applies a change through the host and saves it. Throws, and saves nothing, where the host refuses.
+ * @param {import('./documents.js').Documents} documents
  * @param {Settings} before
  * @param {Partial<Settings>} change
  * @returns {Promise<Settings>}
  */
-export async function changedSettings(storage, before, change) {
+export async function changedSettings(documents, before, change) {
   const after = { ...before, ...change };
   after.receiveFolder = after.receiveFolder.trim();
   if (after.receiveFolder !== before.receiveFolder) {
     await platform.setReceiveFolderName(after.receiveFolder);
-    if (!await platform.prepareReceiveLocation()) {
+    if (!(await platform.prepareReceiveLocation())) {
       await platform.setReceiveFolderName(before.receiveFolder);
       throw new Error('That folder cannot be made.');
     }
@@ -51,6 +68,6 @@ export async function changedSettings(storage, before, change) {
     await platform.setLaunchAtStartup(after.launchAtStartup);
     after.launchAtStartup = await platform.launchAtStartupEnabled();
   }
-  await storage.save(DOCUMENT, after);
+  await documents.save(DOCUMENT, after);
   return after;
 }

@@ -1,7 +1,8 @@
-// What the rest of the desktop is told: the status menu, the background mode, notifications.
+// Keeps the status menu and the background mode up to date.
 
 import { Float64, platform } from '../platform.js';
-import { isEnded } from './transfers.js';
+import { isolated } from '../text/foreign_text.js';
+import { hasEnded } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
 
@@ -9,13 +10,18 @@ const RECENT = 5;
 
 /** @type {Record<string, string>} */
 const OUTCOMES = {
-  complete: 'Done', failed: 'Failed', cancelled: 'Cancelled', declined: 'Declined',
-  connecting: 'Connecting…', confirming: 'Compare the code', asking: 'Waiting for an answer',
+  complete: 'Done',
+  failed: 'Failed',
+  cancelled: 'Cancelled',
+  declined: 'Declined',
+  connecting: 'Connecting…',
+  confirming: 'Compare the code',
+  asking: 'Waiting for an answer',
 };
 
 /** @param {Transfer} transfer */
 const title = ({ direction, deviceName }) =>
-  (direction === 'send' ? `To ${deviceName}` : `From ${deviceName}`);
+  `${direction === 'send' ? 'To' : 'From'} ${isolated(deviceName)}`;
 
 /** @param {Transfer} transfer */
 function fraction({ state, bytesDone, bytesTotal }) {
@@ -36,18 +42,28 @@ export class Shell {
   #lastShell = '';
   #lastMode = '';
 
+  /** Declares the background mode again with the next update: showing the window ended it. */
+  modeWasReset() {
+    this.#lastMode = '';
+  }
+
   /**
    * @param {boolean} visible
    * @param {Transfer[]} transfers unfinished first
    */
   update(visible, transfers) {
-    const unfinished = transfers.filter((transfer) => !isEnded(transfer));
-    const recent = transfers.filter(isEnded).slice(0, RECENT);
+    const unfinished = transfers.filter((transfer) => !hasEnded(transfer));
+    const recent = transfers.filter(hasEnded).slice(0, RECENT);
     const active = unfinished.find(({ state }) => state === 'active') ?? unfinished[0];
-    const shell = { visible, activeTransfer: active ? snapshot(active) : null,
-      recentTransfers: recent.map(snapshot) };
-    const mode = { enabled: visible || unfinished.length > 0,
-      transferInProgress: unfinished.some(({ state }) => state === 'active') };
+    const shell = {
+      visible,
+      activeTransfer: active ? snapshot(active) : null,
+      recentTransfers: recent.map(snapshot),
+    };
+    const mode = {
+      enabled: visible || unfinished.length > 0,
+      transferInProgress: unfinished.some(({ state }) => state === 'active'),
+    };
     const shellText = JSON.stringify(shell);
     const modeText = JSON.stringify(mode);
     if (shellText !== this.#lastShell) platform.updateDesktopShell(shell).catch(() => {});

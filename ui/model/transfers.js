@@ -1,56 +1,105 @@
 // The transfers: those under way, and the most recent of those that ended.
 
+import { hex, randomBytes } from '../protocol/bytes.js';
+import { isItem } from './items.js';
 import { Progress } from './progress.js';
+import {
+  fittingEntries,
+  isCount,
+  isListOf,
+  isMissingOr,
+  isNullOr,
+  isOneOf,
+  isRecord,
+  isText,
+} from './schema.js';
+import { hasEnded, TRANSFER_STATES } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
 
 const DOCUMENT = 'transfers';
 const MOST = 50;
 const INTERVAL = 100;
-const ENDED = ['complete', 'failed', 'cancelled', 'declined'];
+/** How often transfers are looked at that may have stalled. */
+const WATCH = 500;
 
-/** @param {Pick<Transfer, 'state'>} transfer */
-export const isEnded = ({ state }) => ENDED.includes(state);
+/** What is kept of a transfer. Rates are not: an earlier run's transfers have ended. */
+const FIELDS = {
+  id: isText,
+  direction: isOneOf(['send', 'receive']),
+  deviceId: isText,
+  deviceName: isText,
+  name: isText,
+  state: isOneOf(TRANSFER_STATES),
+  message: isNullOr(isText),
+  fileCount: isCount,
+  bytesTotal: isCount,
+  bytesDone: isCount,
+  items: isListOf(isItem),
+  locations: isListOf(isText),
+  text: isNullOr(isText),
+  textLocation: isMissingOr(isText),
+  number: isText,
+  scratch: isMissingOr(isText),
+  failures: isListOf(isRecord({ name: isText, reason: isText })),
+  failureCount: isCount,
+  note: isNullOr(isText),
+  when: isCount,
+};
 
-/**
- * One that was sent and could be sent again.
- * @param {Transfer} transfer
- */
-export const canRetry = (transfer) =>
-  transfer.direction === 'send' && isEnded(transfer) && transfer.state !== 'complete';
+/** @type {Partial<Transfer>} */
+const OVER = {
+  code: null,
+  rate: 0,
+  secondsLeft: null,
+  offered: [],
+  offeredCount: 0,
+  isStranger: false,
+  isStalled: false,
+};
 
 /** Dispatches “change”, ten times a second at most. */
 export class Transfers extends EventTarget {
-  #storage;
+  #documents;
   /** @type {Transfer[]} newest first */
   #list;
   /** @type {Map<string, Progress>} */
   #progress = new Map();
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #timer;
+  /** @type {ReturnType<typeof setInterval> | undefined} */
+  #watch;
   #told = 0;
 
   /**
-   * @param {import('./storage.js').Storage} storage
+   * @param {import('./documents.js').Documents} documents
    * @param {Transfer[]} list
    */
-  constructor(storage, list) {
+  constructor(documents, list) {
     super();
-    this.#storage = storage;
+    this.#documents = documents;
     this.#list = list;
   }
 
-  /** @param {import('./storage.js').Storage} storage */
-  static async load(storage) {
-    const stored = await storage.load(DOCUMENT);
-    const list = Array.isArray(stored) ? stored.filter((entry) => typeof entry?.id === 'string') : [];
-    return new Transfers(storage, list.map((transfer) => (isEnded(transfer) ? transfer :
-      { ...transfer, state: 'failed', code: null, message: 'The program ended before it was done.' })));
+  /** @param {import('./documents.js').Documents} documents */
+  static async load(documents) {
+    const stored = await documents.load(DOCUMENT, (content) =>
+      fittingEntries(DOCUMENT, content, FIELDS),
+    );
+    const list = (stored ?? []).map((transfer) => ({ ...transfer, ...OVER }));
+    return new Transfers(
+      documents,
+      list.map((transfer) =>
+        hasEnded(transfer)
+          ? transfer
+          : { ...transfer, state: 'failed', message: 'The program ended before it was done.' },
+      ),
+    );
   }
 
   /** Unfinished first, then the recent ones, newest first each. */
   get list() {
-    return [...this.#list.filter((one) => !isEnded(one)), ...this.#list.filter(isEnded)];
+    return [...this.#list.filter((one) => !hasEnded(one)), ...this.#list.filter(hasEnded)];
   }
 
   /** @param {string} id */
@@ -68,9 +117,27 @@ export class Transfers extends EventTarget {
   add(given) {
     /** @type {Transfer} */
     const transfer = {
-      id: crypto.randomUUID(), code: null, message: null, fileCount: 0, bytesTotal: 0, bytesDone: 0,
-      rate: 0, secondsLeft: null, items: [], offered: [], offeredCount: 0, locations: [], text: null,
-      when: Date.now(), ...given,
+      id: crypto.randomUUID(),
+      code: null,
+      message: null,
+      fileCount: 0,
+      bytesTotal: 0,
+      bytesDone: 0,
+      rate: 0,
+      secondsLeft: null,
+      items: [],
+      offered: [],
+      offeredCount: 0,
+      locations: [],
+      text: null,
+      number: hex(randomBytes(16)),
+      isStranger: false,
+      isStalled: false,
+      failures: [],
+      failureCount: 0,
+      note: null,
+      when: Date.now(),
+      ...given,
     };
     this.#replace([transfer, ...this.#list]);
     return transfer;
@@ -82,29 +149,53 @@ export class Transfers extends EventTarget {
    */
   change(id, change) {
     const isNewState = change.state !== undefined;
-    this.#replace(this.#list.map((one) =>
-      (one.id === id ? { ...one, ...change, when: isNewState ? Date.now() : one.when } : one)),
-    isNewState);
-    if (change.state && ENDED.includes(change.state)) this.#progress.delete(id);
+    this.#replace(
+      this.#list.map((one) =>
+        one.id === id ? { ...one, ...change, when: isNewState ? Date.now() : one.when } : one,
+      ),
+      isNewState,
+    );
+    if (change.state && hasEnded({ state: change.state })) this.#progress.delete(id);
   }
 
   /**
    * @param {string} id
-   * @param {number} bytes since the last time
+   * @param {number} bytesDone of all
    */
-  advance(id, bytes) {
+  advance(id, bytesDone) {
     const now = performance.now();
     const transfer = this.#list.find((one) => one.id === id);
     if (!transfer) return;
-    const progress = this.#progress.get(id) ?? new Progress(transfer.bytesTotal, now);
+    const progress = this.#progress.get(id) ?? new Progress(transfer.bytesTotal, bytesDone, now);
     this.#progress.set(id, progress);
-    Object.assign(transfer, progress.add(bytes, now));
+    progress.add(bytesDone, now);
+    this.#show(transfer, progress.at(now));
+    this.#watch ??= setInterval(() => this.#lookForStalls(), WATCH);
+  }
+
+  #lookForStalls() {
+    const now = performance.now();
+    for (const [id, progress] of this.#progress) {
+      const transfer = this.#list.find((one) => one.id === id);
+      if (transfer) this.#show(transfer, progress.at(now));
+    }
+    if (this.#progress.size > 0) return;
+    clearInterval(this.#watch);
+    this.#watch = undefined;
+  }
+
+  /**
+   * @param {Transfer} transfer
+   * @param {Partial<Transfer>} progress
+   */
+  #show(transfer, progress) {
+    Object.assign(transfer, progress);
     this.#tell();
   }
 
   /** @param {(transfer: Transfer) => boolean} isUnwanted only ended ones go */
   remove(isUnwanted) {
-    this.#replace(this.#list.filter((one) => !isEnded(one) || !isUnwanted(one)));
+    this.#replace(this.#list.filter((one) => !hasEnded(one) || !isUnwanted(one)));
   }
 
   /**
@@ -112,10 +203,10 @@ export class Transfers extends EventTarget {
    * @param {boolean} [isLasting]
    */
   #replace(list, isLasting = true) {
-    const surplus = new Set(list.filter(isEnded).slice(MOST));
+    const surplus = new Set(list.filter(hasEnded).slice(MOST));
     this.#list = list.filter((one) => !surplus.has(one));
     this.#tell();
-    if (isLasting) this.#storage.save(DOCUMENT, this.#list).catch(() => {});
+    if (isLasting) this.#documents.save(DOCUMENT, this.#list).catch(() => {});
   }
 
   #tell() {
@@ -125,7 +216,7 @@ export class Transfers extends EventTarget {
       this.#timer = undefined;
       this.#told = performance.now();
       // What a view keeps is not to change under it.
-      this.#list = this.#list.map((one) => (isEnded(one) ? one : { ...one }));
+      this.#list = this.#list.map((one) => (hasEnded(one) ? one : { ...one }));
       this.dispatchEvent(new Event('change'));
     }, wait);
   }

@@ -2,36 +2,43 @@
 // persons have compared the code; from then on another key is not taken for the same device.
 
 import { hex } from '../protocol/bytes.js';
+import { distinctName } from './namesakes.js';
+import { fittingValues, isRecord, isText } from './schema.js';
 
 const DOCUMENT = 'trusted-devices';
 
-/** @typedef {import('./storage.js').Storage} Storage */
+/** @typedef {import('./documents.js').Documents} Documents */
 /** @typedef {{ key: string, name: string }} Pin */
 
 /** Dispatches “change”. */
 export class Trust extends EventTarget {
-  #storage;
+  #documents;
   /** @type {Map<string, Pin>} by identity */
   #pins;
   /** @type {Map<string, string>} new keys that the person agreed to meet, by identity */
   #agreed = new Map();
 
   /**
-   * @param {Storage} storage
+   * @param {Documents} documents
    * @param {Map<string, Pin>} pins
    */
-  constructor(storage, pins) {
+  constructor(documents, pins) {
     super();
-    this.#storage = storage;
+    this.#documents = documents;
     this.#pins = pins;
   }
 
-  /** @param {Storage} storage */
-  static async load(storage) {
-    const stored = await storage.load(DOCUMENT);
-    const isPin = (/** @type {any} */ pin) => typeof pin?.key === 'string' && typeof pin?.name === 'string';
-    const pins = Object.entries(stored ?? {}).filter(([, pin]) => isPin(pin));
-    return new Trust(storage, new Map(pins));
+  /** @param {Documents} documents */
+  static async load(documents) {
+    const isPin = isRecord({ key: isText, name: isText });
+    const pins = await documents.load(DOCUMENT, (content) =>
+      fittingValues(
+        DOCUMENT,
+        content,
+        Object.fromEntries(Object.keys(content ?? {}).map((id) => [id, isPin])),
+      ),
+    );
+    return new Trust(documents, new Map(Object.entries(pins ?? {})));
   }
 
   /**
@@ -48,12 +55,24 @@ export class Trust extends EventTarget {
   }
 
   /**
+   * What to call a device: the name that was kept with its key. A device that is not known never has
+   * the name of a known one alone.
+   * @param {{ id: string, key: Uint8Array, name: string }} device
+   */
+  nameOf({ id, key, name }) {
+    if (this.of(id, key) === 'trusted') return this.#pins.get(id)?.name ?? name;
+    return distinctName({ key: hex(key), name }, this.known);
+  }
+
+  /**
    * Resolves once it will outlast a restart.
    * @param {string} id
    * @param {Uint8Array} key
    * @param {string} name
    */
   async pin(id, key, name) {
+    const before = this.#pins.get(id);
+    if (before?.key === hex(key) && before.name === name) return;
     this.#pins.set(id, { key: hex(key), name });
     this.#agreed.delete(id);
     await this.#save();
@@ -69,15 +88,24 @@ export class Trust extends EventTarget {
     this.dispatchEvent(new Event('change'));
   }
 
-  /** @param {string} id */
-  async forget(id) {
-    this.#pins.delete(id);
-    this.#agreed.delete(id);
+  /** The devices whose keys are kept, near or not.
+   *  @returns {{ id: string, key: string, name: string }[]} */
+  get known() {
+    return [...this.#pins].map(([id, { key, name }]) => ({ id, key, name }));
+  }
+
+  /**
+   * Forgets one key. Another device that uses the same identity is not affected.
+   * @param {string} key in hexadecimal
+   */
+  async forget(key) {
+    for (const [id, pin] of this.#pins) if (pin.key === key) this.#pins.delete(id);
+    for (const [id, agreed] of this.#agreed) if (agreed === key) this.#agreed.delete(id);
     await this.#save();
   }
 
   #save() {
     this.dispatchEvent(new Event('change'));
-    return this.#storage.save(DOCUMENT, Object.fromEntries(this.#pins));
+    return this.#documents.save(DOCUMENT, Object.fromEntries(this.#pins));
   }
 }

@@ -2,6 +2,7 @@
 
 import { hex, jsonBytes, objectOf, unhex } from './bytes.js';
 import { Limit, VERSION } from './limits.js';
+import { plainName, shortened } from '../text/foreign_text.js';
 
 const KEY = 65;
 const DEVICE_ID = /^[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$/;
@@ -14,13 +15,12 @@ const DEVICE_ID = /^[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$/;
 export const isDeviceId = (id) => typeof id === 'string' && DEVICE_ID.test(id);
 
 /**
- * A stranger's name as it may be shown: one line, no control or direction characters, not long.
+ * A stranger's name as it may be shown.
  * @param {unknown} name
  */
 export function cleanName(name) {
-  const text = typeof name === 'string' ? name : '';
-  const shown = text.replace(/[\p{Cc}\p{Cf}\p{Cs}\p{Zl}\p{Zp}]/gu, ' ').replace(/\s+/g, ' ').trim();
-  return [...shown].slice(0, Limit.nameCharacters).join('') || 'Unnamed device';
+  const plain = typeof name === 'string' ? plainName(name) : '';
+  return /[^_]/.test(plain) ? shortened(plain, Limit.nameCharacters) : 'Unnamed device';
 }
 
 /**
@@ -31,7 +31,14 @@ export function encodeAnnouncement(announcement) {
   if (announcement.kind === 'query') return jsonBytes({ brevanholt: VERSION, kind: 'query' });
   const { kind, id, port, key } = announcement;
   for (let name = [...announcement.name]; ; name = name.slice(0, -1)) {
-    const bytes = jsonBytes({ brevanholt: VERSION, kind, id, name: name.join(''), port, key: hex(key) });
+    const bytes = jsonBytes({
+      brevanholt: VERSION,
+      kind,
+      id,
+      name: name.join(''),
+      port,
+      key: hex(key),
+    });
     if (bytes.length <= Limit.datagram) return bytes;
   }
 }

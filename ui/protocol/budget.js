@@ -1,22 +1,24 @@
-// What each source on the network may take of this device's attention.
+// What the sources on the network may take of this device's attention.
 
-const SECOND = 1000;  // ms
+const SECOND = 1000; // ms
 
-/** At most `perSource` a second from one source, and from at most `sources` of them. */
+/** At most `perSource` a second from one source, and `total` from all of them. */
 export class Budget {
   #perSource;
-  #sources;
+  #total;
+  #left;
   #since = -Infinity;
   /** @type {Map<string, number>} */
   #spent = new Map();
 
   /**
    * @param {number} perSource
-   * @param {number} sources
+   * @param {number} total
    */
-  constructor(perSource, sources) {
+  constructor(perSource, total) {
     this.#perSource = perSource;
-    this.#sources = sources;
+    this.#total = total;
+    this.#left = total;
   }
 
   /**
@@ -26,11 +28,13 @@ export class Budget {
   allows(source, now) {
     if (now - this.#since >= SECOND) {
       this.#since = now;
+      this.#left = this.#total;
       this.#spent.clear();
     }
     const spent = this.#spent.get(source) ?? 0;
-    if (spent >= this.#perSource || (spent === 0 && this.#spent.size >= this.#sources)) return false;
+    if (spent >= this.#perSource || this.#left === 0) return false;
     this.#spent.set(source, spent + 1);
+    --this.#left;
     return true;
   }
 }

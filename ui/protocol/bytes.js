@@ -37,7 +37,8 @@ export const hex = (bytes) => [...bytes].map((byte) => byte.toString(16).padStar
  * @param {number} size
  */
 export function unhex(text, size) {
-  if (typeof text !== 'string' || text.length !== 2 * size || !/^[0-9a-f]*$/.test(text)) return null;
+  if (typeof text !== 'string' || text.length !== 2 * size || !/^[0-9a-f]*$/.test(text))
+    return null;
   return Uint8Array.from({ length: size }, (_, at) => parseInt(text.slice(2 * at, 2 * at + 2), 16));
 }
 

@@ -6,47 +6,86 @@
 import { networkInterfaces, UdpSocket } from '../engine/sockets.js';
 import { decodeAnnouncement, encodeAnnouncement } from './announcement.js';
 import { Budget } from './budget.js';
-import { hex } from './bytes.js';
 import { Limit, Time } from './limits.js';
+import { Neighbours } from './neighbours.js';
 
 const PORT = 45457;
 /** Administratively scoped to the organisation's site (RFC 2365), and link-local (RFC 4291). */
 const GROUPS = [
-  { any: '0.0.0.0', group: '239.255.77.66', isOf: (/** @type {string} */ address) => address.includes('.') },
-  { any: '::', group: 'ff02::b4e7', isOf: (/** @type {string} */ address) => address.startsWith('fe80:') },
+  {
+    any: '0.0.0.0',
+    group: '239.255.77.66',
+    isOf: (/** @type {string} */ address) => address.includes('.'),
+  },
+  {
+    any: '::',
+    group: 'ff02::b4e7',
+    isOf: (/** @type {string} */ address) => address.startsWith('fe80:'),
+  },
 ];
 
-/** `addresses`: with the port that was announced from there, the latest last.
- *  @typedef {{ id: string, key: Uint8Array, name: string, addresses: Map<string, number>,
- *              seen: number }} Neighbour */
+/** @typedef {import('./neighbours.js').Neighbour} Neighbour */
 /** @typedef {{ socket: UdpSocket, group: string }} Outlet */
+/** @typedef {import('../engine/sockets.js').NetworkInterface} NetworkInterface */
 
-/** Dispatches “change”. Its own device is known by `self.id`, and left out. */
+/** Dispatches “change”, ten times a second at most. Its own device is known by `self.id`, and left out. */
 export class Discovery extends EventTarget {
   #self;
   /** @type {Outlet[]} */
   #outlets = [];
-  /** @type {Map<string, Neighbour>} by identity and key */
-  #neighbours = new Map();
+  #neighbours;
   #port = 0;
   #isRunning = false;
+  #hasNetwork = true;
   #round = 0;
   #answered = -Infinity;
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #answer;
-  #budget = new Budget(Limit.announcementsPerSecond, Limit.devices);
+  #budget = new Budget(Limit.datagramsPerSource, Limit.datagrams);
+  #shown = -Infinity;
+  /** @type {ReturnType<typeof setTimeout> | undefined} */
+  #showing;
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #timer;
 
-  /** @param {import('./handshake.js').Party} self */
-  constructor(self) {
+  /**
+   * @param {import('./handshake.js').Party} self
+   * @param {(identity: import('./neighbours.js').Identity) => boolean} isKnown
+   */
+  constructor(self, isKnown) {
     super();
     this.#self = self;
+    this.#neighbours = new Neighbours(isKnown);
   }
 
-  /** @returns {Neighbour[]} */
   get neighbours() {
-    return [...this.#neighbours.values()];
+    return this.#neighbours.list;
+  }
+
+  /** Whether there is a network at all, with or without multicast. */
+  get hasNetwork() {
+    return this.#hasNetwork;
+  }
+
+  /**
+   * A device that answered at an address that a person typed.
+   * @param {import('./handshake.js').Party} party
+   * @param {string} address
+   * @param {number} port
+   */
+  keep(party, address, port) {
+    this.#neighbours.keep({ ...party, port }, address);
+    this.#changed();
+  }
+
+  /**
+   * A device has proven its key at an address.
+   * @param {import('./neighbours.js').Identity} identity
+   * @param {string} address
+   */
+  prove(identity, address) {
+    this.#neighbours.prove(identity, address, performance.now());
+    this.#changed();
   }
 
   /**
@@ -60,12 +99,18 @@ export class Discovery extends EventTarget {
     const before = this.#outlets;
     this.#outlets = [];
     await Promise.all(before.map(({ socket }) => socket.close().catch(() => {})));
-    const opened = await openOutlets();
+    const interfaces = await networkInterfaces();
+    const opened = await openOutlets(interfaces);
     if (round !== this.#round) {
       opened.forEach(({ socket }) => socket.close().catch(() => {}));
       return;
     }
     this.#outlets = opened;
+    this.#hasNetwork = interfaces.some(
+      ({ isLoopback, addresses }) => !isLoopback && addresses.length > 0,
+    );
+    this.#changed();
+    await this.#leaveFarewells();
     for (const outlet of opened) this.#listen(outlet);
     // More than once: datagrams get lost.
     for (const delay of Time.queries) setTimeout(() => this.#ask(round), delay);
@@ -78,6 +123,8 @@ export class Discovery extends EventTarget {
     ++this.#round;
     clearTimeout(this.#timer);
     clearTimeout(this.#answer);
+    clearTimeout(this.#showing);
+    this.#showing = undefined;
     for (const { socket } of this.#outlets.splice(0)) socket.close().catch(() => {});
   }
 
@@ -88,8 +135,21 @@ export class Discovery extends EventTarget {
   async announceAt(port) {
     const before = this.#port;
     this.#port = port;
+    await this.#leaveFarewells();
     if (port !== 0) await this.#announce();
     else if (before !== 0) await this.#send({ kind: 'bye', port: before, ...this.#self });
+  }
+
+  /** The engine says “bye” when the program ends in whatever way. */
+  async #leaveFarewells() {
+    const port = this.#port;
+    const bytes =
+      port === 0 ? new Uint8Array(0) : encodeAnnouncement({ kind: 'bye', port, ...this.#self });
+    await Promise.all(
+      this.#outlets.map(({ socket, group }) =>
+        socket.setFarewell(bytes, group, PORT).catch(() => {}),
+      ),
+    );
   }
 
   #announce() {
@@ -106,7 +166,7 @@ export class Discovery extends EventTarget {
   #tick(round) {
     if (round !== this.#round) return;
     this.#announce();
-    this.#expire(performance.now() - Time.expire);
+    if (this.#neighbours.expire(performance.now())) this.#changed();
     // Each device a little differently, so that they do not all speak at once.
     const pause = Time.announce * (0.8 + 0.4 * Math.random());
     this.#timer = setTimeout(() => this.#tick(round), pause);
@@ -116,8 +176,9 @@ export class Discovery extends EventTarget {
   async #send(announcement) {
     const bytes = encodeAnnouncement(announcement);
     // An interface that is going away fails; the recovery request follows.
-    await Promise.all(this.#outlets.map(({ socket, group }) =>
-      socket.send(bytes, group, PORT).catch(() => {})));
+    await Promise.all(
+      this.#outlets.map(({ socket, group }) => socket.send(bytes, group, PORT).catch(() => {})),
+    );
   }
 
   /** @param {Outlet} outlet */
@@ -142,9 +203,9 @@ export class Discovery extends EventTarget {
     if (said.kind === 'query') {
       this.#answerQuery();
     } else if (said.id !== this.#self.id) {
-      const name = `${said.id} ${hex(said.key)}`;
-      if (said.kind === 'bye') this.#forget(name, address);
-      else this.#remember(name, said, address);
+      const now = performance.now();
+      if (said.kind === 'bye') this.#neighbours.bye(said, address, now);
+      else if (this.#neighbours.hear(said, address, now)) this.#changed();
     }
   }
 
@@ -158,68 +219,41 @@ export class Discovery extends EventTarget {
     }, wait);
   }
 
-  /**
-   * @param {string} mapKey
-   * @param {{ id: string, key: Uint8Array, name: string, port: number }} said
-   * @param {string} address
-   */
-  #remember(mapKey, said, address) {
-    const now = performance.now();
-    const known = this.#neighbours.get(mapKey);
-    if (!known && this.#neighbours.size >= Limit.devices) return;
-    const { id, key, name, port } = said;
-    // What is said of one address changes nothing at the others: anybody can say it.
-    const addresses = known?.addresses ?? new Map();
-    addresses.delete(address);
-    addresses.set(address, port);
-    if (addresses.size > 8) addresses.delete(addresses.keys().next().value);
-    this.#neighbours.set(mapKey, { id, key, name, addresses, seen: now });
-    if (!known || known.name !== name) this.#changed();
-  }
-
-  /**
-   * A farewell counts only from where the device was heard.
-   * @param {string} mapKey
-   * @param {string} address
-   */
-  #forget(mapKey, address) {
-    if (!this.#neighbours.get(mapKey)?.addresses.has(address)) return;
-    this.#neighbours.delete(mapKey);
-    this.#changed();
-  }
-
-  /** @param {number} before */
-  #expire(before) {
-    const expired = [...this.#neighbours].filter(([, { seen }]) => seen < before);
-    for (const [mapKey] of expired) this.#neighbours.delete(mapKey);
-    if (expired.length > 0) this.#changed();
-  }
-
   #changed() {
-    if (this.#isRunning) this.dispatchEvent(new Event('change'));
+    if (!this.#isRunning || this.#showing !== undefined) return;
+    const wait = Math.max(0, this.#shown + Time.showAgain - performance.now());
+    this.#showing = setTimeout(() => {
+      this.#showing = undefined;
+      this.#shown = performance.now();
+      this.dispatchEvent(new Event('change'));
+    }, wait);
   }
 }
 
 /**
  * Those that open: an interface without the one family, or without multicast, is no failure.
+ * @param {NetworkInterface[]} interfaces
  * @returns {Promise<Outlet[]>}
  */
-async function openOutlets() {
-  const interfaces = (await networkInterfaces()).filter(({ canMulticast }) => canMulticast);
-  const outward = interfaces.filter(({ isLoopback }) => !isLoopback);
-  const chosen = outward.length > 0 ? outward : await networkInterfaces();
+async function openOutlets(interfaces) {
+  const outward = interfaces.filter(({ canMulticast, isLoopback }) => canMulticast && !isLoopback);
+  const chosen = outward.length > 0 ? outward : interfaces;
   const wanted = chosen.flatMap(({ name, addresses }) =>
-    GROUPS.filter(({ isOf }) => addresses.some(({ address }) => isOf(address)))
-      .map(({ any, group }) => ({ name, any, group })));
-  const opened = await Promise.allSettled(wanted.map(async ({ name, any, group }) => {
-    const socket = await UdpSocket.bind(any, PORT, { isShared: true });
-    try {
-      await socket.join(group, name);
-    } catch (error) {
-      socket.close();
-      throw error;
-    }
-    return { socket, group };
-  }));
+    GROUPS.filter(({ isOf }) => addresses.some(({ address }) => isOf(address))).map(
+      ({ any, group }) => ({ name, any, group }),
+    ),
+  );
+  const opened = await Promise.allSettled(
+    wanted.map(async ({ name, any, group }) => {
+      const socket = await UdpSocket.bind(any, PORT, { isShared: true });
+      try {
+        await socket.join(group, name);
+      } catch (error) {
+        socket.close();
+        throw error;
+      }
+      return { socket, group };
+    }),
+  );
   return opened.flatMap((result) => (result.status === 'fulfilled' ? [result.value] : []));
 }

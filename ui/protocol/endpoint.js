@@ -2,45 +2,55 @@
 
 import { TcpConnection, TcpListener } from '../engine/sockets.js';
 import { platform } from '../platform.js';
-import { equalBytes, hex } from './bytes.js';
+import { equalBytes } from './bytes.js';
+import { ConnectionSlots } from './connection_slots.js';
 import { Conversation } from './conversation.js';
 import { TransferError } from './errors.js';
-import { FrameStream } from './frames.js';
-import { answer, call, refuse } from './handshake.js';
-import { Limit, Time } from './limits.js';
+import { FrameStream, within } from './frames.js';
+import { answer, call, probe, refuse } from './handshake.js';
+import { Time } from './limits.js';
 import { SealedStream } from './sealed_stream.js';
+
+/** The ports that a firewall's rule can name, and any other where both are taken. */
+const PORTS = [45457, 45458, 0];
+export const DEFAULT_PORT = PORTS[0];
 
 /** @typedef {import('./handshake.js').Party} Party */
 /** @typedef {import('./handshake.js').Session} Session */
-/** @typedef {{ conversation: Conversation, session: Session }} Contact */
+/** @typedef {import('./neighbours.js').Neighbour} Neighbour */
+/** @typedef {{ conversation: Conversation, session: Session, address: string }} Contact */
 
-/** Ends of a call after which the device may still be found at another of its addresses. */
-const ELSEWHERE = new Set(['unreachable', 'lost', 'no-answer', 'not-understood', 'other-key']);
+/** @type {import('./handshake.js').LastingKey} */
+export const lastingKey = {
+  agree: (publicKey) => platform.cryptoDeriveSharedKey(publicKey),
+  seal: (key, data) => platform.cryptoEncrypt(key, data),
+  open: (key, data) => platform.cryptoDecrypt(key, data),
+};
 
 export class Endpoint {
   #self;
+  #isKnown;
   #onContact;
+  #slots = new ConnectionSlots();
   /** @type {TcpListener | null} */
   #listener = null;
-  /** @type {Map<FrameStream, string>} the callers' addresses */
-  #callers = new Map();
-  /** @type {Map<string, Promise<import('./sealed_stream.js').Cipher>>} */
-  #ciphers = new Map();
 
   /**
    * @param {Party} self
+   * @param {(peer: Party) => boolean} isKnown
    * @param {(contact: Contact) => Promise<void>} onContact with each caller; the connection ends
    *     when it is done
    */
-  constructor(self, onContact) {
+  constructor(self, isKnown, onContact) {
     this.#self = self;
+    this.#isKnown = isKnown;
     this.#onContact = onContact;
   }
 
   /** @returns {Promise<number>} the port */
   async open() {
     if (!this.#listener) {
-      this.#listener = await listenOnAll();
+      this.#listener = await listen();
       this.#accept(this.#listener);
     }
     return this.#listener.port;
@@ -54,41 +64,54 @@ export class Endpoint {
   }
 
   /**
-   * Calls a device at the first of its addresses where it is the one that answers.
-   * @param {Pick<import('./discovery.js').Neighbour, 'addresses' | 'key'>} neighbour
+   * Calls a device at all of its addresses, and returns the first where it proves its key.
+   * @param {Pick<Neighbour, 'addresses' | 'key'>} neighbour
    * @returns {Promise<Contact>}
    */
-  async connect({ addresses, key }) {
-    let failure = new TransferError('unreachable');
-    for (const [address, port] of [...addresses].reverse()) {
-      try {
-        return await this.#connectAt(address, port, key);
-      } catch (error) {
-        failure = TransferError.of(error, 'unreachable');
-        if (!ELSEWHERE.has(failure.code)) break;
-      }
-    }
-    throw failure;
+  connect({ addresses, key }) {
+    const isIt = (/** @type {Party} */ peer) => equalBytes(peer.key, key);
+    return firstOf(
+      addresses,
+      (address, port, isStillWanted) =>
+        calling(address, port, async (stream) => {
+          const session = await call(stream, this.#self, lastingKey, (peer) => {
+            return isIt(peer) && isStillWanted();
+          });
+          return { ...contactOf(stream, session), address };
+        }),
+      ({ conversation }) => conversation.close(),
+    );
   }
 
   /**
+   * The first address where a device proves its key. Says nothing of this one.
+   * @param {Pick<Neighbour, 'addresses' | 'key'>} neighbour
+   * @returns {Promise<string>}
+   */
+  locate({ addresses, key }) {
+    return firstOf(
+      addresses,
+      async (address, port) => {
+        const peer = await this.whoIsAt(address, port);
+        if (!equalBytes(peer.key, key)) throw new TransferError('other-key');
+        return address;
+      },
+      () => {},
+    );
+  }
+
+  /**
+   * Who proves their key at an address.
    * @param {string} address
    * @param {number} port
-   * @param {Uint8Array} key
+   * @returns {Promise<Party>}
    */
-  async #connectAt(address, port, key) {
-    const connection = await TcpConnection.connect(address, port, Time.connect).catch(() => {
-      throw new TransferError('unreachable');
-    });
-    const stream = new FrameStream(connection);
-    try {
-      const session = await call(stream, this.#self);
-      if (!equalBytes(session.peer.key, key)) throw new TransferError('other-key');
-      return await this.#contact(stream, session);
-    } catch (error) {
+  whoIsAt(address, port) {
+    return calling(address, port, async (stream) => {
+      const peer = await probe(stream, lastingKey);
       await stream.close();
-      throw error;
-    }
+      return peer;
+    });
   }
 
   /** @param {TcpListener} listener */
@@ -106,56 +129,123 @@ export class Endpoint {
   /** @param {TcpConnection} connection */
   async #serve(connection) {
     const stream = new FrameStream(connection);
-    const fromThere = [...this.#callers.values()].filter((peer) => peer === connection.peer).length;
-    if (this.#callers.size >= Limit.connections || fromThere >= Limit.connectionsPerPeer) {
-      await refuse(stream, 'busy');
-      await stream.close();
-      return;
-    }
-    this.#callers.set(stream, connection.peer);
     try {
-      const contact = await this.#contact(stream, await answer(stream, this.#self));
-      await this.#onContact(contact).finally(() => contact.conversation.close());
+      if (this.#slots.arrive(stream)) await this.#meet(stream);
+      else await refuse(stream, 'busy');
     } catch {
       // A stranger who made no sense, or left.
     } finally {
-      this.#callers.delete(stream);
+      this.#slots.leave(stream);
       await stream.close();
     }
   }
 
-  /**
-   * @param {FrameStream} stream
-   * @param {Session} session
-   * @returns {Promise<Contact>}
-   */
-  async #contact(stream, session) {
-    const cipher = await this.#cipherWith(session.peer.key);
-    return { conversation: new Conversation(new SealedStream(stream, cipher, session), stream), session };
-  }
-
-  /** @param {Uint8Array} key */
-  #cipherWith(key) {
-    const name = hex(key);
-    let cipher = this.#ciphers.get(name);
-    if (!cipher) {
-      if (this.#ciphers.size >= Limit.devices) this.#ciphers.clear();
-      cipher = platform.cryptoDeriveSharedKey(key).then((shared) => ({
-        seal: (data) => platform.cryptoEncrypt(shared, data),
-        open: (data) => platform.cryptoDecrypt(shared, data),
-      }));
-      cipher.catch(() => this.#ciphers.delete(name));
-      this.#ciphers.set(name, cipher);
+  /** @param {FrameStream} stream */
+  async #meet(stream) {
+    const shaking = answer(stream, this.#self, lastingKey);
+    const session = await within(shaking, Time.handshake, stream, 'no-answer');
+    this.#slots.leave(stream);
+    const contact = contactOf(stream, session);
+    const giveBack = this.#slots.take(this.#isKnown(session.peer));
+    if (!giveBack) return contact.conversation.close('busy');
+    try {
+      await this.#onContact({ ...contact, address: stream.peer });
+    } finally {
+      giveBack();
+      await contact.conversation.close();
     }
-    return cipher;
   }
 }
 
-/** In either family, where there are both. */
-async function listenOnAll() {
+/**
+ * @param {FrameStream} stream
+ * @param {Session} session
+ */
+function contactOf(stream, session) {
+  const conversation = new Conversation(new SealedStream(stream, session.keys), stream);
+  return { conversation, session };
+}
+
+/**
+ * Connects, and closes the connection where the work on it fails or takes too long.
+ * @template T
+ * @param {string} address
+ * @param {number} port
+ * @param {(stream: FrameStream) => Promise<T>} work
+ * @returns {Promise<T>}
+ */
+async function calling(address, port, work) {
+  const connection = await TcpConnection.connect(address, port, Time.connect).catch(() => {
+    throw new TransferError('unreachable');
+  });
+  const stream = new FrameStream(connection);
   try {
-    return await TcpListener.listen('::', 0);
-  } catch {
-    return TcpListener.listen('0.0.0.0', 0);
+    return await within(work(stream), Time.handshake, stream, 'no-answer');
+  } catch (error) {
+    await stream.close();
+    throw TransferError.of(error, 'unreachable');
   }
+}
+
+/**
+ * Tries all addresses, one shortly after the other, and returns what the first gives that succeeds.
+ * So an address that somebody else announced, and where nobody answers, costs a moment only.
+ * @template T
+ * @param {Neighbour['addresses']} addresses
+ * @param {(address: string, port: number, isStillWanted: () => boolean) => Promise<T>} attempt
+ * @param {(result: T) => void} discard what a later attempt gives
+ * @returns {Promise<T>}
+ */
+function firstOf(addresses, attempt, discard) {
+  // Where the key was proven last, then the latest that was heard.
+  const places = [...addresses].reverse().sort(([, one], [, other]) => {
+    return one.proven === other.proven ? 0 : other.proven - one.proven;
+  });
+  return new Promise((resolve, reject) => {
+    let isOver = places.length === 0;
+    let failed = 0;
+    let failure = new TransferError('unreachable');
+    if (isOver) reject(failure);
+    const begin = (/** @type {number} */ at) => {
+      if (isOver || at >= places.length) return;
+      const [address, { port }] = places[at];
+      let isNextBegun = false;
+      const beginNext = () => {
+        if (!isNextBegun) begin(at + 1);
+        isNextBegun = true;
+      };
+      const timer = setTimeout(beginNext, Time.nextAddress);
+      attempt(address, port, () => !isOver).then(
+        (result) => {
+          clearTimeout(timer);
+          if (isOver) return discard(result);
+          isOver = true;
+          resolve(result);
+        },
+        (error) => {
+          clearTimeout(timer);
+          if (error.code !== 'unreachable') failure = error;
+          if (++failed === places.length && !isOver) reject(failure);
+          beginNext();
+        },
+      );
+    };
+    begin(0);
+  });
+}
+
+/** The first port that is free, in either family where there are both. */
+async function listen() {
+  /** @type {unknown} */
+  let failure;
+  for (const port of PORTS) {
+    for (const address of ['::', '0.0.0.0']) {
+      try {
+        return await TcpListener.listen(address, port);
+      } catch (error) {
+        failure = error;
+      }
+    }
+  }
+  throw failure;
 }

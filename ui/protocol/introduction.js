@@ -1,8 +1,9 @@
 // Makes sure of who is at the other end: a device whose key is known goes on at once; at the first
 // contact both persons compare a code.
 
-import { TransferError } from './errors.js';
+import { jsonBytes } from './bytes.js';
 import { Type } from './conversation.js';
+import { TransferError } from './errors.js';
 import { Time } from './limits.js';
 
 /** @typedef {import('./handshake.js').Session} Session */
@@ -15,18 +16,26 @@ import { Time } from './limits.js';
 /**
  * @template T
  * @param {Promise<T>} answer
+ * @param {number} limit in milliseconds
  * @returns {Promise<T>}
  */
-export function beforeLong(answer) {
+function withLimit(answer, limit) {
   return new Promise((resolve, reject) => {
-    const timer = setTimeout(() => reject(new TransferError('no-answer')), Time.question);
+    const timer = setTimeout(() => reject(new TransferError('no-answer')), limit);
     answer.then(resolve, reject).finally(() => clearTimeout(timer));
   });
 }
 
 /**
- * Hears from the other side in a sealed record for the first time, which proves that it has the key
- * it showed.
+ * As long as a person may take to answer.
+ * @template T
+ * @param {Promise<T>} answer
+ */
+export const beforeLong = (answer) => withLimit(answer, Time.question);
+
+/**
+ * Tells whether the other side's key is known here, and hears whether this one's is there. From then
+ * on the conversation of two that know each other is no longer held to a stranger's bounds.
  * @param {import('./conversation.js').Conversation} conversation
  * @param {Session} session
  * @param {Trust} trust
@@ -35,10 +44,15 @@ export function beforeLong(answer) {
 export async function greet(conversation, { peer }, trust) {
   const standing = trust.of(peer.id, peer.key);
   if (standing === 'changed') throw new TransferError('new-key');
-  const isKnown = standing === 'trusted';
-  await conversation.send(Type.greeting, new Uint8Array([Number(isKnown)]));
-  const greeting = await conversation.expect(Type.greeting);
-  return isKnown && greeting[0] === 1;
+  const knows = standing === 'trusted';
+  const theirs = withLimit(conversation.expect(Type.greeting), Time.greeting);
+  await Promise.all([conversation.send(Type.greeting, jsonBytes({ knows })), theirs]);
+  const isKnown = knows && (await theirs).knows === true;
+  if (!isKnown) return false;
+  conversation.trust();
+  // It may have another name by now.
+  await trust.pin(peer.id, peer.key, peer.name);
+  return true;
 }
 
 /**
@@ -55,5 +69,6 @@ export async function introduce(conversation, { peer, code }, trust, compare) {
     return conversation.send(Type.confirmed);
   });
   await Promise.all([ours, beforeLong(theirs)]);
+  conversation.trust();
   await trust.pin(peer.id, peer.key, peer.name);
 }

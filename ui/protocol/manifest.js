@@ -1,60 +1,126 @@
-// What is offered: every file, folder and text, by its path from the receive folder and its size.
+// What is offered: every file, folder and text, by its path from the receive folder, its size and its
+// modification time. It travels in several records, so that neither side has to take in a hundred
+// thousand entries at once.
 
 import { jsonBytes, textOf, utf8 } from './bytes.js';
 import { TransferError } from './errors.js';
 import { Limit } from './limits.js';
+import { isReceivable } from './receivable_names.js';
 
 /** @typedef {'file' | 'directory' | 'text'} Kind */
-/** @typedef {{ kind: Kind, path: string, size: number }} Entry */
+/** `modified`: in milliseconds since 1970; 0 for what is no file.
+ *  @typedef {{ kind: Kind, path: string, size: number, modified: number }} Entry */
 
 const KINDS = /** @type {const} */ (['file', 'directory', 'text']);
+/** Room in a record for one more entry with the longest path, each byte of it escaped. */
+const FULL = Limit.control - 6 * Limit.pathBytes - 100;
 
 /**
+ * The bodies of the records that carry the manifest.
  * @param {Entry[]} entries
- * @returns {Uint8Array}
+ * @returns {Generator<Uint8Array>}
  */
-export function encodeManifest(entries) {
-  const bytes = jsonBytes(entries.map(({ kind, path, size }) => [KINDS.indexOf(kind), path, size]));
-  if (entries.length > Limit.entries || bytes.length > Limit.manifestBytes) {
-    throw new TransferError('too-large');
+export function* manifestRecords(entries) {
+  if (entries.length > Limit.entries) throw new TransferError('too-large');
+  /** @type {string[]} */
+  let record = [];
+  let size = 0;
+  for (const { kind, path, size: bytes, modified } of entries) {
+    const text = JSON.stringify([KINDS.indexOf(kind), path, bytes, modified]);
+    record.push(text);
+    size += utf8(text).length + 1;
+    if (record.length === Limit.entriesPerRecord || size > FULL) {
+      yield utf8(`[${record}]`);
+      record = [];
+      size = 0;
+    }
   }
-  return bytes;
+  if (record.length > 0) yield utf8(`[${record}]`);
 }
 
-/**
- * Throws where it is no manifest, or not one that anybody would send in good faith.
- * @param {Uint8Array} bytes
- * @returns {Entry[]}
- */
-export function decodeManifest(bytes) {
-  let listed;
-  try {
-    listed = JSON.parse(textOf(bytes));
-  } catch {
-    throw new TransferError('not-understood');
+/** Puts a manifest together, and throws where nobody would send it in good faith. */
+export class ManifestReader {
+  /** @type {Entry[]} */
+  #entries = [];
+  /** @type {Map<string, Kind>} */
+  #kinds = new Map();
+  #bytes = 0;
+  #total = 0;
+  #texts = 0;
+
+  /** @param {Uint8Array} body of the next record */
+  add(body) {
+    this.#bytes += body.length;
+    const listed = listIn(body);
+    const count = this.#entries.length + listed.length;
+    if (this.#bytes > Limit.manifestBytes || count > Limit.entries) throw notUnderstood();
+    for (const entry of listed) this.#take(entryOf(entry));
   }
-  const isList = Array.isArray(listed) && listed.length > 0 && listed.length <= Limit.entries;
-  if (!isList || !listed.every(isEntry)) throw new TransferError('not-understood');
-  const entries = listed.map((/** @type {[0 | 1 | 2, string, number]} */ [kind, path, size]) => ({ kind: KINDS[kind], path, size }));
-  if (!Number.isSafeInteger(totalSize(entries))) throw new TransferError('not-understood');
-  return entries;
+
+  /** @returns {Entry[]} */
+  finish() {
+    if (this.#entries.length === 0) throw notUnderstood();
+    /** @type {Set<string>} */
+    const folders = new Set();
+    for (const { path } of this.#entries) {
+      for (let at = path.lastIndexOf('/'); at > 0; at = path.lastIndexOf('/', at - 1)) {
+        const folder = path.slice(0, at);
+        if (folders.has(folder)) break;
+        if ((this.#kinds.get(folder) ?? 'directory') !== 'directory') throw notUnderstood();
+        folders.add(folder);
+      }
+    }
+    return this.#entries;
+  }
+
+  /** @param {Entry} entry */
+  #take(entry) {
+    this.#total += entry.size;
+    if (entry.kind === 'text') this.#texts += entry.size;
+    else if (this.#kinds.has(entry.path)) throw notUnderstood();
+    if (entry.kind !== 'text') this.#kinds.set(entry.path, entry.kind);
+    if (this.#texts > Limit.textBytes || !Number.isSafeInteger(this.#total)) throw notUnderstood();
+    this.#entries.push(entry);
+  }
 }
 
-/** @param {Entry[]} entries */
+/** @param {{ size: number }[]} entries */
 export const totalSize = (entries) => entries.reduce((sum, { size }) => sum + size, 0);
 
-/** @param {any} entry */
-function isEntry(entry) {
-  if (!Array.isArray(entry) || entry.length !== 3) return false;
-  const [kind, path, size] = entry;
-  const most = Number.isInteger(kind) ? [Number.MAX_SAFE_INTEGER, 0, Limit.textBytes][kind] : undefined;
-  return most !== undefined && Number.isSafeInteger(size) && size >= 0 && size <= most && isPath(path);
+/**
+ * What is offered of an entry, as bytes by which the same offer is recognised.
+ * @param {Entry} entry
+ */
+export const entryBytes = ({ kind, path, size, modified }) =>
+  jsonBytes([kind, path, size, modified]);
+
+const notUnderstood = () => new TransferError('not-understood');
+
+/** @param {Uint8Array} body */
+function listIn(body) {
+  try {
+    const listed = JSON.parse(textOf(body));
+    if (Array.isArray(listed)) return listed;
+  } catch {
+    // As below.
+  }
+  throw notUnderstood();
 }
 
-/** @param {any} path */
-function isPath(path) {
-  if (typeof path !== 'string' || utf8(path).length > Limit.pathBytes || path.includes('\0')) return false;
-  const pieces = path.split('/');
-  return pieces.length <= Limit.depth && pieces.every((piece) =>
-    piece !== '' && piece !== '.' && piece !== '..' && utf8(piece).length <= Limit.nameBytes);
+/**
+ * @param {any} entry
+ * @returns {Entry}
+ */
+function entryOf(entry) {
+  if (!Array.isArray(entry) || entry.length !== 4) throw notUnderstood();
+  const [kind, path, size, modified] = entry;
+  const isKind = Number.isInteger(kind) && kind >= 0 && kind < KINDS.length;
+  const most = [Number.MAX_SAFE_INTEGER, 0, Limit.textBytes][kind];
+  if (!isKind || !isCount(size) || size > most || !isCount(modified) || !isReceivable(path)) {
+    throw notUnderstood();
+  }
+  return { kind: KINDS[kind], path, size, modified };
 }
+
+/** @param {any} number */
+const isCount = (number) => Number.isSafeInteger(number) && number >= 0;

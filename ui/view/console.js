@@ -1,7 +1,7 @@
-// The developer console: calls of the host's methods, typed in, and its events as they come.
+// The developer console: calls the host's methods by hand, and shows its events.
 
 import { button } from './controls.js';
-import { METHODS, skeleton } from './console_methods.js';
+import { methodNames, skeleton } from './console_methods.js';
 import { errorText, objection, parseArguments, valueText } from './console_values.js';
 import { element, region, uniqueId } from './dom.js';
 
@@ -62,7 +62,7 @@ export function consoleView(host, notices) {
   const names = element(
     'datalist',
     { id: namesId },
-    ...Object.keys(METHODS).map((name) => element('option', { value: name })),
+    ...methodNames.map((name) => element('option', { value: name })),
   );
   const typed = element('textarea', {
     id: argumentsId,
@@ -127,7 +127,7 @@ export function consoleView(host, notices) {
 
   let suggested = '';
   method.addEventListener('input', () => {
-    if (!(method.value in METHODS) || typed.value !== suggested) return;
+    if (!methodNames.includes(method.value) || typed.value !== suggested) return;
     typed.value = suggested = skeleton(method.value);
   });
   form.addEventListener('submit', (event) => {

@@ -1,8 +1,8 @@
-// Values of the channel as text, and back. Byte arrays are {"base64": "…"} or {"hex": "…"}; a fraction
-// that is whole is {"float64": 1}.
+// Converts values of the channel to text and back. Byte arrays are written as {"base64": "…"} or
+// {"hex": "…"}, and a float64 without a fraction as {"float64": 1}.
 
 import { Float64 } from '../engine/codec.js';
-import { METHODS } from './console_methods.js';
+import { expectedOf } from './console_methods.js';
 
 const MOST_BYTES = 3 * 1024;
 const MOST_TEXT = 20_000;
@@ -42,7 +42,7 @@ export function parseArguments(text) {
     return JSON.parse(text, (_key, value) => revived(value));
   } catch (error) {
     if (error instanceof SyntaxError)
-      throw new Error(`The arguments are no JSON. ${error.message}`);
+      throw new Error(`The arguments are no JSON. ${error.message}`, { cause: error });
     throw error;
   }
 }
@@ -55,7 +55,7 @@ function bytesText(bytes) {
 }
 
 /**
- * A value as it can be typed in again; a very long one is cut short.
+ * A value in the form in which it can be typed in; very long ones are cut.
  * @param {unknown} value
  */
 export function valueText(value) {
@@ -96,16 +96,16 @@ const IS = {
 };
 
 /**
- * What a call lacks. The host ends the program over a call without what its method requires.
+ * Checks the arguments of a call: the host ends the program where a required one is missing.
  * @param {string} method
  * @param {any} args
  * @returns {string | null} a sentence
  */
 export function objection(method, args) {
-  const expected = METHODS[method];
-  if (!expected || Object.keys(expected).length === 0) return null;
+  const expected = expectedOf(method);
+  if (expected.length === 0) return null;
   if (!IS.map(args) || Array.isArray(args)) return `“${method}” takes a map of arguments.`;
-  for (const [key, type] of Object.entries(expected)) {
+  for (const [key, type] of expected) {
     if (type.endsWith('?') || IS[type](args[key])) continue;
     return `“${method}” requires “${key}”, of the type ${type}; without it the program would end.`;
   }

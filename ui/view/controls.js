@@ -20,7 +20,7 @@ export function button(label, run, attributes = {}) {
 }
 
 /**
- * A button with a picture for its label.
+ * A button with an icon as its label.
  * @param {import('./icons.js').IconName} picture
  * @param {string} name
  * @param {() => void} run
@@ -37,7 +37,7 @@ export function iconButton(picture, name, run, attributes = {}) {
   return made;
 }
 
-/** The buttons of a row, kept while what they do is the same. */
+/** The buttons of a row. A button stays the same element while its action's id stays. */
 export class ActionRow {
   element = element('div', { class: 'actions' });
   /** @type {Map<string, { made: HTMLButtonElement, action: Action }>} */
@@ -76,7 +76,7 @@ export class ActionRow {
 }
 
 /**
- * A switch with its label, and what it does in smaller words.
+ * A switch with a label and a description in smaller type.
  * @param {string} label
  * @param {string | null} description
  * @param {(isOn: boolean) => void} changed

@@ -2,6 +2,7 @@
 
 import { button, iconButton } from './controls.js';
 import { element, setAttribute, setShown, setText, uniqueId } from './dom.js';
+import { isolated } from '../text/foreign_text.js';
 import { icon } from './icons.js';
 
 /** @typedef {import('../model/types.js').Device} Device */
@@ -9,10 +10,11 @@ import { icon } from './icons.js';
 const WORDS = {
   new: 'New device: compare a code first',
   trusted: 'Known device',
+  unproven: 'Does not answer; may not be the known device',
   changed: 'Its key has changed',
 };
 
-/** What to do when the key of a device is not the one it had. */
+/** The warning about a device whose key is not the known one. */
 function changedKeyWarning() {
   return element(
     'p',
@@ -80,11 +82,12 @@ export function deviceRow({ send, choose, agree, forget }) {
   return {
     element: element('li', { class: 'device', tabindex: -1 }, line, warning, details),
     update({ device, standing }) {
-      const { name, trust } = device;
-      setText(title, name);
-      setAttribute(title, 'title', name);
-      const mark = standing.sharesName ? ` · ${device.fingerprint.slice(0, 4)}` : '';
-      setText(words, WORDS[trust] + mark);
+      const { trust } = device;
+      const name = isolated(device.name);
+      setText(title, device.name);
+      setAttribute(title, 'title', device.name);
+      const mark = standing.sharesName ? ` · Fingerprint ${device.fingerprint}` : '';
+      setText(words, (device.isAway ? 'No longer near' : WORDS[trust]) + mark);
       setAttribute(choice, 'aria-label', `Choose ${name}`);
       setShown(choice, standing.canChoose);
       choice.disabled = trust === 'changed';
@@ -95,7 +98,7 @@ export function deviceRow({ send, choose, agree, forget }) {
       setAttribute(more, 'aria-label', `Details of ${name}`);
       setAttribute(more, 'title', 'Details');
       setText(fingerprint, device.fingerprint);
-      setShown(forgetting, trust === 'trusted');
+      setShown(forgetting, trust === 'trusted' || trust === 'unproven');
       setShown(warning, trust === 'changed');
       setAttribute(warning, 'aria-label', `The key of ${name} has changed`);
     },

@@ -1,9 +1,10 @@
-// The devices nearby, to which what is in the outbox is sent: to one, or to all that are chosen.
+// The devices nearby. The outbox is sent to one of them, or to all that are chosen.
 
+import { bringIn } from './click_guard.js';
 import { button } from './controls.js';
 import { deviceRow } from './device_row.js';
 import { element, keepingFocus, region, setShown, setText } from './dom.js';
-import { countText } from './format.js';
+import { countText } from '../text/format.js';
 import { nothingYet } from './icons.js';
 import { KeyedList } from './keyed_list.js';
 
@@ -34,7 +35,7 @@ export function devicesView(application, notices) {
   const list = new KeyedList(
     rows,
     ({ device }) => device.id,
-    ({ device: { id } }) =>
+    ({ device: { id, key } }) =>
       deviceRow({
         send: () => send([id]),
         choose: (isChosen) => {
@@ -42,7 +43,7 @@ export function devicesView(application, notices) {
           update();
         },
         agree: () => attempt(() => application.agreeToNewKey(id)),
-        forget: () => attempt(() => application.forgetDevice(id)),
+        forget: () => attempt(() => application.forgetDevice(key)),
       }),
   );
 
@@ -52,16 +53,28 @@ export function devicesView(application, notices) {
     element('div', { class: 'card' }, nothing.element, rows, foot),
     hint,
   );
+  /** While the pointer is over the list, rows keep their places and new ones come last. */
+  /** @type {Device[]} */
+  let listed = [];
+  const devicesInPlace = () => {
+    if (!rows.matches(':hover')) return application.devices;
+    const near = new Map(application.devices.map((device) => [device.id, device]));
+    const places = listed.map((device) => near.get(device.id) ?? { ...device, isAway: true });
+    const known = new Set(listed.map(({ id }) => id));
+    return [...places, ...application.devices.filter(({ id }) => !known.has(id))];
+  };
+  rows.addEventListener('pointerleave', () => update());
   const update = () =>
     keepingFocus(section, () => {
-      const { devices, outbox, settings } = application;
-      const able = devices.filter(({ trust }) => trust !== 'changed');
+      const { outbox, settings } = application;
+      const devices = (listed = devicesInPlace());
+      const able = devices.filter(({ trust, isAway }) => trust !== 'changed' && !isAway);
       for (const id of chosen) if (!able.some((device) => device.id === id)) chosen.delete(id);
       list.update(
         devices.map((device) => ({
           device,
           standing: {
-            canSend: outbox.length > 0 && device.trust !== 'changed',
+            canSend: outbox.length > 0 && device.trust !== 'changed' && !device.isAway,
             canChoose: able.length > 1,
             isChosen: chosen.has(device.id),
             sharesName: devices.some(({ id, name }) => id !== device.id && name === device.name),
@@ -81,8 +94,8 @@ export function devicesView(application, notices) {
       setText(sendToChosen, `Send to ${countText(chosen.size, 'device')}`);
       setShown(hint, outbox.length === 0 && devices.length > 0);
     });
-  for (const event of ['devices', 'outbox', 'settings'])
-    application.addEventListener(event, update);
-  update();
+  application.addEventListener('devices', () => bringIn(section, update));
+  for (const event of ['outbox', 'settings']) application.addEventListener(event, update);
+  bringIn(section, update);
   return section;
 }

@@ -1,4 +1,4 @@
-// A dialog over the window. Escape closes it; what had the focus has it again afterwards.
+// A dialog over the window. Escape closes it and returns the focus.
 
 import { iconButton } from './controls.js';
 import { element, uniqueId } from './dom.js';

@@ -1,5 +1,5 @@
-// Building and changing the page. Text goes in as text, never as markup; a change that changes nothing
-// touches nothing, so that what is drawn, focused or read aloud stays as it is.
+// Builds and changes the page. Text is inserted as text, never as markup. What already has the wanted
+// value is not written again, so that drawing, focus and screen readers are not disturbed.
 
 /** @typedef {string | number | boolean | null | undefined} Attribute absent where false or null */
 
@@ -50,7 +50,7 @@ export function setShown(target, isShown) {
 }
 
 /**
- * Shows an element where there is something to show in it.
+ * Sets an element's text, and hides the element where there is none.
  * @param {HTMLElement} target
  * @param {string | null} text
  */
@@ -61,7 +61,7 @@ export function showText(target, text) {
 
 let lastId = 0;
 
-/** An id for what others refer to by label or description. */
+/** A unique id, for labels and descriptions. */
 export const uniqueId = () => `element-${++lastId}`;
 
 /**
@@ -81,8 +81,8 @@ export function region(className, title, ...children) {
 }
 
 /**
- * Changes a part of the page. Where that takes the focus away, the row it was in has it next, or the
- * row that took its place, or the whole part: never a button that does something else.
+ * Changes a part of the page. If that removes the focused control, the focus goes to its row, else
+ * to the row that took its place, else to the whole part: never to another button.
  * @param {HTMLElement} part
  * @param {() => void} change
  */

@@ -1,4 +1,4 @@
-// The top of the window: which device this is, whether others see it, and the way to the pages.
+// The top of the window: this device's name and visibility, the settings and the console.
 
 import { iconButton, switchControl } from './controls.js';
 import { element, setAttribute, setShown } from './dom.js';

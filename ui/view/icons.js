@@ -24,7 +24,7 @@ const SHAPES = {
 const SVG = 'http://www.w3.org/2000/svg';
 
 /**
- * A picture that says nothing by itself: what has it also has a name.
+ * An icon, hidden from screen readers: the control around it has a name.
  * @param {IconName} name
  */
 export function icon(name) {
@@ -39,7 +39,7 @@ export function icon(name) {
 }
 
 /**
- * What stands in the place of a list that is empty.
+ * Is shown in place of an empty list.
  * @param {IconName} picture
  * @param {string} [text]
  */

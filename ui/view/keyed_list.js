@@ -1,4 +1,4 @@
-// A list whose rows stay the same elements while what they show changes.
+// A list that keeps the element of each row while its content changes.
 
 import { setAttribute } from './dom.js';
 
@@ -47,7 +47,7 @@ export class KeyedList {
     this.#arrange();
   }
 
-  /** Moves only what is out of place: an element that is moved loses the focus. */
+  /** Moves only the rows that are out of place: moving an element removes its focus. */
   #arrange() {
     let place = this.#container.firstElementChild;
     for (const { row } of this.#rows.values()) {

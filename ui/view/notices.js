@@ -1,6 +1,7 @@
-// What the window has to say: a banner while something is wrong, a message when an action failed, and
-// words that only a screen reader speaks.
+// The window's messages: a banner while there is a problem, a message after a failed action, and
+// sentences that only a screen reader speaks.
 
+import { bringIn } from './click_guard.js';
 import { iconButton } from './controls.js';
 import { element, setShown, setText, showText } from './dom.js';
 import { icon } from './icons.js';
@@ -21,12 +22,22 @@ export class Notices {
     this.#failureText,
     iconButton('close', 'Dismiss this message', () => this.#showFailure(null)),
   );
+  #damageText = element('p');
+  #damage = element(
+    'div',
+    { class: 'banner', hidden: true },
+    icon('warning'),
+    this.#damageText,
+    iconButton('close', 'Dismiss the message about saved data', () =>
+      setShown(this.#damage, false),
+    ),
+  );
   #spoken = element('div', { class: 'unseen', role: 'status' });
 
   element = element(
     'div',
     { class: 'notices' },
-    element('div', { role: 'status' }, this.#problem),
+    element('div', { role: 'status' }, this.#damage, this.#problem),
     element('div', { role: 'alert' }, this.#failureBanner),
     this.#spoken,
   );
@@ -36,11 +47,13 @@ export class Notices {
 
   /** @param {Application} application */
   constructor(application) {
+    setShown(this.#damage, application.damage !== null);
+    setText(this.#damageText, application.damage ?? '');
     const show = () => {
       showText(this.#problemText, application.problem);
       setShown(this.#problem, Boolean(application.problem));
     };
-    application.addEventListener('problem', show);
+    application.addEventListener('problem', () => bringIn(this.element, show));
     show();
   }
 

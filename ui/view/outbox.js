@@ -1,9 +1,9 @@
-// What is to be sent next, and the ways to add to it.
+// The items to be sent next, and the controls that add to them.
 
 import { button, iconButton } from './controls.js';
-import { topLevel } from '../model/items.js';
 import { element, keepingFocus, region, setAttribute, setShown, setText } from './dom.js';
-import { countText, sizeText } from './format.js';
+import { excerpt, plainName, shortened } from '../text/foreign_text.js';
+import { countText, sizeText } from '../text/format.js';
 import { icon, nothingYet } from './icons.js';
 import { KeyedList } from './keyed_list.js';
 import { textDialog } from './text_dialog.js';
@@ -13,11 +13,19 @@ import { textDialog } from './text_dialog.js';
 
 const PICTURES = /** @type {const} */ ({ file: 'file', directory: 'folder', text: 'text' });
 
+const TITLE_CLUSTERS = 80;
+
 /** @param {Item} item */
-const titleOf = (item) => (item.kind === 'text' ? item.text?.trim() || 'Text' : item.name);
+const titleOf = ({ kind, text, name }) =>
+  kind === 'text'
+    ? excerpt(text?.trim() || 'Text', TITLE_CLUSTERS, 1)
+    : shortened(plainName(name), TITLE_CLUSTERS);
+
+/** The folders and files that were chosen, not what is in them. @param {Item[]} outbox */
+const chosenIn = (outbox) => outbox.filter(({ relativePath }) => !relativePath?.includes('/'));
 
 /**
- * A folder is one row, which stands for all that is in it.
+ * A folder is one row, with the size of all that is in it.
  * @param {Item[]} outbox
  * @returns {Item[]}
  */
@@ -28,15 +36,14 @@ function rowsOf(outbox) {
     const folder = relativePath?.split('/')[0];
     if (folder) sizes.set(folder, (sizes.get(folder) ?? 0) + size);
   }
-  return topLevel(outbox).map((item) =>
+  return chosenIn(outbox).map((item) =>
     item.kind === 'directory' ? { ...item, size: sizes.get(item.name) ?? 0 } : item,
   );
 }
 
 /** @param {Item} item */
 function factsOf(item) {
-  if (item.kind === 'text')
-    return `Text · ${countText([...(item.text ?? '')].length, 'character')}`;
+  if (item.kind === 'text') return `Text · ${sizeText(item.size)}`;
   return item.kind === 'directory' ? `Folder · ${sizeText(item.size)}` : sizeText(item.size);
 }
 
@@ -63,7 +70,7 @@ function itemRow(first, remove) {
       setText(title, titleOf(item));
       setAttribute(title, 'title', item.path || null);
       setText(facts, factsOf(item));
-      const name = `Remove ${titleOf(item).slice(0, 80)}`;
+      const name = `Remove ${titleOf(item)}`;
       setAttribute(removal, 'aria-label', name);
       setAttribute(removal, 'title', 'Remove');
     },
@@ -91,7 +98,7 @@ export function outboxView(application, notices) {
   /** @type {KeyedList<Item>} */
   const list = new KeyedList(
     rows,
-    (item) => `${item.kind}:${item.path || item.text}`,
+    (item) => `${item.kind}:${item.path || titleOf(item)}`,
     (item) => itemRow(item, (shown) => attempt(() => application.removeItem(shown))),
   );
 

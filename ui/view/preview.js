@@ -1,11 +1,11 @@
-// The small picture of what was received.
+// The thumbnail of a received item.
 
 import { element } from './dom.js';
 
 const SIDE = 56;
 
 /**
- * Shows the picture in place of the stand-in once it is there.
+ * Replaces the icon by the picture once it is loaded.
  * @param {HTMLElement} frame holds the stand-in
  * @param {(maximumDimension: number) => Promise<Uint8Array | null>} read PNG
  * @returns {() => void} lets go of the picture

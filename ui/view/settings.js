@@ -1,8 +1,10 @@
-// The settings, in a dialog. What is switched holds at once; what the host refuses goes back.
+// The settings dialog. A switch takes effect at once, and goes back if the host refuses.
 
+import { addressPart } from './address_part.js';
 import { switchControl } from './controls.js';
 import { dialog } from './dialog.js';
 import { element, setText } from './dom.js';
+import { knownDevicesPart } from './known_devices.js';
 import { aboutPart, folderPart, notificationsPart } from './settings_parts.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
@@ -58,6 +60,8 @@ export function settingsDialog(application, notices) {
     failure,
     element('div', { class: 'card' }, folder.element),
     element('div', { class: 'card' }, visible.element, startup.element, notifications.element),
+    element('div', { class: 'card' }, addressPart(application, attempt)),
+    element('div', { class: 'card' }, knownDevicesPart(application, attempt)),
     element('div', { class: 'card' }, console.element),
     aboutPart(application),
   );

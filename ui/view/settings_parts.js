@@ -1,4 +1,4 @@
-// The settings that take more than a switch, and what there is to know of this program.
+// The settings that need more than a switch, and the facts about this program.
 
 import { button } from './controls.js';
 import { element, setShown, setText, uniqueId } from './dom.js';

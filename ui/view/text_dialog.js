@@ -1,4 +1,4 @@
-// Where a text is written that is to be sent. What was written stays until it is added.
+// The dialog for writing a text to send. A draft stays until it is added.
 
 import { button } from './controls.js';
 import { dialog } from './dialog.js';

@@ -1,6 +1,7 @@
-// What can be done with a transfer as it stands.
+// The actions that a transfer offers in each state.
 
-import { isFinished } from './transfer_words.js';
+import { isolated } from '../text/foreign_text.js';
+import { canRetry, hasEnded, needsAnswer } from '../model/transfer_states.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
 /** @typedef {import('../model/types.js').Transfer} Transfer */
@@ -11,10 +12,10 @@ import { isFinished } from './transfer_words.js';
  * @param {Application} application
  * @returns {Action[]}
  */
-export function actionsOf(
-  { id, state, direction, name, deviceName, locations, text },
-  application,
-) {
+export function actionsOf(transfer, application) {
+  const { id, state, direction, locations, text } = transfer;
+  const name = isolated(transfer.name);
+  const deviceName = isolated(transfer.deviceName);
   if (state === 'confirming') {
     return [
       {
@@ -43,13 +44,18 @@ export function actionsOf(
       },
     ];
   }
+  if (state === 'active') {
+    return [
+      { id: 'pause', label: 'Pause', name: `Pause ${name}`, run: () => application.pause(id) },
+    ];
+  }
   if (direction === 'send') {
-    return isFinished({ state }) && state !== 'complete'
+    return canRetry({ state, direction })
       ? [
           {
             id: 'retry',
-            label: 'Try again',
-            name: `Try again to send ${name}`,
+            label: state === 'paused' ? 'Resume' : 'Try again',
+            name: state === 'paused' ? `Resume ${name}` : `Try again to send ${name}`,
             run: () => application.retry(id),
           },
         ]
@@ -82,13 +88,14 @@ export function actionsOf(
 }
 
 /**
- * The way out: cancelling what runs, taking what is over off the list. None where an answer is due.
+ * Cancels a running transfer, or removes an ended one from the list. None while an answer is due.
  * @param {Transfer} transfer
  * @param {Application} application
  * @returns {Action | null}
  */
-export function dismissalOf({ id, state, direction, name }, application) {
-  if (isFinished({ state })) {
+export function dismissalOf({ id, state, direction, name: bareName }, application) {
+  const name = isolated(bareName);
+  if (hasEnded({ state })) {
     return {
       id: 'remove',
       label: 'Remove from the list',
@@ -96,7 +103,7 @@ export function dismissalOf({ id, state, direction, name }, application) {
       run: () => application.removeTransfer(id),
     };
   }
-  if (state === 'confirming' || (state === 'asking' && direction === 'receive')) return null;
+  if (needsAnswer({ state, direction })) return null;
   return {
     id: 'cancel',
     label: 'Cancel',

@@ -1,7 +1,8 @@
 // Parts of a transfer's row: the code to compare, what is offered, how far it is.
 
 import { element, setAttribute, setShown, setText } from './dom.js';
-import { share } from './format.js';
+import { excerpt, isolated } from '../text/foreign_text.js';
+import { share } from '../text/format.js';
 
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 /** @typedef {{ element: HTMLElement, update: (transfer: Transfer) => void }} Part */
@@ -47,7 +48,7 @@ export function offerPart() {
 }
 
 /**
- * The bar: without a measure until bytes move.
+ * The progress bar; indeterminate until bytes move.
  * @returns {Part}
  */
 export function progressPart() {
@@ -58,14 +59,17 @@ export function progressPart() {
       const { state, name } = transfer;
       setShown(bar, state === 'active' || state === 'connecting');
       if (bar.hidden) return;
-      setAttribute(bar, 'aria-label', `Progress of ${name}`);
+      setAttribute(bar, 'aria-label', `Progress of ${isolated(name)}`);
       setAttribute(bar, 'value', state === 'active' ? share(transfer).toFixed(4) : null);
     },
   };
 }
 
+const EXCERPT_CLUSTERS = 600;
+const EXCERPT_LINES = 12;
+
 /**
- * A text that was received.
+ * The beginning of a text that was received; “Copy” takes the whole.
  * @returns {Part}
  */
 export function textPart() {
@@ -79,7 +83,8 @@ export function textPart() {
     element: text,
     update(transfer) {
       setShown(text, transfer.state === 'complete' && transfer.text !== null);
-      if (!text.hidden) setText(text, transfer.text ?? '');
+      if (!text.hidden)
+        setText(text, excerpt(transfer.text ?? '', EXCERPT_CLUSTERS, EXCERPT_LINES));
     },
   };
 }

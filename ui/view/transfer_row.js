@@ -1,13 +1,15 @@
-// One transfer, from the first contact to what came of it.
+// The row of one transfer.
 
+import { hasEnded } from '../model/transfer_states.js';
 import { ActionRow, iconButton } from './controls.js';
 import { element, setAttribute, setShown, setText, showText } from './dom.js';
-import { whenText } from './format.js';
+import { isolated } from '../text/foreign_text.js';
+import { whenText } from '../text/format.js';
 import { icon } from './icons.js';
 import { showPreview } from './preview.js';
 import { actionsOf, dismissalOf } from './transfer_actions.js';
 import { codePart, offerPart, progressPart, textPart } from './transfer_parts.js';
-import { factsText, isFinished, statusText } from './transfer_words.js';
+import { factsText, statusText } from './transfer_words.js';
 
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 
@@ -68,12 +70,12 @@ export function transferRow(application, attempt) {
     update(transfer) {
       const { name, state, when } = transfer;
       setAttribute(row, 'data-state', state);
-      setAttribute(row, 'aria-label', `${name}: ${statusText(transfer)}`);
+      setAttribute(row, 'aria-label', `${isolated(name)}: ${statusText(transfer)}`);
       setText(title, name);
       setAttribute(title, 'title', name);
       setText(status, statusText(transfer));
       showText(facts, factsText(transfer));
-      setShown(time, isFinished(transfer));
+      setShown(time, hasEnded(transfer));
       setAttribute(time, 'datetime', new Date(when).toISOString());
       setText(time, whenText(when, Date.now()));
       for (const part of parts) part.update(transfer);

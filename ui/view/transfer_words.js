@@ -1,55 +1,49 @@
-// What is said of a transfer: on its row, and aloud.
+// The sentences about a transfer, on its row and for screen readers.
 
-import { countText, durationText, rateText, share, sizeText } from './format.js';
+import { hasEnded } from '../model/transfer_states.js';
+import { isolated } from '../text/foreign_text.js';
+import { countText, durationText, rateText, share, sizeText } from '../text/format.js';
 
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 
-const FINISHED = ['complete', 'failed', 'cancelled', 'declined'];
-
-/** @param {Pick<Transfer, 'state'>} transfer */
-export const isFinished = ({ state }) => FINISHED.includes(state);
-
 /**
- * Whether it waits for this device's person.
- * @param {Transfer} transfer
- */
-export const needsAnswer = ({ state, direction }) =>
-  state === 'confirming' || (state === 'asking' && direction === 'receive');
-
-/**
- * Where it stands, in a few words.
+ * The state, in a few words.
  * @param {Transfer} transfer
  * @returns {string}
  */
 export function statusText({ state, direction, deviceName, message }) {
   const sends = direction === 'send';
+  const device = isolated(deviceName);
   switch (state) {
     case 'connecting':
-      return `Connecting to ${deviceName}…`;
+      return `Connecting to ${device}…`;
     case 'confirming':
-      return `Is the same code shown on ${deviceName}?`;
+      return `Is the same code shown on ${device}?`;
     case 'asking':
-      return sends ? `Waiting for ${deviceName} to accept` : `${deviceName} wants to send you this`;
+      if (sends) return `Waiting for ${device} to accept`;
+      return `${device} wants to send you this${message ? `. ${message}` : ''}`;
     case 'active':
-      return sends ? `Sending to ${deviceName}` : `Receiving from ${deviceName}`;
-    case 'complete':
-      return sends ? `Sent to ${deviceName}` : `Received from ${deviceName}`;
+      return sends ? `Sending to ${device}` : `Receiving from ${device}`;
+    case 'complete': {
+      const done = sends ? `Sent to ${device}` : `Received from ${device}`;
+      return message ? `${done}. ${message}` : done;
+    }
     case 'failed':
-      return message ?? `The transfer ${sends ? 'to' : 'from'} ${deviceName} failed.`;
+      return message ?? `The transfer ${sends ? 'to' : 'from'} ${device} failed.`;
+    case 'paused':
+      return message ?? `The transfer ${sends ? 'to' : 'from'} ${device} is paused`;
     case 'cancelled':
       return (
         message ??
-        (sends
-          ? `Sending to ${deviceName} was cancelled`
-          : `Receiving from ${deviceName} was cancelled`)
+        (sends ? `Sending to ${device} was cancelled` : `Receiving from ${device} was cancelled`)
       );
     case 'declined':
-      return sends ? `${deviceName} declined` : `You declined this from ${deviceName}`;
+      return sends ? `${device} declined` : `You declined this from ${device}`;
   }
 }
 
 /**
- * How many files and bytes it has, and while it runs how far and how fast it is.
+ * The number of files and bytes, and while it runs its progress and rate.
  * @param {Transfer} transfer
  */
 export function factsText(transfer) {
@@ -60,18 +54,22 @@ export function factsText(transfer) {
     facts.push(`${sizeText(bytesDone)} of ${sizeText(bytesTotal)}`);
     if (rate > 0) facts.push(rateText(rate));
     if (secondsLeft !== null) facts.push(`${durationText(secondsLeft)} left`);
+    if (transfer.isStalled) facts.push('waiting for the other device');
   } else {
     const files = countText(transfer.fileCount, 'file');
     if (state === 'failed') {
-      facts.push(`${transfer.direction === 'send' ? 'To' : 'From'} ${transfer.deviceName}`);
+      facts.push(
+        `${transfer.direction === 'send' ? 'To' : 'From'} ${isolated(transfer.deviceName)}`,
+      );
     }
     if (transfer.fileCount > 1 && files !== name) facts.push(files);
-    if (bytesTotal > 0 || isFinished(transfer)) facts.push(sizeText(bytesTotal));
+    if (bytesTotal > 0 || hasEnded(transfer)) facts.push(sizeText(bytesTotal));
   }
+  if (transfer.note) facts.push(transfer.note);
   return facts.join(' · ');
 }
 
-/** Finds what is worth saying aloud: each change of state, and each quarter of the way. */
+/** Finds what to speak: each change of state and each quarter of the progress. */
 export class TransferNews {
   /** @type {Map<string, { state: string, quarter: number }> | null} */
   #known = null;
@@ -92,9 +90,10 @@ export class TransferNews {
     return transfers.flatMap((transfer) => {
       const now = this.#known?.get(transfer.id);
       const then = before.get(transfer.id);
-      if (then?.state !== transfer.state) return [`${transfer.name}: ${statusText(transfer)}`];
+      if (then?.state !== transfer.state)
+        return [`${isolated(transfer.name)}: ${statusText(transfer)}`];
       const passed = transfer.state === 'active' && now && now.quarter > then.quarter;
-      return passed ? [`${transfer.name}: ${now.quarter * 25} percent`] : [];
+      return passed ? [`${isolated(transfer.name)}: ${now.quarter * 25} percent`] : [];
     });
   }
 }

@@ -1,11 +1,13 @@
 // The transfers: first those that wait for an answer, then what runs, then what is over.
 
+import { hasEnded, needsAnswer } from '../model/transfer_states.js';
+import { bringIn } from './click_guard.js';
 import { button } from './controls.js';
 import { element, keepingFocus, region, setShown } from './dom.js';
 import { nothingYet } from './icons.js';
 import { KeyedList } from './keyed_list.js';
 import { transferRow } from './transfer_row.js';
-import { TransferNews, isFinished, needsAnswer } from './transfer_words.js';
+import { TransferNews } from './transfer_words.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
 /** @typedef {import('../model/types.js').Transfer} Transfer */
@@ -47,8 +49,8 @@ export function transfersViews(application, { attempt }) {
 
   const update = () => {
     const waiting = application.transfers.filter(needsAnswer);
-    const over = application.transfers.filter(isFinished);
-    const others = application.transfers.filter((one) => !needsAnswer(one) && !isFinished(one));
+    const over = application.transfers.filter(hasEnded);
+    const others = application.transfers.filter((one) => !needsAnswer(one) && !hasEnded(one));
     lists.asked.update(waiting);
     lists.running.update(others);
     lists.recent.update(over);
@@ -61,12 +63,12 @@ export function transfersViews(application, { attempt }) {
     requests,
     transfers,
     /** @param {HTMLElement} part that holds both */
-    update: (part) => keepingFocus(part, update),
+    update: (part) => bringIn(requests, () => keepingFocus(part, update)),
   };
 }
 
 /**
- * Says aloud what becomes of the transfers.
+ * Speaks the changes of the transfers.
  * @param {Application} application
  * @param {import('./notices.js').Notices} notices
  */

@@ -1,4 +1,4 @@
-// The window's contents: the regions, and what goes over them.
+// Puts the window together from its regions and overlays.
 
 import { consoleView } from './console.js';
 import { devicesView } from './devices.js';

@@ -1,7 +1,7 @@
 #include "platform/engine/web/BundleScheme.h"
 
 #include "platform/foundation/Log.h"
-#include "platform/linux/GPointers.h"
+#include "platform/gtk/GLibPointers.h"
 
 #include <algorithm>
 #include <array>
@@ -43,7 +43,21 @@ void refuse(WebKitURISchemeRequest* request, int code, const char* text) {
 
 }  // namespace
 
-BundleScheme::BundleScheme(const fs::path& bundle) : bundle_(fs::weakly_canonical(bundle)) {}
+BundleScheme::BundleScheme(const fs::path& bundle, Source source)
+    : bundle_(fs::weakly_canonical(bundle)), source_(source) {
+  if (source == Source::kMemory) keep();
+}
+
+void BundleScheme::keep() {
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(bundle_, error)) {
+    if (!entry.is_regular_file(error)) continue;
+    char* content = nullptr;
+    gsize size = 0;
+    if (g_file_get_contents(entry.path().c_str(), &content, &size, nullptr) == FALSE) continue;
+    kept_[entry.path()].reset(g_bytes_new_take(content, size));
+  }
+}
 
 void BundleScheme::registerIn(WebKitWebContext* context) {
   webkit_security_manager_register_uri_scheme_as_secure(
@@ -64,8 +78,19 @@ std::optional<fs::path> BundleScheme::fileFor(const std::string& uriPath) const 
   const fs::path file = fs::weakly_canonical(
       bundle_ / (relative.empty() ? fs::path("index.html") : fs::path(relative)), error);
   const auto [rootEnd, rest] = std::ranges::mismatch(bundle_, file);
-  if (error || rootEnd != bundle_.end() || !fs::is_regular_file(file, error)) return std::nullopt;
-  return file;
+  if (error || rootEnd != bundle_.end()) return std::nullopt;
+  const bool isThere =
+      source_ == Source::kMemory ? kept_.contains(file) : fs::is_regular_file(file, error);
+  return isThere ? std::optional(file) : std::nullopt;
+}
+
+GObjectPointer<GInputStream> BundleScheme::open(const fs::path& path, GError** failure) const {
+  if (const auto kept = kept_.find(path); kept != kept_.end()) {
+    return GObjectPointer<GInputStream>(g_memory_input_stream_new_from_bytes(kept->second.get()));
+  }
+  const GObjectPointer<GFile> file(g_file_new_for_path(path.c_str()));
+  GFileInputStream* stream = g_file_read(file.get(), nullptr, failure);
+  return GObjectPointer<GInputStream>(stream != nullptr ? G_INPUT_STREAM(stream) : nullptr);
 }
 
 void BundleScheme::serve(WebKitURISchemeRequest* request) const {
@@ -76,14 +101,13 @@ void BundleScheme::serve(WebKitURISchemeRequest* request) const {
   const auto path = fileFor(webkit_uri_scheme_request_get_path(request));
   if (!path) return refuse(request, G_IO_ERROR_NOT_FOUND, "not in the bundle");
 
-  const GObjectPointer<GFile> file(g_file_new_for_path(path->c_str()));
   GError* failure = nullptr;
-  const GObjectPointer<GFileInputStream> stream(g_file_read(file.get(), nullptr, &failure));
+  const GObjectPointer<GInputStream> stream = open(*path, &failure);
   const GErrorPointer error(failure);
   if (!stream) return refuse(request, G_IO_ERROR_FAILED, error->message);
 
   const GObjectPointer<WebKitURISchemeResponse> response(
-      webkit_uri_scheme_response_new(G_INPUT_STREAM(stream.get()), -1));
+      webkit_uri_scheme_response_new(stream.get(), -1));
   const char* type = contentType(*path);
   webkit_uri_scheme_response_set_content_type(response.get(), type);
   SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/engine/web/BundleOrigin.h"
+#include "platform/gtk/GLibPointers.h"
 
 #include <webkit2/webkit2.h>
 
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,10 +15,12 @@ namespace brevanholt::platform {
 
 // Serves the UI bundle's files, and nothing else, under the engine's private URI scheme:
 // brevanholt-ui://bundle/index.html. The headers of every answer keep the page from loading or
-// reaching anything outside.
+// reaching anything outside. A bundle may be kept in memory, so that it stays whole when its files
+// are replaced by those of another version while the program runs.
 class BundleScheme {
  public:
-  explicit BundleScheme(const std::filesystem::path& bundle);
+  enum class Source { kFiles, kMemory };
+  BundleScheme(const std::filesystem::path& bundle, Source source);
 
   // Must outlive the context's pages.
   void registerIn(WebKitWebContext* context);
@@ -30,8 +34,13 @@ class BundleScheme {
 
  private:
   void serve(WebKitURISchemeRequest* request) const;
+  void keep();
+  [[nodiscard]] GObjectPointer<GInputStream> open(const std::filesystem::path& path,
+                                                  GError** failure) const;
 
   std::filesystem::path bundle_;
+  Source source_;
+  std::map<std::filesystem::path, GBytesPointer> kept_;
 };
 
 }  // namespace brevanholt::platform

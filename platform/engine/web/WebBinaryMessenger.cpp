@@ -7,11 +7,27 @@ namespace brevanholt::platform {
 using Kind = LinkFrame::Kind;
 
 void WebBinaryMessenger::send(const std::string& channel, Message message) {
-  if (!page_ || !listening_.contains(channel)) {
-    kept_[channel].push_back(std::move(message));
+  send({.channel = channel, .message = std::move(message), .handled = nullptr});
+}
+
+void WebBinaryMessenger::sendUntilHandled(const std::string& channel, Message message,
+                                          UniqueFunction<void()> handled) {
+  send({.channel = channel, .message = std::move(message), .handled = std::move(handled)});
+}
+
+void WebBinaryMessenger::send(Outgoing outgoing) {
+  if (!page_ || !listening_.contains(outgoing.channel)) {
+    kept_[outgoing.channel].push_back(std::move(outgoing));
     return;
   }
-  page_->send(LinkFrame::encode(Kind::kMessage, channel, 0, message));
+  const std::uint32_t number = outgoing.handled ? ++lastNumber_ : 0;
+  page_->send(LinkFrame::encode(Kind::kMessage, outgoing.channel, number, outgoing.message));
+  if (number != 0) unhandled_.emplace(number, std::move(outgoing));
+}
+
+void WebBinaryMessenger::handled(std::uint32_t number) {
+  auto outgoing = unhandled_.extract(number);
+  if (outgoing) outgoing.mapped().handled();
 }
 
 void WebBinaryMessenger::setMessageHandler(const std::string& channel, Handler handler) {
@@ -36,18 +52,22 @@ void WebBinaryMessenger::attach(FileDescriptor socket, std::function<void()> onP
 void WebBinaryMessenger::detach() {
   listening_.clear();
   page_.reset();
+  while (!unhandled_.empty()) {
+    auto last = unhandled_.extract(std::prev(unhandled_.end()));
+    kept_[last.mapped().channel].push_front(std::move(last.mapped()));
+  }
 }
 
 void WebBinaryMessenger::frameArrived(const Bytes& bytes) {
   auto frame = LinkFrame::parse(bytes);
-  if (!frame) return logWarning("the page sent what is no frame");
+  if (!frame) return logWarning("invalid frame from the page");
   switch (frame->kind) {
     case Kind::kMessage:
       return callArrived(std::move(*frame));
     case Kind::kListen:
       return listenerArrived(frame->channel);
     case Kind::kReply:
-      return;  // events expect none
+      return handled(frame->number);
   }
 }
 
@@ -66,9 +86,9 @@ void WebBinaryMessenger::listenerArrived(const std::string& channel) {
   listening_.insert(channel);
   const auto found = kept_.find(channel);
   if (found == kept_.end()) return;
-  const auto messages = std::move(found->second);
+  auto messages = std::move(found->second);
   kept_.erase(found);
-  for (const Message& message : messages) send(channel, message);
+  for (Outgoing& outgoing : messages) send(std::move(outgoing));
 }
 
 }  // namespace brevanholt::platform

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/channel/BinaryMessenger.h"
-#include "platform/engine/web/LinkFrame.h"
-#include "platform/engine/web/LinkSocket.h"
+#include "platform/engine/web/link/LinkFrame.h"
+#include "platform/engine/web/link/LinkSocket.h"
 
 #include <deque>
 #include <map>
@@ -16,6 +16,8 @@ namespace brevanholt::platform {
 class WebBinaryMessenger final : public BinaryMessenger {
  public:
   void send(const std::string& channel, Message message) override;
+  void sendUntilHandled(const std::string& channel, Message message,
+                        UniqueFunction<void()> handled) override;
   void setMessageHandler(const std::string& channel, Handler handler) override;
 
   // A new page: it listens on nothing yet. `onPageGone` is called when it ends.
@@ -23,12 +25,23 @@ class WebBinaryMessenger final : public BinaryMessenger {
   void detach();
 
  private:
+  struct Outgoing {
+    std::string channel;
+    Message message;
+    UniqueFunction<void()> handled;  // empty where nobody asks
+  };
+
+  void send(Outgoing outgoing);
+  void handled(std::uint32_t number);
   void frameArrived(const Bytes& bytes);
   void callArrived(LinkFrame frame);
   void listenerArrived(const std::string& channel);
 
   std::map<std::string, Handler> handlers_;
-  std::map<std::string, std::deque<Message>> kept_;  // for channels that the page does not hear yet
+  std::map<std::string, std::deque<Outgoing>>
+      kept_;                                     // for channels that the page does not hear yet
+  std::map<std::uint32_t, Outgoing> unhandled_;  // sent, by the number that the page answers with
+  std::uint32_t lastNumber_ = 0;
   std::set<std::string> listening_;
   std::shared_ptr<LinkSocket> page_;
 };

@@ -1,7 +1,7 @@
 #include "platform/engine/web/WebEngine.h"
 
-#include "platform/engine/web/LinkFrame.h"
 #include "platform/engine/web/NavigationLock.h"
+#include "platform/engine/web/link/LinkFrame.h"
 #include "platform/foundation/Log.h"
 
 #include <gio/gunixfdlist.h>
@@ -10,7 +10,7 @@ namespace brevanholt::platform {
 namespace {
 
 // A page that dies again this soon is not loaded again at once.
-constexpr std::int64_t kReloadPause = 5'000'000;  // microseconds
+constexpr std::chrono::seconds kReloadPause{5};
 
 void setFeature(WebKitSettings* settings, std::string_view identifier, bool enabled) {
   WebKitFeatureList* features = webkit_settings_get_all_features();
@@ -27,7 +27,8 @@ void setFeature(WebKitSettings* settings, std::string_view identifier, bool enab
 
 WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
     : options_(std::move(options)),
-      scheme_(options_.uiBundle),
+      scheme_(options_.uiBundle,
+              options_.keepsBundle ? BundleScheme::Source::kMemory : BundleScheme::Source::kFiles),
       files_(messenger_, mainQueue),
       sockets_(messenger_),
       applicationChannel_("engine/application", messenger_) {
@@ -41,7 +42,6 @@ WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
 }
 
 WebEngine::~WebEngine() {
-  if (reloadSource_ != 0) g_source_remove(reloadSource_);
   g_signal_handlers_disconnect_by_data(webView_.get(), this);
   g_signal_handlers_disconnect_by_data(context_.get(), this);
 }
@@ -112,7 +112,8 @@ void WebEngine::setRunsWhileHidden(bool runs) {
 }
 
 void WebEngine::load() {
-  lastLoad_ = g_get_monotonic_time();
+  onReload_.stop();
+  lastLoad_ = std::chrono::steady_clock::now();
   webkit_web_view_load_uri(webView_.get(), kBundleOrigin);
 }
 
@@ -137,17 +138,9 @@ void WebEngine::webProcessEnded(WebKitWebProcessTerminationReason reason) {
                  : "the user interface's process ended; loading it again");
   messenger_.detach();
   pageGone();
-  if (g_get_monotonic_time() - lastLoad_ > kReloadPause) return load();
-  if (reloadSource_ != 0) return;
-  reloadSource_ = g_timeout_add_seconds(
-      kReloadPause / G_USEC_PER_SEC,
-      [](gpointer data) -> gboolean {
-        auto* self = static_cast<WebEngine*>(data);
-        self->reloadSource_ = 0;
-        self->load();
-        return G_SOURCE_REMOVE;
-      },
-      this);
+  uiDidEnd.emit();
+  if (std::chrono::steady_clock::now() - lastLoad_ > kReloadPause) return load();
+  if (!onReload_) onReload_ = LoopSource::after(kReloadPause, [this] { load(); });
 }
 
 }  // namespace brevanholt::platform

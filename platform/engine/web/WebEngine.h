@@ -2,15 +2,17 @@
 
 #include "platform/engine/UiEngine.h"
 #include "platform/engine/web/BundleScheme.h"
-#include "platform/engine/web/EngineFiles.h"
-#include "platform/engine/web/EngineSockets.h"
 #include "platform/engine/web/WebBinaryMessenger.h"
+#include "platform/engine/web/files/EngineFiles.h"
+#include "platform/engine/web/sockets/EngineSockets.h"
 #include "platform/foundation/Lifetime.h"
-#include "platform/linux/GPointers.h"
-#include "platform/linux/GtkNativeView.h"
+#include "platform/gtk/GLibPointers.h"
+#include "platform/gtk/GtkNativeView.h"
+#include "platform/gtk/LoopSource.h"
 
 #include <webkit2/webkit2.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,6 +21,7 @@ namespace brevanholt::platform {
 
 struct WebEngineOptions {
   std::filesystem::path uiBundle;
+  bool keepsBundle = false;  // what its files are at the start, for as long as the program runs
   std::filesystem::path webExtensions;  // holds the module that joins a page to the host
   std::vector<std::string> uiArguments;
   bool developerTools = false;
@@ -53,8 +56,8 @@ class WebEngine final : public UiEngine {
   GObjectPointer<WebKitWebContext> context_;
   GObjectPointer<WebKitWebView> webView_;
   std::unique_ptr<GtkNativeView> nativeView_;
-  unsigned reloadSource_ = 0;
-  std::int64_t lastLoad_ = 0;  // microseconds, monotonic
+  LoopSource onReload_;
+  std::chrono::steady_clock::time_point lastLoad_;
 };
 
 }  // namespace brevanholt::platform

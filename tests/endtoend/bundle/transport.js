@@ -8,8 +8,11 @@ const MIB = 1 << 20;
 
 async function thousandInFlight() {
   const answered = [];
-  await Promise.all(Array.from({ length: 1000 }, (_, index) =>
-    call('locateReceivedFiles', { names: [`${index}`] }).then(() => answered.push(index))));
+  await Promise.all(
+    Array.from({ length: 1000 }, (_, index) =>
+      call('locateReceivedFiles', { names: [`${index}`] }).then(() => answered.push(index)),
+    ),
+  );
   return answered;
 }
 
@@ -23,7 +26,7 @@ async function largePayload(folder) {
   const again = await EngineFile.open(`${folder}/large`);
   let equal = 0;
   for (let piece; equal < payload.length; equal += piece.length) {
-    piece = await again.read(equal, 64 * MIB);  // cut to what one call gives
+    piece = await again.read(equal, 64 * MIB); // cut to what one call gives
     if (!piece.length || !piece.every((byte, index) => byte === payload[equal + index])) break;
   }
   await again.close();
@@ -36,7 +39,11 @@ async function escapes() {
   document.addEventListener('securitypolicyviolation', (event) => {
     blocked.push(event.effectiveDirective);
   });
-  const works = (action) => (async () => action())().then(() => true, () => false);
+  const works = (action) =>
+    (async () => action())().then(
+      () => true,
+      () => false,
+    );
   const worked = [];
   for (const action of [
     () => fetch('index.html'),
@@ -46,7 +53,8 @@ async function escapes() {
     () => new Function('return 1')(),
     () => window.open('https://example.org/').name,
     () => globalThis.brevanholtEngineLink.postMessage,
-  ]) if (await works(action)) worked.push(String(action));
+  ])
+    if (await works(action)) worked.push(String(action));
   const frame = document.createElement('iframe');
   frame.src = 'index.html';
   document.body.append(frame);

@@ -3,7 +3,7 @@
 
 import { uiArguments } from './engine/application.js';
 import { followOrders } from './orders.js';
-import { nameOf, shown } from './names.js';
+import { nameOf, shown } from './accessible_names.js';
 
 function control(name) {
   const found = shown().find((element) => nameOf(element).startsWith(name) && !element.disabled);

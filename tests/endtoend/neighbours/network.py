@@ -19,8 +19,17 @@ def enter_with_rights():
     """Where the user is not root, runs this program anew in a user namespace in which it is."""
     if os.geteuid() == 0 or not shutil.which("unshare"):
         return
-    as_root = ["unshare", "--user", "--map-root-user", "--net", "--mount", "sh", "-c",
-               'mount -t tmpfs none /run && exec "$@"', "sh"]
+    as_root = [
+        "unshare",
+        "--user",
+        "--map-root-user",
+        "--net",
+        "--mount",
+        "sh",
+        "-c",
+        'mount -t tmpfs none /run && exec "$@"',
+        "sh",
+    ]
     if subprocess.run([*as_root, "true"], check=False, capture_output=True).returncode == 0:
         os.execvp("unshare", [*as_root, sys.executable, *sys.argv])
 
@@ -32,8 +41,12 @@ def is_permitted():
     except (OSError, subprocess.CalledProcessError):
         return False
     try:
-        return subprocess.run(network.command("probe", "true"), check=False, capture_output=True,
-                              timeout=30).returncode == 0
+        return (
+            subprocess.run(
+                network.command("probe", "true"), check=False, capture_output=True, timeout=30
+            ).returncode
+            == 0
+        )
     finally:
         network.close()
 
@@ -52,8 +65,19 @@ class Network:
         self._on("switch", "link", "set", "bridge", "up")
         for number, machine in enumerate(machines, 1):
             _ip("netns", "add", self.namespace(machine))
-            self._on("switch", "link", "add", machine, "type", "veth",
-                     "peer", "name", "eth0", "netns", self.namespace(machine))
+            self._on(
+                "switch",
+                "link",
+                "add",
+                machine,
+                "type",
+                "veth",
+                "peer",
+                "name",
+                "eth0",
+                "netns",
+                self.namespace(machine),
+            )
             self._on("switch", "link", "set", machine, "master", "bridge", "up")
             self._on(machine, "address", "add", f"{self.address(number)}/24", "dev", "eth0")
             self._on(machine, "link", "set", "lo", "up")
@@ -76,8 +100,19 @@ class Network:
         displays = self._displays / machine
         displays.mkdir(exist_ok=True)
         prepare = f'hostname "$0" && mount --bind "$1" {DISPLAYS} && shift && exec "$@"'
-        return ["nsenter", f"--net=/run/netns/{self.namespace(machine)}",
-                "unshare", "--uts", "--mount", "sh", "-c", prepare, machine, str(displays), *command]
+        return [
+            "nsenter",
+            f"--net=/run/netns/{self.namespace(machine)}",
+            "unshare",
+            "--uts",
+            "--mount",
+            "sh",
+            "-c",
+            prepare,
+            machine,
+            str(displays),
+            *command,
+        ]
 
     def plug(self, machine, is_in):
         """Puts that machine's cable in, or pulls it."""
@@ -85,8 +120,12 @@ class Network:
 
     def close(self):
         for machine in ("switch", *self._machines):
-            subprocess.run(["ip", "netns", "delete", self.namespace(machine)],
-                           check=False, capture_output=True, timeout=30)
+            subprocess.run(
+                ["ip", "netns", "delete", self.namespace(machine)],
+                check=False,
+                capture_output=True,
+                timeout=30,
+            )
         shutil.rmtree(self._displays, ignore_errors=True)
 
     def _on(self, machine, *arguments):

@@ -17,11 +17,16 @@ HERE = pathlib.Path(__file__).parent
 def bundle_with_hand(folder):
     """The shipped user interface with hand.js beside it."""
     shutil.copytree(SOURCE / "ui", folder)
-    for part in (HERE / "hand.js", HERE.parent / "bundle/orders.js", SOURCE / "tests/ui/names.js"):
+    for part in (
+        HERE / "hand.js",
+        HERE.parent / "bundle/orders.js",
+        SOURCE / "tests/ui/accessible_names.js",
+    ):
         shutil.copy(part, folder)
     page = folder / "index.html"
-    page.write_text(page.read_text().replace(
-        "</head>", '<script type="module" src="hand.js"></script></head>'))
+    page.write_text(
+        page.read_text().replace("</head>", '<script type="module" src="hand.js"></script></head>')
+    )
     return folder
 
 
@@ -46,21 +51,50 @@ class Station:
         self._orders = Orders()
         inside = self.folder / "inside"
         inside.unlink(missing_ok=True)
-        program = [*self._wrapper, BINARY, "--ui-bundle", str(self._bundle),
-                   "--ui-argument", f"hand={self._orders.folder}"]
+        program = [
+            *self._wrapper,
+            BINARY,
+            "--ui-bundle",
+            str(self._bundle),
+            "--ui-argument",
+            f"hand={self._orders.folder}",
+        ]
         script = '{ echo $$; env; } >"$0.new"; mv "$0.new" "$0"; exec "$@" 2>>"${0%/*}/log"'
-        self._desktop = subprocess.Popen(self.network.command(
-            self.name, VIRTUAL_DESKTOP, *(() if self._panel else ("--without-panel",)),
-            "--size", self._size, "--home", str(self.home),
-            "sh", "-c", script, str(inside), *program), stderr=subprocess.DEVNULL)
+        self._desktop = subprocess.Popen(
+            self.network.command(
+                self.name,
+                VIRTUAL_DESKTOP,
+                *(() if self._panel else ("--without-panel",)),
+                "--size",
+                self._size,
+                "--home",
+                str(self.home),
+                "sh",
+                "-c",
+                script,
+                str(inside),
+                *program,
+            ),
+            stderr=subprocess.DEVNULL,
+        )
         process, *variables = wait_until(
-            lambda: inside.exists() and inside.read_text(), f"{self.name}'s desktop").splitlines()
+            lambda: inside.exists() and inside.read_text(), f"{self.name}'s desktop"
+        ).splitlines()
         self.process = int(process)
         self._environment = dict(line.split("=", 1) for line in variables if "=" in line)
         self.sees("Nearby")
         if not self._panel:
-            self.run("xdotool", "search", "--sync", "--onlyvisible", "--name", "^Brevanholt$",
-                     "windowsize", "100%", "100%")
+            self.run(
+                "xdotool",
+                "search",
+                "--sync",
+                "--onlyvisible",
+                "--name",
+                "^Brevanholt$",
+                "windowsize",
+                "100%",
+                "100%",
+            )
 
     def stop(self, with_signal=signal.SIGTERM):
         """Ends the program, and its desktop with it."""
@@ -77,8 +111,14 @@ class Station:
 
     def run(self, *command):
         """Runs a command at this machine's desktop."""
-        return subprocess.run(self.network.command(self.name, *command), env=self._environment,
-                              check=True, capture_output=True, text=True, timeout=60).stdout
+        return subprocess.run(
+            self.network.command(self.name, *command),
+            env=self._environment,
+            check=True,
+            capture_output=True,
+            text=True,
+            timeout=60,
+        ).stdout
 
     def share(self, *files):
         self.run(BINARY, "--share", *map(str, files))
@@ -92,8 +132,11 @@ class Station:
 
     def press(self, name):
         """Presses the first control whose name begins so, once it is there."""
-        wait_until(lambda: "error" not in self._orders.give({"press": name}),
-                   f"“{name}” in {self.name}'s window", 30)
+        wait_until(
+            lambda: "error" not in self._orders.give({"press": name}),
+            f"“{name}” in {self.name}'s window",
+            30,
+        )
 
     def text(self):
         """All that the window says."""
@@ -103,5 +146,6 @@ class Station:
         try:
             wait_until(lambda: text in self.text(), f"“{text}” in {self.name}'s window", limit)
         except AssertionError as failure:
-            raise AssertionError(f"{failure}; it says:\n{self.text()}\nlog:\n"
-                                 f"{self._log.read_text()[-2000:]}") from None
+            raise AssertionError(
+                f"{failure}; it says:\n{self.text()}\nlog:\n" f"{self._log.read_text()[-2000:]}"
+            ) from None

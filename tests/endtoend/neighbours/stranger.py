@@ -18,8 +18,17 @@ class Wiretap:
     def __init__(self, network, machine, recorded):
         self._file = recorded
         self._process = subprocess.Popen(
-            ["nsenter", f"--net=/run/netns/{network.namespace('switch')}",
-             sys.executable, __file__, "--record", machine, str(recorded)], stdout=subprocess.PIPE)
+            [
+                "nsenter",
+                f"--net=/run/netns/{network.namespace('switch')}",
+                sys.executable,
+                __file__,
+                "--record",
+                machine,
+                str(recorded),
+            ],
+            stdout=subprocess.PIPE,
+        )
         self._process.stdout.readline()  # it listens
 
     def close(self):
@@ -34,8 +43,8 @@ def _streams(recorded):
     pieces = {}
     at = 0
     while at < len(recorded):
-        size, = struct.unpack_from(">I", recorded, at)
-        frame = recorded[at + 4:at + 4 + size]
+        (size,) = struct.unpack_from(">I", recorded, at)
+        frame = recorded[at + 4 : at + 4 + size]
         at += 4 + size
         if frame[12:14] == b"\x08\x00" and frame[23] == TCP:
             header, address = 14 + (frame[14] & 15) * 4, frame[30:34]
@@ -45,12 +54,14 @@ def _streams(recorded):
             end = header + struct.unpack_from(">H", frame, 18)[0]
         else:
             continue
-        sequence, = struct.unpack_from(">I", frame, header + 4)
-        payload = frame[header + (frame[header + 12] >> 4) * 4:end]
+        (sequence,) = struct.unpack_from(">I", frame, header + 4)
+        payload = frame[header + (frame[header + 12] >> 4) * 4 : end]
         target = (address, struct.unpack_from(">H", frame, header + 2)[0])
         if payload:
             pieces.setdefault(target, {})[sequence] = payload
-    return {target: b"".join(parts[key] for key in sorted(parts)) for target, parts in pieces.items()}
+    return {
+        target: b"".join(parts[key] for key in sorted(parts)) for target, parts in pieces.items()
+    }
 
 
 def _record(interface, path):

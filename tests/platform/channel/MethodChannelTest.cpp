@@ -28,11 +28,15 @@ TEST_F(MethodChannelTest, AnswersWhatIsNoMethodCallWithoutAskingTheHandler) {
 TEST_F(MethodChannelTest, AnswersEachCallExactlyOnceWhateverItsHandlerDoes) {
   channel_.setMethodCallHandler([](const MethodCall& call, MethodResult result) {
     if (call.method == "forgotten") return;
+    if (call.method == "dropped") return std::move(result).drop();
     std::move(result).success(1.0);
     std::move(result).success(2.0);  // NOLINT(bugprone-use-after-move): what this is about
   });
 
-  EXPECT_EQ(std::get<MethodError>(messenger_.call("test", "forgotten")->value()).code, "abandoned");
+  EXPECT_EQ(std::get<MethodError>(messenger_.call("test", "forgotten")->value()).code,
+            "platform_error");
+  EXPECT_EQ(log_.count(LogLevel::kError, "dropped"), 1);
+  EXPECT_FALSE(messenger_.call("test", "dropped")->has_value());
   EXPECT_EQ(log_.count(LogLevel::kError, "dropped"), 1);
   EXPECT_EQ(*messenger_.call("test", "twice"), Reply(Value(1.0)));
   EXPECT_EQ(log_.count(LogLevel::kError, "answered twice"), 1);

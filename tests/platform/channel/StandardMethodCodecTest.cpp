@@ -144,6 +144,18 @@ TEST(StandardMethodCodecTest, DoesNotBelieveSizesThatAreNotThere) {
   EXPECT_EQ(causeOfDecoding(claims), Cause::kUnknownTag);
 }
 
+TEST(StandardMethodCodecTest, BoundsTheMemoryOfManySmallValues) {
+  Raw nulls{12, 255, 0x00, 0x00, 0x00, 0x04};
+  nulls.resize(nulls.size() + (64 << 20), 0);
+  EXPECT_EQ(causeOfDecoding(std::move(nulls)), Cause::kTooLarge);
+  Raw lists;  // each claims all that follows
+  for (int depth = 0; depth < 100; ++depth) lists.insert(lists.end(), {12, 255, 0, 0, 0x10, 0});
+  lists.resize(lists.size() + 0x100000, 0);
+  EXPECT_EQ(causeOfDecoding(std::move(lists)), Cause::kTooLarge);
+  const Value numbers = List(1'000'000, std::int32_t{7});
+  EXPECT_EQ(Codec::decodeMessage(encoded(numbers)), numbers);
+}
+
 TEST(StandardMethodCodecTest, RepairsStringsThatAreNotUtf8WhenEncoding) {
   const Value value = std::string("a\xFFz");
   EXPECT_EQ(Codec::decodeMessage(encoded(value)), Value("a\xEF\xBF\xBDz"));

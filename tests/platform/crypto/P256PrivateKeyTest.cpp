@@ -3,6 +3,7 @@
 #include "tests/support/Refusal.h"
 
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
 
 #include <set>
 
@@ -38,11 +39,24 @@ constexpr Agreement kAgreements[] = {
 TEST(P256PrivateKeyTest, AgreesAsPublished) {
   for (const auto& [source, ours, publicKey, theirs, secret] : kAgreements) {
     SCOPED_TRACE(source);
-    const P256PrivateKey key(fromHex(ours));
-    EXPECT_EQ(toHex(key.publicKey()), publicKey);
-    EXPECT_EQ(toHex(key.sharedSecret(fromHex(theirs)).span()), secret);
-    EXPECT_EQ(toHex(key.rawRepresentation().span()), ours);
+    const auto key = P256PrivateKey::fromRawRepresentation(fromHex(ours));
+    ASSERT_TRUE(key);
+    EXPECT_EQ(toHex(key->publicKey()), publicKey);
+    EXPECT_EQ(toHex(key->sharedSecret(fromHex(theirs)).span()), secret);
+    EXPECT_EQ(toHex(key->rawRepresentation().span()), ours);
   }
+}
+
+TEST(P256PrivateKeyTest, TellsAFailingLibraryFromBytesThatAreNotAKey) {
+  const Octets good = fromHex(kAgreements[0].ours);
+  EXPECT_FALSE(P256PrivateKey::fromRawRepresentation(Octets(32, 0)));
+  ASSERT_EQ(EVP_set_default_properties(nullptr, "provider=none"), 1);
+  const std::string failure =
+      refusalOf([&] { return P256PrivateKey::fromRawRepresentation(good); });
+  EXPECT_FALSE(P256PrivateKey::fromRawRepresentation(Octets(32, 0)));
+  ASSERT_EQ(EVP_set_default_properties(nullptr, ""), 1);
+  EXPECT_TRUE(failure.starts_with("The cryptographic library failed")) << failure;
+  EXPECT_TRUE(P256PrivateKey::fromRawRepresentation(good));
 }
 
 TEST(P256PrivateKeyTest, GeneratesDifferentKeysWithTheSmallerY) {

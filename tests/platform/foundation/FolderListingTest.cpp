@@ -69,13 +69,14 @@ TEST_F(FolderListingTest, LeavesOutHiddenItemsLinksDevicesAndNamesThatAreNotUtf8
 }
 
 TEST_F(FolderListingTest, ListsPackagesAndDoesNotEnterThem) {
-  make({"Notes.app/a", "editor.AppDir/a", "notes.apple/a", "file.app"});
+  make({"Notes.app/Contents/a", "my.bundle/a", "Foo.AppDir/Contents/a", "file.app"});
 
-  EXPECT_THAT(listed(folder_.path()),
-              UnorderedElementsAre("Notes.app/", "editor.AppDir/", "notes.apple/",
-                                   "notes.apple/a: 5", "file.app: 5"));
-  EXPECT_EQ(log_.count(LogLevel::kInfo, "2 folders in"), 1);
-  EXPECT_THAT(listed(folder_ / "Notes.app"), ElementsAre("a: 5"));
+  EXPECT_THAT(
+      listed(folder_.path()),
+      UnorderedElementsAre("Notes.app/", "my.bundle/", "my.bundle/a: 5", "Foo.AppDir/",
+                           "Foo.AppDir/Contents/", "Foo.AppDir/Contents/a: 5", "file.app: 5"));
+  EXPECT_EQ(log_.count(LogLevel::kInfo, "1 folders in"), 1);
+  EXPECT_THAT(listed(folder_ / "Notes.app"), ElementsAre("Contents/", "Contents/a: 5"));
 }
 
 TEST_F(FolderListingTest, GoesOnWhereSomethingCannotBeReadOrLiesTooDeep) {

@@ -1,6 +1,6 @@
 #include "platform/engine/web/extension/PageConnection.h"
 
-#include "platform/engine/web/LinkFrame.h"
+#include "platform/engine/web/link/LinkFrame.h"
 
 #include <glib-unix.h>
 
@@ -36,11 +36,6 @@ PageConnection::PageConnection(FileDescriptor socket)
   ::setsockopt(socket_.get(), SOL_SOCKET, SO_SNDBUF, &kSocketBuffer, sizeof(kSocketBuffer));
 }
 
-PageConnection::~PageConnection() {
-  if (readSource_ != 0) g_source_remove(readSource_);
-  if (writeSource_ != 0) g_source_remove(writeSource_);
-}
-
 void PageConnection::exposeTo(JSCContext* context) {
   const GObjectPointer<JSCValue> link(jsc_value_new_object(context, nullptr, nullptr));
   const GObjectPointer<JSCValue> connectFunction(jsc_value_new_function(
@@ -65,14 +60,11 @@ void PageConnection::sendFromScript(GPtrArray* arrays, std::weak_ptr<PageConnect
 void PageConnection::connect(JSCValue* receiver) {
   if (jsc_value_is_function(receiver) == FALSE) return;
   receiver_ = retained(receiver);
-  if (readSource_ != 0 || !socket_) return;
-  readSource_ = g_unix_fd_add(
-      socket_.get(), G_IO_IN,
-      [](int, GIOCondition, gpointer data) -> gboolean {
-        const auto self = static_cast<PageConnection*>(data)->shared_from_this();
-        return self->readable() ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
-      },
-      this);
+  if (onReadable_ || !socket_) return;
+  onReadable_ = LoopSource::whenReadable(socket_.get(), [this] {
+    const auto self = shared_from_this();  // a script may end the page
+    readable();
+  });
 }
 
 void PageConnection::send(const GPtrArray* arrays) {
@@ -102,7 +94,7 @@ void PageConnection::send(const GPtrArray* arrays) {
     outgoing_.insert(outgoing_.end(), data + skipped, data + part.iov_len);
     sent -= skipped;
   }
-  if (writeSource_ == 0) writeQueued();
+  if (!onWritable_) writeQueued();
 }
 
 void PageConnection::writeQueued() {
@@ -114,27 +106,21 @@ void PageConnection::writeQueued() {
     written_ += static_cast<std::size_t>(count);
   }
   if (written_ < outgoing_.size() && errno == EAGAIN) {
-    writeSource_ = g_unix_fd_add(
-        socket_.get(), G_IO_OUT,
-        [](int, GIOCondition, gpointer data) -> gboolean {
-          auto* self = static_cast<PageConnection*>(data);
-          self->writeSource_ = 0;
-          self->writeQueued();
-          return G_SOURCE_REMOVE;
-        },
-        this);
+    onWritable_ = LoopSource::whenWritable(socket_.get(), [this] {
+      onWritable_.stop();
+      writeQueued();
+    });
     return;
   }
   outgoing_.clear();
   written_ = 0;
 }
 
-bool PageConnection::readable() {
+void PageConnection::readable() {
   for (int round = 0; round < kReadsPerTurn && socket_; ++round) {
     if (!(frame_ ? readIntoFrame() : readIntoBuffer())) break;
   }
-  if (!socket_) readSource_ = 0;
-  return socket_.get() >= 0;
+  if (!socket_) onReadable_.stop();
 }
 
 bool PageConnection::readIntoBuffer() {

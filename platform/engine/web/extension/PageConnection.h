@@ -1,7 +1,8 @@
 #pragma once
 
 #include "platform/foundation/FileDescriptor.h"
-#include "platform/linux/GPointers.h"
+#include "platform/gtk/GLibPointers.h"
+#include "platform/gtk/LoopSource.h"
 
 #include <jsc/jsc.h>
 
@@ -17,7 +18,6 @@ namespace brevanholt::platform {
 class PageConnection : public std::enable_shared_from_this<PageConnection> {
  public:
   explicit PageConnection(FileDescriptor socket);
-  ~PageConnection();
   PageConnection(const PageConnection&) = delete;
   PageConnection& operator=(const PageConnection&) = delete;
 
@@ -31,7 +31,7 @@ class PageConnection : public std::enable_shared_from_this<PageConnection> {
   void connect(JSCValue* receiver);
   void send(const GPtrArray* arrays);
   void writeQueued();
-  bool readable();
+  void readable();
   bool readIntoBuffer();
   bool readIntoFrame();
   void takeFramesFromBuffer();
@@ -47,8 +47,8 @@ class PageConnection : public std::enable_shared_from_this<PageConnection> {
   std::size_t frameFilled_ = 0;
   std::vector<std::uint8_t> outgoing_;
   std::size_t written_ = 0;
-  unsigned readSource_ = 0;
-  unsigned writeSource_ = 0;
+  LoopSource onReadable_;
+  LoopSource onWritable_;
 };
 
 }  // namespace brevanholt::platform

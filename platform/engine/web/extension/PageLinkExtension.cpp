@@ -3,8 +3,8 @@
 // engine's own messages, so there is no name on disk or bus that anybody else could open.
 
 #include "platform/engine/web/BundleOrigin.h"
-#include "platform/engine/web/LinkFrame.h"
 #include "platform/engine/web/extension/PageConnection.h"
+#include "platform/engine/web/link/LinkFrame.h"
 
 #include <gio/gunixfdlist.h>
 #include <webkit2/webkit-web-extension.h>

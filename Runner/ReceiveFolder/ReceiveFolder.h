@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Runner/ReceiveFolder/Copies.h"
+#include "Runner/ReceiveFolder/FolderSync.h"
+#include "Runner/ReceiveFolder/LegacyItems.h"
+#include "platform/foundation/KnownFolders.h"
+#include "platform/foundation/MainQueue.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace brevanholt {
+
+// Where received items live: a folder in the user's Downloads folder, and the private area in which
+// they are written first. For the main thread; nothing here blocks it for long. What throws, throws
+// PlatformError.
+class ReceiveFolder {
+ public:
+  using Path = std::filesystem::path;
+  using Placed = Copies::Placed;
+
+  // A file that was received completely, and where it should go below the folder.
+  struct Arrival {
+    Path path;
+    std::string name;
+    std::optional<std::string> relativePath;
+  };
+  struct Found {
+    std::string name;
+    Path location;
+    std::uint64_t size = 0;
+  };
+
+  ReceiveFolder(platform::KnownFolders folders, platform::MainQueue& mainQueue);
+
+  // Unset while the folder cannot be prepared.
+  [[nodiscard]] const std::optional<Path>& receiveDirectory() const { return receiveDirectory_; }
+  [[nodiscard]] const std::string& receiveFolderName() const { return receiveFolderName_; }
+
+  // Makes the folder ready; whether it is. The reason why not is logged.
+  bool prepare();
+  // Makes the folder ready for the file manager; throws where that fails.
+  Path prepareToOpen();
+  // Throws for a name that is not allowed. A folder that cannot be made is unset.
+  void setReceiveFolderName(std::string_view name);
+  // Where to write a received file before it is published. Nothing is created but the area.
+  [[nodiscard]] Path temporaryReceivePath(std::string_view name);
+
+  // Moves a file into the folder under a free name. `done` gets its final path when that outlasts a
+  // power cut, or why the file stays where it was.
+  void publishFile(const Arrival& arrival, Placed done);
+  // Makes a directory, or takes the one that is there.
+  void publishDirectory(std::string_view relativePath, Placed done);
+  // Finds files by their names at the folder's top level, after everything published so far.
+  void locate(std::vector<std::string> names,
+              platform::UniqueFunction<void(std::vector<Found>)> done);
+
+ private:
+  [[nodiscard]] Path brevanholtDownloadsDirectory();
+  [[nodiscard]] const Path& requiredReceiveDirectory() const;
+  [[nodiscard]] std::vector<Found> found(const std::vector<std::string>& names) const;
+  void create(const Path& folder);
+  void answerAfterSync(Path placed, Placed done);
+
+  platform::KnownFolders folders_;
+  std::optional<Path> receiveDirectory_;
+  std::string receiveFolderName_ = "Brevanholt";
+  std::optional<Path> scratchArea_;
+  Path cleanedDirectory_;         // where leftovers were looked for
+  FolderSync::Folders unsynced_;  // folders with entries that may not be on the disk yet
+  FolderSync folderSync_;
+  Copies copies_;
+  LegacyItems legacyItems_;
+  platform::Lifetime lifetime_;
+};
+
+}  // namespace brevanholt

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/foundation/KnownFolders.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace brevanholt {
+
+// The folder in which received files are written before they are published: `current`, or
+// "Brevanholt" in the temporary folder, or, where somebody else could change files there, in this
+// user's cache folder. Created where it is not there. Throws PlatformError where neither can be
+// used.
+[[nodiscard]] std::filesystem::path preparedScratchArea(
+    const std::optional<std::filesystem::path>& current, const platform::KnownFolders& folders);
+
+}  // namespace brevanholt

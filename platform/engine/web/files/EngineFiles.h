@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/channel/MethodChannel.h"
+#include "platform/engine/web/files/FileTable.h"
+#include "platform/foundation/DispatchQueue.h"
+#include "platform/foundation/MainQueue.h"
+
+#include <memory>
+
+namespace brevanholt::platform {
+
+// Files for UI code, on the channel "engine/files". The disk is used on a thread of its own, one
+// operation after another, so a page that waits for each write sends no more than the disk takes.
+class EngineFiles {
+ public:
+  EngineFiles(BinaryMessenger& messenger, MainQueue& mainQueue);
+
+  // Closes what the page that has gone left open.
+  void closeAll();
+
+ private:
+  std::shared_ptr<FileTable> table_ = std::make_shared<FileTable>();  // for the thread alone
+  MethodChannel channel_;
+  DispatchQueue thread_{"brevanholt.engine-io"};
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/channel/StandardMethodCodec.h"
+#include "platform/foundation/FileDescriptor.h"
+
+#include <cstdint>
+#include <map>
+
+namespace brevanholt::platform {
+
+// The engine's file operations, and the files that the page has open. Blocks; for one thread.
+//
+//   stat {path}                   {kind: "file", "directory" or "other", size, modified}, or null
+//   open {path}                   a handle for reading; regular files only
+//   create {path}                 a handle for writing; fails where the name is taken
+//   edit {path}                   a handle for writing to a file that was created earlier
+//   read {handle, offset, length} bytes, fewer than asked only at the file's end
+//   write {handle, offset, bytes} null, when all of it is written
+//   flush {handle}                null, when it is on the disk
+//   settle {handle, modified}     null: it is on the disk, with that time and usual permissions
+//   close {handle}                null
+//   replace {path, bytes}         null: the file holds exactly these bytes, or what it held before
+//   list {path}                   the names in a folder
+//   move {path, to}               null; fails where the new name is taken
+//   sync {path}                   null, when the names in a folder are on the disk
+//   space {path}                  bytes that may still be written to a folder's file system
+//   remove {path}                 null; files and links only, and nothing there is no error
+//
+// The page may read what this user may read, writes to files that it created, and replaces whole
+// files. A failure is the error "file_error" with the system's text, and the error's name
+// ("ENOSPC") as details.
+class FileTable {
+ public:
+  [[nodiscard]] Reply perform(const MethodCall& call);
+  void closeAll() { open_.clear(); }
+
+ private:
+  struct OpenFile {
+    FileDescriptor descriptor;
+    bool isWritable = false;
+  };
+
+  [[nodiscard]] Reply dispatch(const MethodCall& call, const Map& arguments);
+  void expectRoom() const;
+  [[nodiscard]] Value add(OpenFile file);
+  [[nodiscard]] const OpenFile& at(const Map& arguments) const;
+
+  std::map<std::int64_t, OpenFile> open_;
+  std::int64_t lastHandle_ = 0;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,57 @@
+#include "platform/engine/web/link/EngineArguments.h"
+
+#include "platform/foundation/PlatformError.h"
+
+#include <cstring>
+
+namespace brevanholt::platform {
+namespace {
+
+template <ValueAlternative T>
+const T& required(const Map& arguments, std::string_view key, const char* what) {
+  const Value* value = arguments.find(key);
+  const auto* found = value != nullptr ? value->getIf<T>() : nullptr;
+  if (found == nullptr) throw PlatformError("“" + std::string(key) + "” must be " + what + ".");
+  return *found;
+}
+
+}  // namespace
+
+std::int64_t sizeIn(const Map& arguments, std::string_view key) {
+  const Value* value = arguments.find(key);
+  const auto number = value != nullptr ? value->integer() : std::nullopt;
+  if (!number || *number < 0) throw PlatformError("“" + std::string(key) + "” must be a size.");
+  return *number;
+}
+
+const std::string& textIn(const Map& arguments, std::string_view key) {
+  return required<std::string>(arguments, key, "a text");
+}
+
+const Bytes& bytesIn(const Map& arguments) {
+  return required<Bytes>(arguments, "bytes", "bytes");
+}
+
+const Bytes* optionalBytesIn(const Map& arguments, std::string_view key) {
+  const Value* value = arguments.find(key);
+  return value == nullptr || value->isNull() ? nullptr : &required<Bytes>(arguments, key, "bytes");
+}
+
+bool flagIn(const Map& arguments, std::string_view key) {
+  return required<bool>(arguments, key, "true or false");
+}
+
+const Map& argumentsOf(const MethodCall& call) {
+  static const Map kNone;
+  const auto* arguments = call.arguments.getIf<Map>();
+  return arguments != nullptr ? *arguments : kNone;
+}
+
+MethodError engineError(const char* code, const std::exception& error) {
+  const auto* ofTheSystem = dynamic_cast<const SystemError*>(&error);
+  const char* name =
+      ofTheSystem != nullptr ? ::strerrorname_np(ofTheSystem->errorNumber()) : nullptr;
+  return {code, error.what(), name != nullptr ? Value(name) : Value()};
+}
+
+}  // namespace brevanholt::platform

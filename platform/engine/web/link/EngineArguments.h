@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/channel/StandardMethodCodec.h"
+
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace brevanholt::platform {
+
+// What the engine's own channels have in common. Their calls come from UI code, whose mistakes are
+// answered, not fatal: a missing or mistyped argument throws PlatformError.
+
+[[nodiscard]] std::int64_t sizeIn(const Map& arguments, std::string_view key);
+[[nodiscard]] const std::string& textIn(const Map& arguments, std::string_view key);
+[[nodiscard]] const Bytes& bytesIn(const Map& arguments);
+// Null where the argument is missing or null.
+[[nodiscard]] const Bytes* optionalBytesIn(const Map& arguments, std::string_view key);
+[[nodiscard]] bool flagIn(const Map& arguments, std::string_view key);
+
+// The call's arguments; an empty map where there are none.
+[[nodiscard]] const Map& argumentsOf(const MethodCall& call);
+
+// The reply to a failure, with the name of the system's error ("ENOSPC") as details where there is
+// one.
+[[nodiscard]] MethodError engineError(const char* code, const std::exception& error);
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,120 @@
+#include "platform/engine/web/link/LinkSocket.h"
+
+#include "platform/engine/web/link/LinkFrame.h"
+#include "platform/foundation/Log.h"
+
+#include <glib-unix.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+namespace brevanholt::platform {
+namespace {
+
+constexpr int kReadsPerTurn = 16;  // then the rest of the main loop has its turn
+constexpr std::size_t kPartsPerWrite = 64;
+constexpr int kSocketBuffer = 4 << 20;
+
+}  // namespace
+
+LinkSocket::LinkSocket(FileDescriptor socket, std::function<void(Bytes)> onFrame,
+                       std::function<void()> onEnd)
+    : socket_(std::move(socket)), onFrame_(std::move(onFrame)), onEnd_(std::move(onEnd)) {
+  g_unix_set_fd_nonblocking(socket_.get(), TRUE, nullptr);
+  ::setsockopt(socket_.get(), SOL_SOCKET, SO_SNDBUF, &kSocketBuffer, sizeof(kSocketBuffer));
+  onReadable_ = LoopSource::whenReadable(socket_.get(), [this] { readable(); });
+}
+
+void LinkSocket::send(const Message& frame) {
+  if (!socket_) return;
+  outgoing_.insert(outgoing_.end(), frame.parts().begin(), frame.parts().end());
+  if (!onWritable_) writeQueued();
+}
+
+void LinkSocket::readable() {
+  const std::weak_ptr<char> alive = alive_;
+  for (int round = 0; round < kReadsPerTurn; ++round) {
+    if (!readSome() || alive.expired() || !onReadable_) return;
+  }
+}
+
+bool LinkSocket::readSome() {
+  std::uint8_t* target = incoming_.hasSize ? incoming_.storage.get()
+                                           : reinterpret_cast<std::uint8_t*>(&incoming_.size);
+  const std::size_t wanted = incoming_.hasSize ? incoming_.size : LinkFrame::kSizePrefix;
+  const ssize_t count =
+      ::recv(socket_.get(), target + incoming_.filled, wanted - incoming_.filled, 0);
+  if (count < 0 && (errno == EAGAIN || errno == EINTR)) return errno == EINTR;
+  if (count <= 0) return end(), false;
+  incoming_.filled += static_cast<std::size_t>(count);
+  if (incoming_.filled < wanted) return true;
+  if (incoming_.hasSize) return frameArrived();
+  if (incoming_.size == 0 || incoming_.size > LinkFrame::kLargest) {
+    logWarning("invalid frame size from the page");
+    return end(), false;
+  }
+  incoming_.hasSize = true;
+  incoming_.filled = 0;
+  try {
+    incoming_.storage = std::make_shared_for_overwrite<std::uint8_t[]>(incoming_.size);
+  } catch (const std::bad_alloc&) {
+    logWarning("no memory for a frame from the page");
+    return end(), false;
+  }
+  return true;
+}
+
+bool LinkSocket::frameArrived() {
+  const Incoming frame = std::exchange(incoming_, {});
+  onFrame_(Bytes({frame.storage.get(), frame.size}, frame.storage));
+  return true;
+}
+
+void LinkSocket::writeQueued() {
+  while (!outgoing_.empty()) {
+    std::array<iovec, kPartsPerWrite> parts{};
+    const std::size_t count = std::min(outgoing_.size(), parts.size());
+    for (std::size_t index = 0; index < count; ++index) {
+      const std::size_t skipped = index == 0 ? outgoingOffset_ : 0;
+      parts[index] = {const_cast<std::uint8_t*>(outgoing_[index].data()) + skipped,
+                      outgoing_[index].size() - skipped};
+    }
+    msghdr message{};
+    message.msg_iov = parts.data();
+    message.msg_iovlen = count;
+    const ssize_t written = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) break;  // full, or gone; the reading side hears of the latter
+    outgoingOffset_ += static_cast<std::size_t>(written);
+    while (!outgoing_.empty() && outgoingOffset_ >= outgoing_.front().size()) {
+      outgoingOffset_ -= outgoing_.front().size();
+      outgoing_.pop_front();
+    }
+  }
+  if (outgoing_.empty()) return;
+  if (errno != EAGAIN) {
+    outgoing_.clear();
+    outgoingOffset_ = 0;
+    return;
+  }
+  onWritable_ = LoopSource::whenWritable(socket_.get(), [this] {
+    onWritable_.stop();
+    writeQueued();
+  });
+}
+
+void LinkSocket::end() {
+  onReadable_.stop();
+  onWritable_.stop();
+  outgoing_.clear();
+  socket_.reset();
+  onEnd_();
+}
+
+}  // namespace brevanholt::platform

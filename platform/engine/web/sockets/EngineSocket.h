@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/foundation/FileDescriptor.h"
+
+namespace brevanholt::platform {
+
+// A socket that the page has open. Destroying it closes it and answers what waits on it with
+// ECANCELED. Nothing here blocks.
+class EngineSocket {
+ public:
+  virtual ~EngineSocket() = default;
+
+ protected:
+  explicit EngineSocket(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
+  [[nodiscard]] int descriptor() const { return descriptor_.get(); }
+
+ private:
+  FileDescriptor descriptor_;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/channel/MethodChannel.h"
+#include "platform/engine/web/sockets/SocketTable.h"
+
+namespace brevanholt::platform {
+
+// Sockets for UI code, on the channel "engine/sockets".
+class EngineSockets {
+ public:
+  explicit EngineSockets(BinaryMessenger& messenger) : channel_("engine/sockets", messenger) {
+    channel_.setMethodCallHandler([this](const MethodCall& call, MethodResult result) {
+      table_.perform(call, std::move(result));
+    });
+  }
+
+  // Closes what the page that has gone left open.
+  void closeAll() { table_.closeAll(); }
+
+ private:
+  SocketTable table_;
+  MethodChannel channel_;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,123 @@
+#include "platform/engine/web/sockets/SocketTable.h"
+
+#include "platform/engine/web/link/EngineArguments.h"
+#include "platform/engine/web/sockets/TcpConnection.h"
+#include "platform/engine/web/sockets/TcpListener.h"
+#include "platform/engine/web/sockets/UdpSocket.h"
+
+namespace brevanholt::platform {
+namespace {
+
+constexpr std::size_t kMostSockets = 256;
+
+SocketAddress addressIn(const Map& arguments) {
+  return {textIn(arguments, "address"), sizeIn(arguments, "port")};
+}
+
+// The description with the handle in it.
+Value withHandle(std::int64_t handle, const Value& description) {
+  Map map = *description.getIf<Map>();
+  map.add("handle", handle);
+  return map;
+}
+
+}  // namespace
+
+void SocketTable::perform(const MethodCall& call, MethodResult result) {
+  try {
+    if (performUdp(call, result) || performTcp(call, result)) return;
+    if (call.method == "interfaces") return std::move(result).success(networkInterfaces());
+    if (call.method != "close") return std::move(result).notImplemented();
+    open_.erase(sizeIn(argumentsOf(call), "handle"));
+    std::move(result).success();
+  } catch (const std::exception& error) {
+    std::move(result).error(socketError(error));
+  }
+}
+
+bool SocketTable::performUdp(const MethodCall& call, MethodResult& result) {
+  const Map& arguments = argumentsOf(call);
+  if (call.method == "udpBind") {
+    expectRoom();
+    auto socket = std::make_unique<UdpSocket>(addressIn(arguments), flagIn(arguments, "isShared"));
+    const Value description = socket->description();
+    std::move(result).success(add(std::move(socket), description));
+  } else if (call.method == "udpJoin") {
+    at<UdpSocket>(arguments).join(textIn(arguments, "group"), textIn(arguments, "interface"));
+    std::move(result).success();
+  } else if (call.method == "udpSend") {
+    at<UdpSocket>(arguments).send(bytesIn(arguments), addressIn(arguments), result);
+  } else if (call.method == "udpFarewell") {
+    at<UdpSocket>(arguments).setFarewell(bytesIn(arguments), addressIn(arguments));
+    std::move(result).success();
+  } else if (call.method == "udpReceive") {
+    at<UdpSocket>(arguments).receive(result);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool SocketTable::performTcp(const MethodCall& call, MethodResult& result) {
+  const Map& arguments = argumentsOf(call);
+  if (call.method == "tcpListen") {
+    expectRoom();
+    auto socket = std::make_unique<TcpListener>(
+        addressIn(arguments), static_cast<int>(sizeIn(arguments, "backlog")),
+        [this](std::unique_ptr<TcpConnection> connection) {
+          expectRoom();
+          const Value description = connection->description();
+          return add(std::move(connection), description);
+        });
+    const Value description = socket->description();
+    std::move(result).success(add(std::move(socket), description));
+  } else if (call.method == "tcpAccept") {
+    at<TcpListener>(arguments).accept(result);
+  } else if (call.method == "tcpConnect") {
+    connect(arguments, result);
+  } else if (call.method == "tcpRead") {
+    at<TcpConnection>(arguments).read(sizeIn(arguments, "minimum"), sizeIn(arguments, "maximum"),
+                                      result);
+  } else if (call.method == "tcpWrite") {
+    const Bytes* head = optionalBytesIn(arguments, "head");
+    at<TcpConnection>(arguments).write(head != nullptr ? *head : Bytes(), bytesIn(arguments),
+                                       result);
+  } else if (call.method == "tcpFinish") {
+    at<TcpConnection>(arguments).finish();
+    std::move(result).success();
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void SocketTable::connect(const Map& arguments, MethodResult& result) {
+  expectRoom();
+  const std::int64_t limit = sizeIn(arguments, "limit");
+  auto owned = std::make_unique<TcpConnection>(addressIn(arguments));
+  TcpConnection& connection = *owned;
+  const std::int64_t handle = ++lastHandle_;
+  open_.emplace(handle, std::move(owned));
+  connection.whenConnected(
+      limit, result, [&connection, handle] { return withHandle(handle, connection.description()); },
+      [this, handle] { open_.erase(handle); });
+}
+
+template <class Socket>
+Socket& SocketTable::at(const Map& arguments) const {
+  const auto found = open_.find(sizeIn(arguments, "handle"));
+  auto* socket = found != open_.end() ? dynamic_cast<Socket*>(found->second.get()) : nullptr;
+  if (socket == nullptr) throw PlatformError("There is no such socket.");
+  return *socket;
+}
+
+Value SocketTable::add(std::unique_ptr<EngineSocket> socket, const Value& description) {
+  open_.emplace(++lastHandle_, std::move(socket));
+  return withHandle(lastHandle_, description);
+}
+
+void SocketTable::expectRoom() const {
+  if (open_.size() >= kMostSockets) throw PlatformError("Too many sockets are open.");
+}
+
+}  // namespace brevanholt::platform

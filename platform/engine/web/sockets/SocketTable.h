@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/channel/MethodResult.h"
+#include "platform/engine/web/sockets/EngineSocket.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+namespace brevanholt::platform {
+
+// The sockets that the page has open, by handle. For the main thread; nothing here blocks.
+//
+//   interfaces {}                              [{name, index, isLoopback, canMulticast, addresses:
+//                                               [{address, prefix}]}] of those that are up
+//   udpBind {address, port, isShared}          {handle, port}
+//   udpJoin {handle, group, interface}         null; it sends to groups from there, too
+//   udpSend {handle, bytes, address, port}     null
+//   udpFarewell {handle, bytes, address, port} null: they are sent when the socket closes
+//   udpReceive {handle}                        {bytes, address, port}, when one has come
+//   tcpListen {address, port, backlog}         {handle, port}
+//   tcpAccept {handle}                         {handle, address, port}, when somebody has come
+//   tcpConnect {address, port, limit}          {handle, address, port}; the limit in milliseconds
+//   tcpRead {handle, minimum, maximum}         bytes: at least the minimum, fewer only at the end
+//   tcpWrite {handle, bytes, head?}            null, when the system has taken the head and them
+//   tcpFinish {handle}                         null: nothing more is sent, the rest can be read
+//   close {handle}                             null; what waits on the socket fails with ECANCELED
+//
+// Addresses are numeric, with a zone where IPv6 needs one ("fe80::1%eth0"). A failure is the error
+// "socket_error" with the system's text, and the error's name ("ECONNREFUSED") as details.
+class SocketTable {
+ public:
+  // Answers now or later, once.
+  void perform(const MethodCall& call, MethodResult result);
+  void closeAll() { open_.clear(); }
+
+ private:
+  template <class Socket>
+  [[nodiscard]] Socket& at(const Map& arguments) const;
+  [[nodiscard]] Value add(std::unique_ptr<EngineSocket> socket, const Value& description);
+  void expectRoom() const;
+
+  [[nodiscard]] bool performUdp(const MethodCall& call, MethodResult& result);
+  [[nodiscard]] bool performTcp(const MethodCall& call, MethodResult& result);
+  void connect(const Map& arguments, MethodResult& result);
+
+  std::map<std::int64_t, std::unique_ptr<EngineSocket>> open_;
+  std::int64_t lastHandle_ = 0;
+};
+
+}  // namespace brevanholt::platform

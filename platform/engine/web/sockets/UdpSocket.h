@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/engine/web/sockets/EngineSocket.h"
+#include "platform/engine/web/sockets/OwedReply.h"
+#include "platform/engine/web/sockets/SocketAddress.h"
+#include "platform/gtk/LoopSource.h"
+
+#include <string>
+
+namespace brevanholt::platform {
+
+// A datagram socket. The system drops what arrives faster than the page asks for it.
+class UdpSocket final : public EngineSocket {
+ public:
+  // With `isShared`, others may bind the same port too, as discovery does. Throws SystemError.
+  UdpSocket(const SocketAddress& address, bool isShared);
+  ~UdpSocket() override;
+
+  [[nodiscard]] Value description() const;
+  // Joins a multicast group on one interface, and sends to groups from there.
+  void join(const std::string& group, const std::string& interface);
+  void send(const Bytes& bytes, const SocketAddress& to, MethodResult& result);
+  void receive(MethodResult& result);
+  // What is sent once more when the socket closes, however that comes about; nothing where empty.
+  void setFarewell(const Bytes& bytes, const SocketAddress& to);
+
+ private:
+  Bytes farewell_;
+  SocketAddress farewellTo_;
+  // Whether the call was answered.
+  bool receiveNow();
+
+  LoopSource onReadable_;
+  OwedReply receiving_;
+};
+
+}  // namespace brevanholt::platform

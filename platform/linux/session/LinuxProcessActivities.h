@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/foundation/Lifetime.h"
+#include "platform/foundation/ProcessActivity.h"
+#include "platform/linux/session/SleepInhibitor.h"
+
+#include <functional>
+
+namespace brevanholt::platform {
+
+// Background work goes on in the engine's page, so every activity keeps the page running while it
+// is hidden. One that must keep the system awake holds an inhibitor against sleep, which ends with
+// the activity.
+class LinuxProcessActivities final : public ProcessActivities {
+ public:
+  LinuxProcessActivities(SleepInhibitor& sleepInhibitor,
+                         std::function<void(bool)> setPageRunsWhileHidden);
+  [[nodiscard]] std::unique_ptr<ProcessActivity> begin(ActivityOptions options,
+                                                       const std::string& reason) override;
+  // Runs `use` once no activity that keeps the system awake runs, at once where none does. A later
+  // one replaces it.
+  void whenQuiet(std::function<void()> use);
+
+ private:
+  [[nodiscard]] std::shared_ptr<void> keepAwake(const std::string& reason);
+
+  SleepInhibitor& sleepInhibitor_;
+  std::function<void(bool)> setPageRunsWhileHidden_;
+  std::weak_ptr<void> running_;
+  int keepingAwake_ = 0;
+  std::function<void()> whenQuiet_;
+  Lifetime lifetime_;
+};
+
+}  // namespace brevanholt::platform

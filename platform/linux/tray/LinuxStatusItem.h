@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/desktop/StatusItem.h"
+#include "platform/linux/menu/DBusMenuExporter.h"
+#include "platform/linux/menu/GtkPopupMenu.h"
+#include "platform/linux/tray/PanelStyle.h"
+#include "platform/linux/tray/StatusNotifierItem.h"
+#include "platform/linux/tray/XEmbedStatusIcon.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <sigc++/connection.h>
+
+namespace brevanholt::platform {
+
+// The status item on the trays that Linux desktops have: StatusNotifierItem where a tray shows such
+// items, else the older tray of X11, else none until one comes.
+//
+// Its menu is there twice: on the bus, for the tray to draw, and on X11 as a menu of its own with
+// the real rows, which a plain click opens.
+class LinuxStatusItem final : public StatusItem {
+ public:
+  struct Options {
+    std::string applicationIcon;  // its name, in the icon theme below
+    std::string iconThemePath;
+    std::string currentDesktop;  // as XDG_CURRENT_DESKTOP
+  };
+
+  LinuxStatusItem(Bus& sessionBus, Options options,
+                  std::function<void(const std::string& token)> activationTokenGiven);
+  ~LinuxStatusItem() override;
+
+  void setImage(const Image& image) override;
+  void setToolTip(const std::string& text) override;
+  void setAccessibilityLabel(const std::string& text) override;
+  void setMenu(const Menu& menu) override;
+
+ private:
+  void shownChanged(bool isShown);
+  void drawImage();
+  void popUpAt(int x, int y);
+  void showAppearance();
+
+  Bus& sessionBus_;
+  std::string applicationIcon_;
+  std::function<void(const std::string&)> activationTokenGiven_;
+  PanelStyle panelStyle_;
+  bool placesWindows_;  // by coordinates, which X11 alone allows
+  bool hasWarned_ = false;
+  Image image_;
+  std::string symbolicIcon_;
+  TrayAppearance appearance_;
+  std::vector<sigc::connection> themeConnections_;
+  std::unique_ptr<DBusMenuExporter> exportedMenu_;
+  std::unique_ptr<GtkPopupMenu> popupMenu_;
+  std::unique_ptr<StatusNotifierItem> notifierItem_;
+  std::unique_ptr<XEmbedStatusIcon> embeddedIcon_;
+};
+
+}  // namespace brevanholt::platform

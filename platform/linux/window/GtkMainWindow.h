@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/desktop/Window.h"
+
+#include <gtkmm/applicationwindow.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace brevanholt::platform {
+
+// The main window as a GTK window with the window manager's own frame.
+class GtkMainWindow final : public Window {
+ public:
+  explicit GtkMainWindow(const Glib::RefPtr<Gtk::Application>& application);
+
+  [[nodiscard]] Gtk::Window& gtk() { return window_; }
+
+  void setDelegate(WindowDelegate* delegate) override { delegate_ = delegate; }
+  [[nodiscard]] Frame frame() const override;
+  void setFrame(Frame frame) override;
+  void setContentView(NativeView& view) override;
+  [[nodiscard]] bool isVisible() const override;
+  void makeKeyAndOrderFront() override;
+  void orderOut() override;
+  void close() override;
+
+  // The token with which the window may take the focus when it is shown next (xdg-activation, or a
+  // startup notification's identifier on X11).
+  void setActivationToken(std::string token) { activationToken_ = std::move(token); }
+
+ private:
+  bool closeRequested();
+  void activeChanged();
+  void useActivationToken();
+
+  Gtk::ApplicationWindow window_;
+  WindowDelegate* delegate_ = nullptr;
+  std::string activationToken_;
+  bool keepsFocus_ = false;  // while it is inactive: only a grab has its keys
+  std::optional<std::pair<int, int>> placeWhenHidden_;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/desktop/OpenPanel.h"
+
+#include <gtkmm/filechoosernative.h>
+#include <gtkmm/messagedialog.h>
+#include <gtkmm/window.h>
+
+#include <deque>
+#include <memory>
+#include <utility>
+
+namespace brevanholt::platform {
+
+// GTK's file chooser (the portal's in a sandbox), modal for the window that it is given. It begins
+// in the folder in which something was chosen last. Names can be typed into it, so what it answers
+// is checked.
+class GtkOpenPanel final : public OpenPanel {
+ public:
+  explicit GtkOpenPanel(Gtk::Window& parent);
+  // Cancels what is still open.
+  ~GtkOpenPanel() override;
+  void choose(Choice choice, Callback callback) override;
+
+ private:
+  void showNext();
+  void answered(int response);
+  void explain(const std::string& problems);
+
+  Gtk::Window& parent_;
+  std::string folder_;
+  std::deque<std::pair<Choice, Callback>> waiting_;  // the first is the one that is shown
+  Glib::RefPtr<Gtk::FileChooserNative> panel_;
+  std::unique_ptr<Gtk::MessageDialog> explanation_;
+};
+
+}  // namespace brevanholt::platform

@@ -1,0 +1,76 @@
+"""A newer program is installed while this one runs."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import unittest
+
+from host import BINARY, HostTest, managed_windows, output_of, visible_window, wait_until
+from tray import picture
+
+HOME = pathlib.Path(os.environ["HOME"])
+PROGRAM = HOME / ".local/bin/brevanholt"
+UI = HOME / ".local/share/brevanholt/ui"
+KEPT = HOME / ".local/share/Brevanholt"
+BUS = ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/"]
+
+
+def install():
+    """Installs the program as a package manager does: new files take the names of the old ones."""
+    fresh = HOME / "fresh"
+    build = pathlib.Path(BINARY).parents[1]
+    subprocess.run(
+        ["cmake", "--install", build, "--prefix", fresh], check=True, stdout=subprocess.DEVNULL
+    )
+    shutil.copytree(fresh, HOME / ".local", symlinks=True, dirs_exist_ok=True, copy_function=put)
+
+
+def put(source, destination):
+    shutil.copy2(source, destination + ".new")
+    os.replace(destination + ".new", destination)
+
+
+def running():
+    """The number of the process that has the program's name on the bus; None for none."""
+    found = subprocess.run(
+        [*BUS, "--method", "org.freedesktop.DBus.GetConnectionUnixProcessID"]
+        + ["org.brevanholt.Brevanholt"],
+        check=False,
+        capture_output=True,
+        text=True,
+        timeout=30,
+    )
+    return int(found.stdout.split()[1].rstrip(",)")) if found.returncode == 0 else None
+
+
+class UpdateTest(HostTest):
+    def test_goes_on_with_its_own_page_and_restarts_when_asked(self):
+        install()
+        self.run_beside(PROGRAM)
+        self.addCleanup(output_of, PROGRAM, "--quit")
+        wait_until(visible_window, "the window")
+        wait_until(lambda: any(KEPT.glob("*.json")), "the page")
+        old = running()
+        output_of(PROGRAM)
+        self.assertEqual(len(managed_windows()), 1)
+
+        install()
+        (UI / "main.js").write_text("throw new Error('this is of another version');")
+        shutil.rmtree(KEPT)
+        output_of("pkill", "--signal", "KILL", "--parent", str(old), "-f", "WebKitWebProcess")
+        wait_until(lambda: any(KEPT.glob("*.json")), "the page, loaded again")
+
+        output_of(PROGRAM)
+        wait_until(lambda: len(managed_windows()) == 2, "the notice")
+        picture("update")
+        output_of("wmctrl", "-i", "-a", hex(managed_windows()[-1]))
+        output_of("xdotool", "key", "alt+r")
+        # The link to a file that was replaced ends in "(deleted)"; a restart keeps the number.
+        wait_until(lambda: os.readlink(f"/proc/{old}/exe") == str(PROGRAM), "the restart")
+        wait_until(lambda: running() == old, "the new version")
+        wait_until(visible_window, "the window")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

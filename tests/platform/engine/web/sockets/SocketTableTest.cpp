@@ -1,0 +1,153 @@
+#include "platform/engine/web/sockets/SocketTable.h"
+#include "tests/support/MainLoop.h"
+#include "tests/support/PrintValue.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+namespace brevanholt::platform {
+namespace {
+
+using SharedReply = std::shared_ptr<std::optional<Reply>>;
+
+class SocketTableTest : public testing::Test {
+ protected:
+  SharedReply start(const std::string& method, Value arguments) {
+    auto reply = std::make_shared<std::optional<Reply>>();
+    table_.perform({method, std::move(arguments)},
+                   MethodResult([reply](Reply answer) { *reply = std::move(answer); }));
+    return reply;
+  }
+  static Reply wait(const SharedReply& reply) {
+    if (!spinUntil([&reply] { return reply->has_value(); })) return MethodError{"never", "", {}};
+    return **reply;
+  }
+  Reply call(const std::string& method, Value arguments) {
+    return wait(start(method, std::move(arguments)));
+  }
+  static std::int64_t number(const Reply& reply, std::string_view key) {
+    const auto* value = std::get_if<Value>(&reply);
+    const auto* map = value != nullptr ? value->getIf<Map>() : nullptr;
+    const auto* found = map != nullptr ? map->find(key) : nullptr;
+    return found != nullptr ? found->integer().value_or(-1) : -1;
+  }
+  static std::string errorOf(const Reply& reply) {
+    const auto* error = std::get_if<MethodError>(&reply);
+    if (error == nullptr) return "no error";
+    const auto* name = error->details.getIf<std::string>();
+    return name != nullptr ? *name : error->message;
+  }
+  static Value bytes(const std::string& text) {
+    return Bytes(std::vector<std::uint8_t>(text.begin(), text.end()));
+  }
+  // The bytes that were read, as text.
+  static std::string text(const Reply& reply) {
+    const auto* value = std::get_if<Value>(&reply);
+    const auto* found = value != nullptr ? value->getIf<Bytes>() : nullptr;
+    return found != nullptr ? std::string(found->begin(), found->end()) : errorOf(reply);
+  }
+  SharedReply startReading(std::int64_t handle, std::int64_t minimum, std::int64_t maximum) {
+    return start("tcpRead", Map{{"handle", handle}, {"minimum", minimum}, {"maximum", maximum}});
+  }
+  std::string read(std::int64_t handle, std::int64_t minimum, std::int64_t maximum) {
+    return text(wait(startReading(handle, minimum, maximum)));
+  }
+  SharedReply startWriting(std::int64_t handle, const std::string& content,
+                           const Value& head = {}) {
+    return start("tcpWrite", Map{{"handle", handle}, {"bytes", bytes(content)}, {"head", head}});
+  }
+  Reply listen(std::int64_t port = 0) {
+    return call("tcpListen",
+                Map{{"address", "127.0.0.1"}, {"port", port}, {"backlog", std::int64_t{1}}});
+  }
+  SharedReply startConnecting(const char* address, std::int64_t port, std::int64_t limit = 5000) {
+    return start("tcpConnect", Map{{"address", address}, {"port", port}, {"limit", limit}});
+  }
+  // Both ends of a new connection.
+  void connect() {
+    const Reply listener = listen();
+    const auto accepting = start("tcpAccept", Map{{"handle", number(listener, "handle")}});
+    near_ = number(wait(startConnecting("127.0.0.1", number(listener, "port"))), "handle");
+    far_ = number(wait(accepting), "handle");
+  }
+
+  SocketTable table_;
+  std::int64_t near_ = 0;
+  std::int64_t far_ = 0;
+};
+
+TEST_F(SocketTableTest, WaitsForTheMinimumAndHoldsTheSenderBack) {
+  connect();
+  const std::string payload(12 << 20, 'x');
+  const auto writing = startWriting(near_, payload);
+  spinOnce();
+  EXPECT_FALSE(writing->has_value()) << "nobody has read yet";
+  EXPECT_EQ(errorOf(wait(startWriting(near_, "second"))),
+            "The socket is busy with an earlier call of this kind.");
+  const auto size = static_cast<std::int64_t>(payload.size());
+  EXPECT_TRUE(read(far_, size, size) == payload);
+  EXPECT_EQ(wait(writing), Reply(Value()));
+}
+
+TEST_F(SocketTableTest, SendsTheHeadBeforeTheBytes) {
+  connect();
+  EXPECT_EQ(wait(startWriting(near_, "and bytes", bytes("head "))), Reply(Value()));
+  EXPECT_EQ(read(far_, 14, 14), "head and bytes");
+  const std::string payload(12 << 20, 'x');
+  const auto writing = startWriting(near_, payload, bytes("head"));
+  const auto size = static_cast<std::int64_t>(payload.size()) + 4;
+  EXPECT_TRUE(read(far_, size, size) == "head" + payload) << "also where the system takes a part";
+  EXPECT_EQ(wait(writing), Reply(Value()));
+}
+
+TEST_F(SocketTableTest, SaysFarewellWhenASocketCloses) {
+  const auto bind = [&] {
+    return call("udpBind",
+                Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"isShared", false}});
+  };
+  const Reply near = bind();
+  const Reply far = bind();
+  const auto receiving = start("udpReceive", Map{{"handle", number(far, "handle")}});
+  EXPECT_EQ(call("udpFarewell", Map{{"handle", number(near, "handle")},
+                                    {"bytes", bytes("bye")},
+                                    {"address", "127.0.0.1"},
+                                    {"port", number(far, "port")}}),
+            Reply(Value()));
+  spinOnce();
+  EXPECT_FALSE(receiving->has_value());
+  call("close", Map{{"handle", number(near, "handle")}});
+  const Reply received = wait(receiving);
+  const Bytes heard = *std::get<Value>(received).getIf<Map>()->find("bytes")->getIf<Bytes>();
+  EXPECT_EQ(std::string(heard.begin(), heard.end()), "bye");
+}
+
+TEST_F(SocketTableTest, AnswersWhatWaitsOnASocketThatIsClosed) {
+  connect();
+  const auto reading = startReading(far_, 1, 1);
+  EXPECT_EQ(call("close", Map{{"handle", far_}}), Reply(Value()));
+  EXPECT_EQ(errorOf(wait(reading)), "ECANCELED");
+  EXPECT_EQ(read(near_, 1, 1), "") << "the end of the stream";
+  EXPECT_EQ(read(far_, 1, 1), "There is no such socket.");
+
+  const auto accepting = start("tcpAccept", Map{{"handle", number(listen(), "handle")}});
+  table_.closeAll();
+  EXPECT_EQ(errorOf(wait(accepting)), "ECANCELED");
+}
+
+TEST_F(SocketTableTest, TellsWhyThereIsNoConnection) {
+  const std::int64_t port = number(listen(), "port");
+  EXPECT_EQ(errorOf(listen(port)), "EADDRINUSE");
+  EXPECT_EQ(errorOf(wait(startConnecting("127.0.0.1", 1))), "ECONNREFUSED");
+  EXPECT_EQ(errorOf(wait(startConnecting("example.org", 80))),
+            "“example.org” port 80 is no network address.");
+  EXPECT_EQ(errorOf(wait(startConnecting("127.0.0.1", 70000))),
+            "“127.0.0.1” port 70000 is no network address.");
+  // Nobody takes calls from a full backlog.
+  std::array<SharedReply, 8> waiting;
+  for (SharedReply& reply : waiting) reply = startConnecting("127.0.0.1", port, 300);
+  EXPECT_EQ(errorOf(wait(waiting.back())), "ETIMEDOUT");
+}
+
+}  // namespace
+}  // namespace brevanholt::platform

@@ -1,0 +1,52 @@
+// What the checks are made of: the shipped views on a made-up application, the controls that a person
+// would find there, and the comparison of what is seen with what is expected.
+
+import { FakeApplication } from './fake_application.js';
+import { nameOf, shown } from './accessible_names.js';
+import { mountWindow } from './view/window.js';
+
+export { nameOf, shown };
+
+/** Mounts the window afresh and answers what it shows. */
+export function mount(state = {}) {
+  const application = new FakeApplication(state);
+  mountWindow(document.body, application, { invoke: async () => null, listen: () => {} });
+  return application;
+}
+
+/** Loads the style sheet that ships. */
+export function useStyle() {
+  const link = document.createElement('link');
+  link.rel = 'stylesheet';
+  link.href = 'style.css';
+  return new Promise((resolve, reject) => {
+    link.onload = resolve;
+    link.onerror = reject;
+    document.head.append(link);
+  });
+}
+
+/** The one control of that name that can be seen. */
+export function control(name, root = document) {
+  const found = shown(root).filter((element) => nameOf(element) === name);
+  if (found.length !== 1)
+    throw new Error(`${found.length} controls are called “${name}”: ${shown(root).map(nameOf)}`);
+  return found[0];
+}
+
+/** Until what has just come in takes clicks. */
+export async function answerable() {
+  const deadline = performance.now() + 10_000;
+  while (document.querySelector('[inert]')) {
+    if (performance.now() > deadline) throw new Error('Something takes no clicks.');
+    await new Promise((resolve) => setTimeout(resolve, 50));
+  }
+}
+
+/** Until what was begun by a click or an event has been shown. */
+export const settled = () => new Promise((resolve) => setTimeout(resolve));
+
+export function equal(actual, expected) {
+  const [one, other] = [JSON.stringify(actual), JSON.stringify(expected)];
+  if (one !== other) throw new Error(`${one} is not ${other}`);
+}

@@ -1,0 +1,104 @@
+// The model's documents: JSON files in the application's own folder, each replaced as a whole.
+//
+// A document is {version, content}. What it holds is checked when it is read: entries that do not fit
+// are left out and logged. A document that cannot be read as a whole is moved to another name, never
+// overwritten, and counts as damaged.
+
+import { list, move, remove, replace } from '../engine/files.js';
+import { jsonBytes, textOf } from '../protocol/bytes.js';
+import { readWhole } from './whole_file.js';
+
+const VERSION = 1;
+const LARGEST = 64 << 20;
+
+/** What `replace` leaves beside a document when the program is killed while it writes. */
+const TEMPORARY = /^\.[a-z-]+\.json\.[0-9A-Fa-f-]{36}$/;
+
+export class Documents {
+  #folder;
+  /** @type {Map<string, unknown>} what waits to be written, by document */
+  #waiting = new Map();
+  #writing = Promise.resolve();
+  /** @type {Map<string, string | null>} */
+  #damaged = new Map();
+
+  /** @param {string} folder */
+  constructor(folder) {
+    this.#folder = folder;
+  }
+
+  /** The damaged documents, each with the file name that it has now; null where it could not be moved.
+   *  @type {ReadonlyMap<string, string | null>} */
+  get damaged() {
+    return this.#damaged;
+  }
+
+  /**
+   * The content of a document, or null where there is none or it is damaged. Never throws.
+   * @template T
+   * @param {string} name
+   * @param {(content: any) => T} check returns what fits; throws where nothing does
+   * @returns {Promise<T | null>}
+   */
+  async load(name, check) {
+    try {
+      const bytes = await readWhole(this.#pathOf(name), LARGEST);
+      if (!bytes) return null;
+      const { version, content } = JSON.parse(textOf(bytes));
+      if (version !== VERSION) throw new TypeError(`its version is ${version}, not ${VERSION}`);
+      return check(content);
+    } catch (error) {
+      await this.#setAside(name);
+      const place = this.#damaged.get(name) ?? 'stays where it is';
+      console.warn(`${name}.json cannot be read (${error}); set aside: ${place}`);
+      return null;
+    }
+  }
+
+  /**
+   * Writes the document; of several that come while one is written, the last. A damaged document that
+   * could not be moved is not overwritten: then it rejects.
+   * @param {string} name
+   * @param {unknown} content
+   * @returns {Promise<void>} when it, or a later one, is on the disk
+   */
+  save(name, content) {
+    if (this.#damaged.get(name) === null) {
+      return Promise.reject(new Error(`The damaged file ${name}.json is in the way.`));
+    }
+    this.#waiting.set(name, content);
+    this.#writing = this.#writing.catch(() => {}).then(() => this.#write(name));
+    return this.#writing;
+  }
+
+  /** Removes what interrupted writes left. */
+  async sweep() {
+    const names = await list(this.#folder).catch(() => []);
+    const left = names.filter((name) => TEMPORARY.test(name));
+    await Promise.all(left.map((name) => remove(`${this.#folder}/${name}`).catch(() => {})));
+  }
+
+  /** @param {string} name */
+  async #write(name) {
+    if (!this.#waiting.has(name)) return;
+    const content = this.#waiting.get(name);
+    this.#waiting.delete(name);
+    await replace(this.#pathOf(name), jsonBytes({ version: VERSION, content }));
+  }
+
+  /** @param {string} name */
+  async #setAside(name) {
+    const time = new Date().toISOString().replace(/[:.]/g, '-');
+    const place = `${name}.damaged-${time}.json`;
+    const isMoved = await move(this.#pathOf(name), `${this.#folder}/${place}`).then(
+      () => true,
+      () => false,
+    );
+    this.#damaged.set(name, isMoved ? place : null);
+  }
+
+  /** @param {string} name */
+  #pathOf(name) {
+    return `${this.#folder}/${name}.json`;
+  }
+}

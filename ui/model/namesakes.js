@@ -1,0 +1,20 @@
+// Devices that have the name of a known device but not its key.
+
+import { isolated } from '../text/foreign_text.js';
+
+/** @typedef {{ key: string, name: string }} Named with the key in hexadecimal */
+
+/** Names that read the same: case, width and accents do not tell devices apart. @param {string} name */
+const readAs = (name) =>
+  name.normalize('NFKD').replace(/\p{M}/gu, '').toLowerCase().replace(/\s+/g, ' ').trim();
+
+/**
+ * The name to show for a device: never just the name of a known device for another key.
+ * @param {Named} device
+ * @param {Named[]} known
+ */
+export function distinctName({ key, name }, known) {
+  if (known.some((one) => one.key === key)) return name;
+  const isTaken = known.some((one) => readAs(one.name) === readAs(name));
+  return isTaken ? `${isolated(name)} (not the one you know)` : name;
+}

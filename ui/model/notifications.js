@@ -1,0 +1,110 @@
+// Tells the person through the desktop what happens while they look elsewhere.
+
+import { platform } from '../platform.js';
+import { isolated } from '../text/foreign_text.js';
+import { countText, sizeText } from '../text/format.js';
+import { hasEnded } from './transfer_states.js';
+
+/** @typedef {import('./types.js').Transfer} Transfer */
+
+/**
+ * @param {Transfer} transfer
+ * @returns {{ title: string, body: string } | null}
+ */
+function notificationOf(transfer) {
+  const { direction, state, message, code } = transfer;
+  const device = isolated(transfer.deviceName);
+  const name = isolated(transfer.name);
+  if (state === 'confirming') {
+    return { title: `Compare the code with ${device}`, body: `The code is ${code}.` };
+  }
+  if (direction === 'receive') {
+    if (state === 'asking') {
+      return { title: `${device} wants to send you ${name}`, body: offerText(transfer) };
+    }
+    if (state === 'complete') return { title: `Received ${name}`, body: `From ${device}` };
+  }
+  if (direction === 'send' && state === 'complete') {
+    return { title: `Sent ${name}`, body: `To ${device}` };
+  }
+  if (direction === 'send' && state === 'declined') {
+    return { title: `${device} declined`, body: name };
+  }
+  return state === 'failed' ? { title: `${name} failed`, body: message ?? '' } : null;
+}
+
+/** How much is offered comes first: the desktop cuts what is long. @param {Transfer} transfer */
+function offerText({ fileCount, bytesTotal, offered, offeredCount }) {
+  const rest = offeredCount - offered.length;
+  const names = rest > 0 ? [...offered, `and ${rest} more`] : offered;
+  return `${countText(fileCount, 'file')}, ${sizeText(bytesTotal)}: ${names.join(', ')}`;
+}
+
+/** The one notification of all devices that are not known. */
+const STRANGERS = 'strangers';
+
+export class Notifications {
+  /** Transfers of devices that are not known, since the person last looked. */
+  #strangers = 0;
+  /** @type {Map<string, string>} the state that was noticed, by transfer */
+  #noticed;
+  /** @type {Set<string>} the transfers with a notification */
+  #shown = new Set();
+
+  /** @param {Transfer[]} transfers those of earlier runs, which are not told again */
+  constructor(transfers) {
+    this.#noticed = new Map(transfers.map(({ id, state }) => [id, state]));
+    // The window shows all that the notifications say.
+    window.addEventListener('focus', () => {
+      this.#strangers = 0;
+      this.#withdraw(() => true);
+    });
+  }
+
+  /** @param {Transfer[]} transfers */
+  update(transfers) {
+    for (const transfer of transfers) {
+      if (this.#noticed.get(transfer.id) === transfer.state) continue;
+      this.#noticed.set(transfer.id, transfer.state);
+      const notice = document.hasFocus() ? null : notificationOf(transfer);
+      if (transfer.isStranger && transfer.state !== 'complete')
+        this.#tellOfStranger(transfer, notice);
+      else if (notice) this.#show(transfer.id, notice);
+      else if (transfer.state === 'active' || hasEnded(transfer))
+        this.#withdraw((id) => id === transfer.id);
+    }
+    const known = new Set(transfers.map(({ id }) => id));
+    this.#withdraw((id) => id !== STRANGERS && !known.has(id));
+  }
+
+  /**
+   * However many strangers ask, they have one notification, which counts them.
+   * @param {Transfer} transfer
+   * @param {{ title: string, body: string } | null} notice
+   */
+  #tellOfStranger({ state }, notice) {
+    if (!notice || hasEnded({ state })) return;
+    if (state === 'confirming') ++this.#strangers;
+    if (this.#strangers <= 1) return this.#show(STRANGERS, notice);
+    const title = `${this.#strangers} requests of devices that you do not know`;
+    this.#show(STRANGERS, { title, body: 'Open the window to see who asks now.' });
+  }
+
+  /**
+   * @param {string} id
+   * @param {{ title: string, body: string }} notice
+   */
+  #show(id, notice) {
+    this.#shown.add(id);
+    // Without a notification service only the window says it.
+    platform.showNotification({ id: `transfer-${id}`, ...notice }).catch(() => {});
+  }
+
+  /** @param {(id: string) => boolean} isUnwanted */
+  #withdraw(isUnwanted) {
+    for (const id of [...this.#shown].filter(isUnwanted)) {
+      this.#shown.delete(id);
+      platform.clearNotification(`transfer-${id}`).catch(() => {});
+    }
+  }
+}

@@ -1,0 +1,123 @@
+// What is to be sent next. It is on the disk before it is shown, so that what the window has survives.
+
+import { platform } from '../platform.js';
+import {
+  ITEM_FIELDS,
+  itemOf,
+  itemsWith,
+  measured,
+  pathsOf,
+  releasablePaths,
+  textItem,
+} from './items.js';
+import { fittingEntries } from './schema.js';
+
+/** @typedef {import('./types.js').Item} Item */
+
+const DOCUMENT = 'outbox';
+
+/** Dispatches “change” once the document has the items; `items` is replaced, never changed. */
+export class Outbox extends EventTarget {
+  #documents;
+  /** @type {Item[]} the items with the changes that are being saved */
+  #latest;
+  #neededElsewhere;
+  /** @type {Item[]} */
+  items;
+
+  /**
+   * @param {import('./documents.js').Documents} documents
+   * @param {Item[]} items
+   * @param {() => Item[]} neededElsewhere the items that transfers still need
+   */
+  constructor(documents, items, neededElsewhere) {
+    super();
+    this.#documents = documents;
+    this.#latest = this.items = items;
+    this.#neededElsewhere = neededElsewhere;
+  }
+
+  /**
+   * @param {import('./documents.js').Documents} documents
+   * @returns {Promise<Item[]>}
+   */
+  static async load(documents) {
+    const stored = await documents.load(DOCUMENT, (content) =>
+      fittingEntries(DOCUMENT, content, ITEM_FIELDS),
+    );
+    return stored ?? [];
+  }
+
+  /** @param {import('../platform.js').SharedEntry[]} entries */
+  async add(entries) {
+    const items = entries.map(itemOf);
+    if (items.length === 0) return;
+    await this.#replace([...this.#latest, ...items]);
+    // Pickers and drops do not say how large files are.
+    const measures = await measured(items);
+    if (measures.size > 0) await this.#replace(this.#latest.map((one) => measures.get(one) ?? one));
+  }
+
+  /** @param {string} text */
+  addText(text) {
+    return this.#replace([...this.#latest, textItem(text)]);
+  }
+
+  /**
+   * Removes an item, and with a folder all that is in it.
+   * @param {Item} item
+   */
+  async remove(item) {
+    const gone = new Set(itemsWith(item, this.#latest));
+    await this.#replace(this.#latest.filter((one) => !gone.has(one)));
+    await this.release([...gone]);
+  }
+
+  async clear() {
+    const gone = this.#latest;
+    await this.#replace([]);
+    await this.release(gone);
+  }
+
+  /**
+   * Takes what is shown out, to be sent: what is still being added stays.
+   * @returns {Item[]}
+   */
+  takeAll() {
+    const taken = new Set(this.items);
+    this.#replace(this.#latest.filter((one) => !taken.has(one))).catch(() => {});
+    return [...taken];
+  }
+
+  /**
+   * Lets go of the files that nothing that is still to be sent needs.
+   * @param {Item[]} items
+   */
+  async release(items) {
+    const paths = releasablePaths(items, [...this.#latest, ...this.#neededElsewhere()]);
+    if (paths.length > 0) await platform.releasePickedFiles(paths).catch(() => {});
+  }
+
+  /** Has the host open the files of earlier runs again. */
+  async restore() {
+    const paths = pathsOf([...this.items, ...this.#neededElsewhere()]);
+    if (paths.length > 0) await platform.restorePickedFiles(paths).catch(() => {});
+  }
+
+  /**
+   * Shows the items even where they could not be saved, and then rejects.
+   * @param {Item[]} items
+   */
+  async #replace(items) {
+    this.#latest = items;
+    try {
+      await this.#documents.save(DOCUMENT, items);
+    } catch (error) {
+      const why = error instanceof Error ? error.message : error;
+      throw new Error(`What is to be sent will not outlast this run. ${why}`, { cause: error });
+    } finally {
+      this.items = items;
+      this.dispatchEvent(new Event('change'));
+    }
+  }
+}

@@ -1,0 +1,79 @@
+// What was received, and where it is now.
+
+import { EngineFile } from '../engine/files.js';
+import { platform } from '../platform.js';
+import { textOf, utf8 } from '../protocol/bytes.js';
+import { plainFileName } from '../text/foreign_text.js';
+import { readWhole } from './whole_file.js';
+
+/** @typedef {import('./types.js').Transfer} Transfer */
+
+/** Characters (in UTF-16 units) of a text that the list of transfers holds. */
+const LISTED = 4000;
+/** Bytes of a text that are copied; the file may have grown since. */
+const LARGEST = 64 << 20;
+
+/**
+ * Drops the locations of what was moved or removed since it was received.
+ * @param {import('./transfers.js').Transfers} transfers
+ */
+export async function findReceived(transfers) {
+  for (const { id, locations } of transfers.list.filter((one) => one.locations.length > 0)) {
+    const found = await platform.locateReceivedFiles(locations.map(lastPiece)).catch(() => []);
+    const here = new Set(found.map(({ location }) => location));
+    const exists = await Promise.all(
+      locations.map(
+        (location) =>
+          here.has(location) || platform.receivedFileExists(location).catch(() => false),
+      ),
+    );
+    const left = locations.filter((_, at) => exists[at]);
+    if (left.length < locations.length) transfers.change(id, { locations: left });
+  }
+}
+
+/** @param {Transfer} transfer */
+export function firstLocation({ locations: [first] }) {
+  if (!first) throw new Error('It is no longer where it was received.');
+  return first;
+}
+
+/**
+ * Saves a long text as a file in the receive folder, so that the list of transfers stays small.
+ * @param {{ locations: string[], text: string | null }} received
+ * @param {string} deviceName
+ * @returns {Promise<Pick<Transfer, 'locations' | 'text' | 'textLocation'>>}
+ */
+export async function keepReceivedText({ locations, text }, deviceName) {
+  if (text === null || text.length <= LISTED) return { locations, text };
+  const name = plainFileName(`Text from ${deviceName}.txt`);
+  const path = await platform.temporaryReceivePath(name);
+  const file = await EngineFile.create(path);
+  try {
+    await file.write(0, utf8(text));
+    await file.flush();
+  } finally {
+    await file.close();
+  }
+  const location = await platform.publishReceivedFile({ path, name, relativePath: name });
+  const beginning = text.slice(0, LISTED);
+  return { locations: [...locations, location], text: beginning, textLocation: location };
+}
+
+/**
+ * Puts a received text on the clipboard, whole.
+ * @param {Transfer} transfer
+ */
+export async function copyReceivedText({ text, textLocation }) {
+  await platform.writeClipboardText(textLocation ? await textIn(textLocation) : (text ?? ''));
+}
+
+/** @param {string} path */
+async function textIn(path) {
+  const bytes = await readWhole(path, LARGEST);
+  if (!bytes) throw new Error('The text is no longer where it was received.');
+  return textOf(bytes);
+}
+
+/** @param {string} path */
+const lastPiece = (path) => path.slice(path.lastIndexOf('/') + 1);

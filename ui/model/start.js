@@ -1,0 +1,104 @@
+// Starts the application: loads the documents and hears the host's events. Only a host that does not
+// answer keeps it from starting.
+
+import { platform, platformEvents, listenToPlatform } from '../platform.js';
+import { digest, fingerprintOf, hex } from '../protocol/bytes.js';
+import { sweepScratchArea } from '../protocol/scratch_area.js';
+import { Application } from './application.js';
+import { Documents } from './documents.js';
+import { Outbox } from './outbox.js';
+import { fittingValues, isText } from './schema.js';
+import { loadSettings } from './settings.js';
+import { Transfers } from './transfers.js';
+import { Trust } from './trust.js';
+
+const DOCUMENT = 'device';
+
+/** @returns {Promise<Application>} */
+export async function startApplication() {
+  const documents = new Documents(await platform.appSupportPath());
+  const [name, { version }, identity] = await Promise.all([
+    platform.deviceName(),
+    platform.appVersion(),
+    platform.cryptoCreateIdentity().catch((error) => error),
+  ]);
+  const isIdentified = identity instanceof Uint8Array;
+  const key = isIdentified ? identity : new Uint8Array();
+  await documents.sweep();
+  const id = await deviceId(documents, key);
+  await sweepScratchArea(Date.now()).catch((error) => console.warn(error));
+  const [trust, transfers, settings, outbox] = await Promise.all([
+    Trust.load(documents),
+    Transfers.load(documents),
+    loadSettings(documents),
+    Outbox.load(documents),
+  ]);
+  const application = new Application({
+    documents,
+    trust,
+    transfers,
+    settings,
+    outbox,
+    party: { id, name, key },
+    self: { name, fingerprint: await fingerprintOf(key), version },
+    damage: damageText(documents),
+    problem: isIdentified ? null : `This device cannot prove who it is. ${identity.message}`,
+  });
+  listen(application);
+  await application.begin();
+  await platform.platformEventsReady();
+  return application;
+}
+
+/**
+ * This device's id. It follows from the key, so that a lost document does not change it.
+ * @param {Documents} documents
+ * @param {Uint8Array} key
+ */
+async function deviceId(documents, key) {
+  const stored = await documents.load(DOCUMENT, (content) =>
+    fittingValues(DOCUMENT, content, { id: isText }),
+  );
+  if (stored?.id) return stored.id;
+  const id = hex(await digest('Brevanholt device', key))
+    .slice(0, 32)
+    .replace(/^(.{8})(.{4})(.{4})(.{4})(.{12})$/, '$1-$2-$3-$4-$5');
+  await documents.save(DOCUMENT, { id }).catch(() => {});
+  return id;
+}
+
+/** What follows for the person from each document that is damaged. @type {Record<string, string>} */
+const CONSEQUENCES = {
+  settings: 'this device is hidden',
+  'trusted-devices': 'every device is met as a new one',
+  transfers: 'the list of transfers is empty',
+  outbox: 'what was to be sent is no longer listed',
+};
+
+/** @param {Documents} documents */
+function damageText({ damaged }) {
+  if (damaged.size === 0) return null;
+  const places = [...damaged].map(([name, place]) => `“${place ?? `${name}.json`}”`);
+  const follows = [...damaged.keys()].flatMap((name) => CONSEQUENCES[name] ?? []);
+  const consequence = follows.length > 0 ? ` (${follows.join(', ')})` : '';
+  return `Saved data could not be read${consequence}; it is kept as ${places.join(', ')}.`;
+}
+
+/** @param {Application} application */
+function listen(application) {
+  const on = (/** @type {string} */ name, /** @type {(detail: any) => void} */ hear) =>
+    platformEvents.addEventListener(name, (event) =>
+      hear(/** @type {CustomEvent} */ (event).detail),
+    );
+  const take = (/** @type {any} */ entries) => {
+    if (Array.isArray(entries)) application.add(entries).catch((error) => console.error(error));
+  };
+  on('sharedEntries', take);
+  on('filesDropped', (entries) => {
+    application.dragOver(false);
+    take(entries);
+  });
+  on('dragActiveChanged', (isActive) => application.dragOver(isActive === true));
+  on('discoveryRecoveryRequested', () => application.recover());
+  listenToPlatform();
+}

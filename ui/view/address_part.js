@@ -1,0 +1,48 @@
+// A device that announcements do not reach, by its address.
+
+import { element, setText, uniqueId } from './dom.js';
+
+/**
+ * @param {import('../model/application.js').Application} application
+ * @param {(action: () => unknown) => Promise<boolean>} attempt
+ */
+export function addressPart(application, attempt) {
+  const id = uniqueId();
+  const address = element('input', {
+    id,
+    autocomplete: 'off',
+    spellcheck: 'false',
+    placeholder: '192.168.1.20',
+    'aria-describedby': `${id}-description`,
+  });
+  const find = element('button', {}, 'Look for it');
+  const found = element('p', { class: 'faint', role: 'status' });
+  const form = element(
+    'form',
+    { class: 'setting' },
+    element('label', { for: id }, 'Find a device by its address'),
+    element(
+      'p',
+      { id: `${id}-description`, class: 'faint' },
+      'Where the network does not show it. It must be visible.',
+    ),
+    element('div', { class: 'field' }, address, find),
+    found,
+  );
+  const refresh = () => {
+    find.disabled = address.value.trim() === '';
+  };
+  address.addEventListener('input', refresh);
+  form.addEventListener('submit', async (event) => {
+    event.preventDefault();
+    const given = address.value.trim();
+    if (given === '') return;
+    find.disabled = true;
+    setText(found, 'Looking…');
+    const isThere = await attempt(() => application.reach(given));
+    setText(found, isThere ? 'It is in the list of devices now.' : '');
+    refresh();
+  });
+  refresh();
+  return form;
+}
