@@ -16,7 +16,8 @@ WebEngineOptions engineOptions(const LaunchOptions& options, const InstallLayout
           .keepsBundle = options.uiBundle.empty(),
           .webExtensions = layout.webExtensions,
           .uiArguments = options.uiArguments,
-          .developerTools = options.developerTools};
+          .developerTools = options.developerTools,
+          .isInFlatpak = isInFlatpak()};
 }
 
 // What ends with the user's session.

@@ -120,16 +120,17 @@ class Host:
             return None
 
     def web_processes(self):
-        """The page's processes of this run."""
-        return [
-            int(number)
-            for number in subprocess.run(
-                ["pgrep", "-P", str(self.process.pid), "-f", "WebKitWebProcess"],
-                capture_output=True,
-                text=True,
-                check=False,
-            ).stdout.split()
-        ]
+        """The page's processes of this run, which may be inside a sandbox."""
+        rows = [line.split() for line in output_of("ps", "-eo", "pid=,ppid=,comm=").splitlines()]
+        parents = {int(row[0]): int(row[1]) for row in rows}
+        found = []
+        for process in (int(row[0]) for row in rows if row[2].startswith("WebKitWebProces")):
+            above = process
+            while above in parents and above != self.process.pid:
+                above = parents[above]
+            if above == self.process.pid:
+                found.append(process)
+        return found
 
     def stop(self, with_signal=signal.SIGTERM):
         """Ends the program and returns its exit status."""

@@ -59,6 +59,16 @@ class CoreTest(RemoteTest):
         self.assertEqual((escapes["worked"], escapes["location"]), ([], "brevanholt-ui://bundle/"))
         self.assertLessEqual({"connect-src", "frame-src"}, set(escapes["blocked"]))
 
+    def test_keeps_the_pages_process_in_a_sandbox(self):
+        host, _ = self.start_remote()
+        if "no sandbox of its own" in host.log:
+            self.skipTest("bubblewrap cannot make namespaces here")
+        for space in ("mnt", "net", "pid"):
+            ours = os.readlink(f"/proc/{host.process.pid}/ns/{space}")
+            self.assertTrue(host.web_processes())
+            for page in host.web_processes():
+                self.assertNotEqual(os.readlink(f"/proc/{page}/ns/{space}"), ours)
+
     def test_loads_the_page_again_when_its_process_dies(self):
         host, remote = self.start_remote()
         os.kill(host.web_processes()[0], signal.SIGKILL)

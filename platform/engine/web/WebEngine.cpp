@@ -1,6 +1,7 @@
 #include "platform/engine/web/WebEngine.h"
 
 #include "platform/engine/web/NavigationLock.h"
+#include "platform/engine/web/PageSandbox.h"
 #include "platform/engine/web/link/LinkFrame.h"
 #include "platform/foundation/Log.h"
 
@@ -50,6 +51,7 @@ void WebEngine::createContext() {
   const GObjectPointer<WebKitWebsiteDataManager> nothingKept(
       webkit_website_data_manager_new_ephemeral());
   context_.reset(webkit_web_context_new_with_website_data_manager(nothingKept.get()));
+  sandboxPages(context_.get(), options_.webExtensions, options_.isInFlatpak);
   webkit_web_context_set_cache_model(context_.get(), WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
   g_signal_connect(context_.get(), "initialize-web-extensions",
                    G_CALLBACK(+[](WebKitWebContext* context, gpointer self) {

@@ -25,6 +25,7 @@ struct WebEngineOptions {
   std::filesystem::path webExtensions;  // holds the module that joins a page to the host
   std::vector<std::string> uiArguments;
   bool developerTools = false;
+  bool isInFlatpak = false;
 };
 
 // The UI in a WebKitGTK view. Only the bundle loads; a web process that dies is started again.
