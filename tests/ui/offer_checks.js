@@ -7,7 +7,6 @@ import { hex, jsonBytes, randomBytes, utf8 } from './protocol/bytes.js';
 import { Limit } from './protocol/limits.js';
 import { ManifestReader, manifestRecords } from './protocol/manifest.js';
 import { ReceivablePaths } from './protocol/receivable_names.js';
-import { contentRecord, segmentsIn, segmentsOf } from './protocol/segments.js';
 import { releasablePaths } from './model/items.js';
 import { QuestionGate } from './model/question_gate.js';
 
@@ -143,43 +142,6 @@ export const offerChecks = {
     equal(taken(`${'a/'.repeat(Limit.depth)}b`), null);
     for (let at = 0; at < 12_000; ++at) taken('same');
     equal(taken('same'), 'same (12000)');
-  },
-
-  async segmentsCoverEveryFileOnceInOrder() {
-    const sizes = [
-      0,
-      1,
-      3 * Limit.chunk + 7,
-      0,
-      ...Array.from({ length: 100 }, (_, at) => at),
-      Limit.chunk,
-    ];
-    const entries = sizes.map((size) => ({ size }));
-    const starts = sizes
-      .map((_, at) => [at, at === 2 ? Limit.chunk : 0])
-      .filter(([at]) => at !== 3);
-    const taken = new Map();
-    for (const record of segmentsOf(entries, starts)) {
-      const body = contentRecord(
-        record.map((one) => ({ ...one, bytes: new Uint8Array(one.length).fill(one.index) })),
-      );
-      equal(body.length <= Limit.frame - 20, true);
-      for (const { index, offset, length, bytes } of segmentsIn(body)) {
-        const expected = taken.get(index) ?? (index === 2 ? Limit.chunk : 0);
-        equal([offset, bytes.every((byte) => byte === index)], [expected, true]);
-        taken.set(index, offset + length);
-      }
-    }
-    equal(
-      [...taken],
-      sizes.map((size, at) => [at, size]).filter(([at]) => at !== 3),
-    );
-    const beyond = new Uint8Array(20);
-    beyond[7] = 5;
-    const many = new Uint8Array((Limit.segments + 1) * 16);
-    for (const body of [beyond, new Uint8Array(15), many]) {
-      equal(await refusal(() => [...segmentsIn(body)]), 'not-understood');
-    }
   },
 
   questionsOfStrangersArePacedAndTakeNothingFromKnownDevices() {

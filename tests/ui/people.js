@@ -1,11 +1,10 @@
 // Two persons' devices whose lasting keys are in the page, and what they do with each other.
 
-import { pipe, tappedPipe } from './pipe.js';
+import { pipe } from './pipe.js';
 import { randomBytes } from './protocol/bytes.js';
 import { Conversation } from './protocol/conversation.js';
 import { answer, call } from './protocol/handshake.js';
 import { agreedWithLasting, connectionKey } from './protocol/key_schedule.js';
-import { SealedStream } from './protocol/sealed_stream.js';
 
 const { subtle } = crypto;
 const importKey = (key, usage) => subtle.importKey('raw', key, 'AES-GCM', false, [usage]);
@@ -49,24 +48,15 @@ export const answers = (stream, who = bob) => answer(stream, who.party, who.last
 /** The sessions of both ends. */
 export const shaken = ([caller, callee]) => Promise.all([calls(caller), answers(callee)]);
 
-/** Both ends' conversations over streams. */
-export async function conversations(streams = pipe()) {
+/** Both ends' conversations. */
+export async function conversations() {
+  const streams = pipe();
   const sessions = await shaken(streams);
-  return sessions.map((session, at) => ({
-    session,
-    talk: new Conversation(new SealedStream(streams[at], session.keys), streams[at]),
-  }));
-}
-
-/** The frames that a caller sends in a handshake. */
-const HANDSHAKE = 4;
-
-/** Both ends' conversations with somebody between them, who sees the caller's records by number. */
-export function tappedConversations(meddle) {
-  return conversations(
-    tappedPipe((frame, number) =>
-      number < HANDSHAKE ? [frame] : meddle(frame, number - HANDSHAKE),
-    ),
+  return Promise.all(
+    sessions.map(async (session, at) => ({
+      session,
+      talk: new Conversation(await streams[at].protect(session.keys)),
+    })),
   );
 }
 

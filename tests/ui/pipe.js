@@ -1,10 +1,12 @@
-// Two ends of a connection within the page, with what crosses it to be seen and changed.
+// Two ends of a connection within the page, with what crosses it in the handshake to be seen and
+// changed. After that they pass records on as they are: sealing them is the host's.
 
 import { FrameStream } from './protocol/frames.js';
 
 /** What one end wrote and the other has not read. */
 class Way {
   bytes = [];
+  records = [];
   isOver = false;
   wake = () => {};
 
@@ -22,6 +24,38 @@ class Way {
     }
     return Uint8Array.from(this.bytes.splice(0, maximum));
   }
+
+  async receive(largest) {
+    while (this.records.length === 0 && !this.isOver) {
+      await new Promise((resolve) => {
+        this.wake = resolve;
+      });
+    }
+    const { type, body = '' } = this.records.shift() ?? {};
+    const isTooLarge = body.length + OVERHEAD > largest;
+    if (isTooLarge) throw Object.assign(new Error(), { code: 'socket_error', details: 'EPROTO' });
+    const nothing = { taken: 0, whole: [], texts: [], failed: [] };
+    return type ? { ...nothing, type, body } : { ...nothing, isEnd: true };
+  }
+}
+
+/** What a record's frame holds beside its body. */
+const OVERHEAD = 20;
+
+function sealedEnd(incoming, outgoing) {
+  const send = async (type, body) => {
+    outgoing.records.push({ type, body });
+    outgoing.wake();
+  };
+  return {
+    send,
+    receive: (largest) => incoming.receive(largest),
+    async part(type, body) {
+      if (type) send(type, body);
+      outgoing.write([], true);
+    },
+    close: async () => [incoming, outgoing].forEach((way) => way.write([], true)),
+  };
 }
 
 function end(incoming, outgoing, peer) {
@@ -29,6 +63,7 @@ function end(incoming, outgoing, peer) {
     peer,
     read: (minimum, maximum) => incoming.read(minimum, maximum),
     write: async (bytes, head = []) => outgoing.write([...head, ...bytes]),
+    protect: async () => sealedEnd(incoming, outgoing),
     finish: async () => outgoing.write([], true),
     close: async () => [incoming, outgoing].forEach((way) => way.write([], true)),
   };
@@ -49,7 +84,7 @@ export function tappedPipe(meddle) {
   const [caller, nearEnd] = pipe();
   const [farEnd, callee] = pipe();
   const pass = async (from, to, change) => {
-    for (let number = 0, frame; (frame = await from.read(1 << 22)); ++number) {
+    for (let number = 0, frame; (frame = await from.read()); ++number) {
       for (const passed of change(frame, number)) await to.write(passed);
     }
     await to.finish();

@@ -5,7 +5,7 @@
 // Failures are MethodErrors with the code "file_error", the system's text as message, and the
 // error's name, such as "ENOSPC", as details.
 
-import { MethodChannel } from './method_channel.js';
+import { MethodChannel, MethodError } from './method_channel.js';
 
 const channel = new MethodChannel('engine/files');
 
@@ -63,6 +63,19 @@ export function space(path) {
   return channel.invokeMethod('space', { path });
 }
 
+/**
+ * Resolves when whole files would outlast a power cut, each with a modification time (in milliseconds
+ * since 1970) and with the permissions of a file that this user makes.
+ * @param {{ path: string, modified: number }[]} files
+ * @returns {Promise<(MethodError | null)[]>} why each could not be saved, or null
+ */
+export async function settle(files) {
+  const failures = await channel.invokeMethod('settle', { files });
+  return failures.map((/** @type {[string, string, string] | null} */ failure) =>
+    failure ? new MethodError(...failure) : null,
+  );
+}
+
 /** One open file. */
 export class EngineFile {
   #handle;
@@ -112,15 +125,6 @@ export class EngineFile {
   /** Resolves when what was written would outlast a power cut. */
   flush() {
     return channel.invokeMethod('flush', { handle: this.#handle });
-  }
-
-  /**
-   * Resolves when the whole file would outlast a power cut, with a modification time and with the
-   * permissions of a file that this user makes.
-   * @param {number} modified in milliseconds since 1970
-   */
-  settle(modified) {
-    return channel.invokeMethod('settle', { handle: this.#handle, modified });
   }
 
   close() {

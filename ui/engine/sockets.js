@@ -6,6 +6,7 @@
 // as "ECONNREFUSED", as details. What waits on a socket that is closed fails with "ECANCELED".
 
 import { MethodChannel } from './method_channel.js';
+import { SealedConnection } from './transfers.js';
 
 const channel = new MethodChannel('engine/sockets');
 
@@ -37,6 +38,11 @@ class Socket {
    */
   call(method, args = {}) {
     return channel.invokeMethod(method, { handle: this.#handle, ...args });
+  }
+
+  /** @protected */
+  get handle() {
+    return this.#handle;
   }
 
   close() {
@@ -156,6 +162,16 @@ export class TcpConnection extends Socket {
    */
   write(bytes, head = null) {
     return this.call('tcpWrite', { head, bytes });
+  }
+
+  /**
+   * Hands the stream to the host, which seals and opens records on it. Nothing but what is returned
+   * may be used from then on.
+   * @param {{ send: Uint8Array, receive: Uint8Array }} keys of 32 bytes, for this connection alone
+   * @param {number} silence how long the other side may be silent, in milliseconds
+   */
+  protect(keys, silence) {
+    return SealedConnection.over(this.handle, keys, silence);
   }
 
   /** Sends nothing more; what the other side sends can still be read. */

@@ -170,7 +170,7 @@ export class Courier {
     });
     const manifest = await manifestDigest(entries);
     // The sender is silent until it is answered, so what comes first is its end or the content.
-    const first = conversation.next();
+    const first = conversation.arrival();
     first.catch(() => {});
     if (!scratch.wasAccepted(manifest)) {
       const message = await this.#lackOfSpace(bytesTotal);

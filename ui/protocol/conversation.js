@@ -1,4 +1,4 @@
-// A transfer's two sides talking over a sealed stream: whole records in order, with signs of life
+// A transfer's two sides talking over a sealed connection: whole records in order, with signs of life
 // while there is nothing to say, and an end that always has a reason.
 //
 // Until trust() is called the other side is a stranger: its frames are small and few.
@@ -21,53 +21,35 @@ export const Type = {
   received: 10,
   end: 11,
   ping: 12,
-  content: 64,
 };
 
-/** Records that are read, or being opened, before somebody takes them. */
-const AHEAD = 4;
 const SECOND = 1000; // ms
+const NOTHING = new Uint8Array(0);
 
+/** @typedef {import('../engine/transfers.js').SealedConnection} SealedConnection */
+/** @typedef {import('../engine/transfers.js').OutgoingPart} OutgoingPart */
+/** @typedef {import('../engine/transfers.js').IncomingPart} IncomingPart */
 /** @typedef {{ type: number, body: Uint8Array }} Received */
+/** What has come: of content, and then a record.
+ *  @typedef {import('../engine/transfers.js').Arrival & { record: Received | null }} Arrival */
 
 export class Conversation {
-  #stream;
-  #frames;
-  /** @type {Promise<Received | null>[]} */
-  #arrived = [];
-  /** @type {(() => void)[]} */
-  #wakeReader = [];
-  /** @type {(() => void)[]} */
-  #wakeTaker = [];
+  #connection;
   #isOver = false;
   #isTrusted = false;
   #records = 0;
   #pings = 0;
   #began = performance.now();
-  #heard = performance.now();
-  #isReading = false;
   #unwritten = 0;
-  #timers;
-  #reading;
+  #pinging;
   #closed = Promise.resolve();
 
-  /**
-   * @param {import('./sealed_stream.js').SealedStream} stream
-   * @param {import('./frames.js').FrameStream} frames what it stands on
-   */
-  constructor(stream, frames) {
-    this.#stream = stream;
-    this.#frames = frames;
-    frames.onBytes = () => {
-      this.#heard = performance.now();
-    };
-    this.#timers = [
-      setInterval(() => {
-        if (this.#unwritten === 0) this.send(Type.ping).catch(() => {});
-      }, Time.ping),
-      setInterval(() => this.#endSilence(), SECOND),
-    ];
-    this.#reading = this.#read();
+  /** @param {SealedConnection} connection */
+  constructor(connection) {
+    this.#connection = connection;
+    this.#pinging = setInterval(() => {
+      if (this.#unwritten === 0) this.send(Type.ping).catch(() => {});
+    }, Time.ping);
   }
 
   /** Whether it is over, by whichever side. */
@@ -78,8 +60,6 @@ export class Conversation {
   /** Lets the other side send as much as a transfer needs. */
   trust() {
     this.#isTrusted = true;
-    this.#wakeReaders();
-    this.#stream.largest = Limit.frame;
   }
 
   /**
@@ -87,37 +67,53 @@ export class Conversation {
    * @param {number} type
    * @param {Uint8Array} [body]
    */
-  async send(type, body) {
-    ++this.#unwritten;
-    try {
-      await this.#stream.send(type, body);
-    } finally {
-      --this.#unwritten;
+  send(type, body = NOTHING) {
+    return this.#write(this.#connection.send(type, body));
+  }
+
+  /**
+   * Sends content; resolves, with what could not be sent, when the system has taken the rest.
+   * @param {OutgoingPart[]} parts
+   */
+  sendContent(parts) {
+    return this.#write(this.#connection.sendContent(parts));
+  }
+
+  /**
+   * Says where content goes that is to come.
+   * @param {IncomingPart[]} parts
+   */
+  expectContent(parts) {
+    return this.#connection.expect(parts);
+  }
+
+  /**
+   * What comes next, but for pings: content, a record, or both. Throws the reason of the other side's
+   * end, and where there is no more. One call at a time.
+   * @returns {Promise<Arrival>}
+   */
+  async arrival() {
+    for (;;) {
+      const arrival = await this.#receive();
+      const { type, body = NOTHING } = arrival;
+      const record = type === undefined ? null : { type, body };
+      if (record) this.#charge(record);
+      if (record?.type === Type.end) throw TransferError.told(contentOf(body).code);
+      const isPing = record?.type === Type.ping;
+      if (record && !isPing) return { ...arrival, record };
+      if (hasContent(arrival)) return { ...arrival, record: null };
+      if (arrival.isEnd) throw new TransferError('lost');
     }
   }
 
   /**
-   * The other side's next record that is no ping. Throws the reason of its end, and where there is
-   * no more.
+   * The other side's next record that is no ping, before which no content may come.
    * @returns {Promise<Received>}
    */
   async next() {
-    for (;;) {
-      while (this.#arrived.length === 0) {
-        if (this.#isOver) throw new TransferError('lost');
-        await new Promise((resolve) => {
-          this.#wakeTaker.push(() => resolve(null));
-          this.#wakeReaders();
-        });
-      }
-      const taken = this.#arrived.shift();
-      this.#wakeReaders();
-      const record = await taken;
-      if (!record) throw new TransferError('lost');
-      this.#charge(record);
-      if (record.type === Type.end) throw TransferError.told(contentOf(record.body).code);
-      if (record.type !== Type.ping) return record;
-    }
+    const arrival = await this.arrival();
+    if (!arrival.record || hasContent(arrival)) throw new TransferError('not-understood');
+    return arrival.record;
   }
 
   /**
@@ -138,57 +134,41 @@ export class Conversation {
   async close(code) {
     if (this.#isOver) return this.#closed;
     this.#isOver = true;
-    this.#timers.forEach(clearInterval);
-    this.#arrived = [];
-    this.#wakeReaders();
-    this.#wakeTaker.splice(0).forEach((wake) => wake());
-    this.#closed = this.#partWith(code).finally(() => this.#stream.close());
+    clearInterval(this.#pinging);
+    // Hanging up on bytes that were not read resets the connection, and the other side might never
+    // hear why. So what it still sends is read until it hangs up as well.
+    const parted = code
+      ? this.#connection.part(Type.end, jsonBytes({ code }))
+      : this.#connection.part();
+    this.#closed = within(parted, Time.farewell, this.#connection, 'lost')
+      .catch(() => {})
+      .finally(() => this.#connection.close().catch(() => {}));
     return this.#closed;
   }
 
-  /** @param {string | undefined} code */
-  async #partWith(code) {
-    const farewell = code ? this.#stream.send(Type.end, jsonBytes({ code })) : Promise.resolve();
-    // Hanging up on bytes that were not read resets the connection, and the other side might never
-    // hear why. So what it still sends is read until it hangs up as well.
-    const parted = farewell.then(() => this.#stream.finish()).then(() => this.#reading);
-    await within(parted, Time.farewell, this.#frames, 'lost').catch(() => {});
+  async #receive() {
+    if (this.#isOver) throw new TransferError('lost');
+    const largest = this.#isTrusted ? Limit.frame : Limit.strangersFrame;
+    const received = this.#connection.receive(largest, this.#isTrusted).catch((error) => {
+      throw TransferError.of(error, 'lost');
+    });
+    const arrival = await received;
+    if (this.#isOver) throw new TransferError('lost');
+    return arrival;
   }
 
-  async #read() {
-    for (;;) {
-      while (!this.#mayReadOn()) {
-        await new Promise((resolve) => this.#wakeReader.push(() => resolve(null)));
-      }
-      let frame;
-      try {
-        this.#heard = performance.now();
-        this.#isReading = true;
-        frame = await this.#stream.readSealed();
-      } catch (error) {
-        this.#arrive(Promise.reject(TransferError.of(error, 'lost')));
-        return;
-      } finally {
-        this.#isReading = false;
-      }
-      if (!this.#isOver) this.#arrive(frame ? this.#stream.open(frame) : Promise.resolve(null));
-      if (!frame) return;
+  /**
+   * @template T
+   * @param {Promise<T>} writing
+   * @returns {Promise<T>}
+   */
+  async #write(writing) {
+    ++this.#unwritten;
+    try {
+      return await writing;
+    } finally {
+      --this.#unwritten;
     }
-  }
-
-  /** A stranger's record is read when somebody waits for it: the one before may change the bounds. */
-  #mayReadOn() {
-    if (this.#isOver) return true;
-    return this.#isTrusted ? this.#arrived.length < AHEAD : this.#wakeTaker.length > 0;
-  }
-
-  #wakeReaders() {
-    this.#wakeReader.splice(0).forEach((wake) => wake());
-  }
-
-  /** Silence is time without a byte: a large record may take long on a slow network. */
-  #endSilence() {
-    if (this.#isReading && performance.now() - this.#heard > Time.silence) this.#stream.close();
   }
 
   /**
@@ -201,18 +181,13 @@ export class Conversation {
     else if (!this.#isTrusted) ++this.#records;
     const pings = Limit.pings + (performance.now() - this.#began) / SECOND;
     const tooMany = this.#pings > pings || this.#records > Limit.strangersRecords;
-    const tooLarge =
-      (isPing && body.length > 0) || (type < Type.content && body.length > Limit.control);
-    if (tooMany || tooLarge) throw new TransferError('not-understood');
-  }
-
-  /** @param {Promise<Received | null>} record */
-  #arrive(record) {
-    record.catch(() => {}); // thrown to whoever takes it
-    this.#arrived.push(record);
-    this.#wakeTaker.splice(0).forEach((wake) => wake());
+    if (tooMany || (isPing && body.length > 0)) throw new TransferError('not-understood');
   }
 }
+
+/** @param {import('../engine/transfers.js').Arrival} arrival */
+const hasContent = ({ taken, whole, failed, wanted }) =>
+  taken > 0 || whole.length > 0 || failed.length > 0 || wanted !== undefined;
 
 /**
  * What a control record says; nothing where its body is empty.

@@ -9,7 +9,6 @@ import { TransferError } from './errors.js';
 import { FrameStream, within } from './frames.js';
 import { answer, call, probe, refuse } from './handshake.js';
 import { Time } from './limits.js';
-import { SealedStream } from './sealed_stream.js';
 
 /** The ports that a firewall's rule can name, and any other where both are taken. */
 const PORTS = [45457, 45458, 0];
@@ -77,7 +76,7 @@ export class Endpoint {
           const session = await call(stream, this.#self, lastingKey, (peer) => {
             return isIt(peer) && isStillWanted();
           });
-          return { ...contactOf(stream, session), address };
+          return { ...(await contactOf(stream, session)), address };
         }),
       ({ conversation }) => conversation.close(),
     );
@@ -145,7 +144,7 @@ export class Endpoint {
     const shaking = answer(stream, this.#self, lastingKey);
     const session = await within(shaking, Time.handshake, stream, 'no-answer');
     this.#slots.leave(stream);
-    const contact = contactOf(stream, session);
+    const contact = await contactOf(stream, session);
     const giveBack = this.#slots.take(this.#isKnown(session.peer));
     if (!giveBack) return contact.conversation.close('busy');
     try {
@@ -161,9 +160,8 @@ export class Endpoint {
  * @param {FrameStream} stream
  * @param {Session} session
  */
-function contactOf(stream, session) {
-  const conversation = new Conversation(new SealedStream(stream, session.keys), stream);
-  return { conversation, session };
+async function contactOf(stream, session) {
+  return { conversation: new Conversation(await stream.protect(session.keys)), session };
 }
 
 /**

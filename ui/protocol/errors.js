@@ -84,6 +84,8 @@ export class TransferError extends Error {
     if (error instanceof TransferError) return error;
     if (error?.details === 'ENOSPC' || error?.details === 'EDQUOT')
       return new TransferError('disk-full');
+    if (error?.details === 'EBADMSG' || error?.details === 'EPROTO')
+      return new TransferError('not-understood');
     if (error?.code === 'socket_error') return new TransferError('lost');
     const reason = error instanceof Error ? error.message : String(error);
     return new TransferError(fallback, `${SENTENCES[fallback]} ${reason}`);

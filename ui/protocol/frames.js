@@ -1,27 +1,18 @@
-// Frames on a connection: a size (32 bits, big-endian) and so many bytes.
+// The handshake's frames: a size (32 bits, big-endian) and so many bytes.
 
-import { joined } from './bytes.js';
 import { TransferError } from './errors.js';
+import { Limit, Time } from './limits.js';
 
 const PREFIX = 4;
-const NOTHING = new Uint8Array(0);
-
-/** Frames above this size are read in pieces, so that a slow one is seen to be coming. */
-const SMALLEST_PIECE = 4 << 10;
-const FIRST_PIECE = 64 << 10;
-/** In milliseconds: pieces that take less grow, those that take more shrink. */
-const QUICK = 100;
-const SLOW = 1000;
 
 /** @typedef {import('../engine/sockets.js').TcpConnection} TcpConnection */
+/** Of one direction each, for this connection alone.
+ *  @typedef {{ send: Uint8Array, receive: Uint8Array }} RecordKeys */
 
 export class FrameStream {
   #connection;
-  /** What was read of the next frame's size along with the frame before it. */
-  #ahead = NOTHING;
-  #piece = FIRST_PIECE;
-  /** Called whenever something was read. */
-  onBytes = () => {};
+  /** @type {Promise<import('../engine/transfers.js').SealedConnection> | null} */
+  #sealed = null;
 
   /** @param {TcpConnection} connection */
   constructor(connection) {
@@ -34,36 +25,38 @@ export class FrameStream {
 
   /**
    * The next frame; null at the other side's end. Throws where the end comes within a frame, or
-   * the frame is larger than `largest`. One read at a time.
-   * @param {number} largest
+   * the frame is larger than a stranger's may be. One read at a time.
    * @returns {Promise<Uint8Array | null>}
    */
-  async read(largest) {
-    if (this.#ahead.length < PREFIX) {
-      const more = await this.#connection.read(PREFIX - this.#ahead.length);
-      this.#ahead = joined(this.#ahead, more);
-      if (this.#ahead.length === 0) return null;
-      if (this.#ahead.length < PREFIX) throw new TransferError('lost');
-      this.onBytes();
-    }
-    const view = new DataView(this.#ahead.buffer, this.#ahead.byteOffset, PREFIX);
-    const size = view.getUint32(0);
-    if (size === 0 || size > largest) throw new TransferError('not-understood');
-    const bytes = await this.#readBody(size);
-    this.#ahead = bytes.slice(size);
-    return bytes.subarray(0, size);
+  async read() {
+    const prefix = await this.#connection.read(PREFIX);
+    if (prefix.length === 0) return null;
+    if (prefix.length < PREFIX) throw new TransferError('lost');
+    const size = new DataView(prefix.buffer, prefix.byteOffset, PREFIX).getUint32(0);
+    if (size === 0 || size > Limit.strangersFrame) throw new TransferError('not-understood');
+    const frame = await this.#connection.read(size);
+    if (frame.length < size) throw new TransferError('lost');
+    return frame;
   }
 
   /**
    * Resolves when the system has taken it.
    * @param {Uint8Array} frame
-   * @param {Uint8Array} [head] the frame's first bytes, where they stand elsewhere
    */
-  write(frame, head = NOTHING) {
-    const prefixed = new Uint8Array(PREFIX + head.length);
-    new DataView(prefixed.buffer).setUint32(0, head.length + frame.length);
-    prefixed.set(head, PREFIX);
-    return this.#connection.write(frame, prefixed);
+  write(frame) {
+    const prefix = new Uint8Array(PREFIX);
+    new DataView(prefix.buffer).setUint32(0, frame.length);
+    return this.#connection.write(frame, prefix);
+  }
+
+  /**
+   * The connection after the handshake, on which only records travel: nothing but close() may be
+   * called here from then on.
+   * @param {RecordKeys} keys
+   */
+  protect(keys) {
+    this.#sealed = this.#connection.protect(keys, Time.silence);
+    return this.#sealed;
   }
 
   /** Sends nothing more. */
@@ -73,55 +66,24 @@ export class FrameStream {
 
   /** What waits on it fails. */
   async close() {
-    await this.#connection.close().catch(() => {});
-  }
-
-  /**
-   * A frame's bytes, and at most the next frame's size behind them.
-   * @param {number} size
-   */
-  async #readBody(size) {
-    if (size <= this.#piece) return this.#readPiece(size, size + PREFIX);
-    const whole = new Uint8Array(size + PREFIX);
-    let filled = 0;
-    while (filled < size) {
-      const started = performance.now();
-      const rest = size - filled;
-      const bytes = await this.#readPiece(Math.min(rest, this.#piece), rest + PREFIX);
-      whole.set(bytes, filled);
-      filled += bytes.length;
-      const elapsed = performance.now() - started;
-      if (elapsed < QUICK) this.#piece = Math.min(2 * this.#piece, 8 << 20);
-      else if (elapsed > SLOW) this.#piece = Math.max(SMALLEST_PIECE, this.#piece / 2);
-    }
-    return whole.subarray(0, filled);
-  }
-
-  /**
-   * @param {number} minimum
-   * @param {number} maximum
-   */
-  async #readPiece(minimum, maximum) {
-    const bytes = await this.#connection.read(minimum, maximum);
-    if (bytes.length < minimum) throw new TransferError('lost');
-    this.onBytes();
-    return bytes;
+    const connection = (await this.#sealed?.catch(() => null)) ?? this.#connection;
+    await connection.close().catch(() => {});
   }
 }
 
 /**
- * Waits for something on a stream, and closes the stream where it does not come in time.
+ * Waits for something on a connection, and closes it where that does not come in time.
  * @template T
  * @param {Promise<T>} promise
  * @param {number} limit in milliseconds
- * @param {FrameStream} stream
+ * @param {{ close: () => unknown }} connection
  * @param {string} code of the error
  * @returns {Promise<T>}
  */
-export function within(promise, limit, stream, code) {
+export function within(promise, limit, connection, code) {
   return new Promise((resolve, reject) => {
     const timer = setTimeout(() => {
-      stream.close();
+      connection.close();
       reject(new TransferError(code));
     }, limit);
     promise.then(resolve, reject).finally(() => clearTimeout(timer));

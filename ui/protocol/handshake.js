@@ -6,7 +6,7 @@ import { isDeviceId, cleanName } from './announcement.js';
 import { digest, equalBytes, hex, jsonBytes, joined, objectOf, unhex } from './bytes.js';
 import { TransferError } from './errors.js';
 import { agreed, agreedWithLasting, connectionKey, KeySchedule } from './key_schedule.js';
-import { Limit, VERSION } from './limits.js';
+import { VERSION } from './limits.js';
 
 /** @typedef {import('./frames.js').FrameStream} FrameStream */
 /** @typedef {{ id: string, name: string, key: Uint8Array }} Party */
@@ -15,7 +15,7 @@ import { Limit, VERSION } from './limits.js';
  *  @property {(publicKey: Uint8Array) => Promise<Uint8Array>} agree
  *  @property {(key: Uint8Array, data: Uint8Array) => Promise<Uint8Array>} seal
  *  @property {(key: Uint8Array, data: Uint8Array) => Promise<Uint8Array>} open */
-/** @typedef {import('./sealed_stream.js').RecordKeys} RecordKeys */
+/** @typedef {import('./frames.js').RecordKeys} RecordKeys */
 /** @typedef {{ peer: Party, code: string, keys: RecordKeys }} Session */
 
 const KEY = 65;
@@ -201,7 +201,7 @@ async function expectConfirmation(stream, lasting, key, expected) {
  * @returns {Promise<Uint8Array>}
  */
 async function readFrame(stream) {
-  const frame = await stream.read(Limit.strangersFrame);
+  const frame = await stream.read();
   if (!frame) throw new TransferError('lost');
   return frame;
 }

@@ -2,31 +2,39 @@
 // whole and the sender has said that it is as it was offered. What fails concerns one file only, but
 // for a full disk.
 
-import { sync } from '../engine/files.js';
+import { settle, sync } from '../engine/files.js';
 import { platform } from '../platform.js';
-import { joined, textOf } from './bytes.js';
+import { textOf } from './bytes.js';
 import { TransferError } from './errors.js';
-import { IncomingFile } from './incoming_file.js';
-import { Pace } from './pace.js';
 
-/** Files and folders that are put into place at once. */
+/** Entries that the host is told of at once. */
+const EXPECTED = 500;
+/** Files that are put into place together, and how many such groups at once. */
+const GROUP = 128;
+const GROUPS = 2;
+/** Folders that are put into place at once. */
 const AT_ONCE = 16;
 
 /** @typedef {import('./manifest.js').Entry} Entry */
 /** @typedef {import('./scratch_area.js').TransferScratch} TransferScratch */
 /** @typedef {import('./scratch_area.js').Had} Had */
+/** @typedef {import('../engine/transfers.js').IncomingPart} IncomingPart */
 /** @typedef {{ index: number, code: string, isTold?: boolean }} Failure */
-/** A text as it arrives. @typedef {{ taken: number, pieces: Uint8Array[] }} IncomingText */
 
 export class Inbox {
   #entries;
   #scratch;
   /** What had arrived before, by entry. */
   #had;
-  /** Entries whose content is still to come, and what of them has begun.
-   *  @type {Map<number, IncomingFile | IncomingText | null>} */
-  #coming = new Map();
-  #last = -1;
+  #expect;
+  /** Entries that the host was not told of yet, in order. @type {number[]} */
+  #unexpected = [];
+  /** Entries that the sender has not spoken of yet. @type {Set<number>} */
+  #coming = new Set();
+  /** Those that are whole, texts with their content. @type {Map<number, Uint8Array | null>} */
+  #whole = new Map();
+  /** Where the content of entries is on its way. @type {Map<number, string>} */
+  #paths = new Map();
   /** @type {Set<Promise<void>>} */
   #finishing = new Set();
   /** What ends the whole transfer. @type {any} */
@@ -39,38 +47,49 @@ export class Inbox {
   #folders = new Set();
   /** @type {string[]} */
   #texts = [];
-  #pace = new Pace();
 
   /**
    * @param {Entry[]} entries
    * @param {TransferScratch} scratch
    * @param {Had[]} had
+   * @param {(parts: IncomingPart[]) => Promise<unknown>} expect tells the host where content goes
    */
-  constructor(entries, scratch, had) {
+  constructor(entries, scratch, had, expect) {
     this.#entries = entries;
     this.#scratch = scratch;
     this.#had = new Map(had.map((one) => [one.index, one]));
+    this.#expect = expect;
     for (const [index, { kind }] of entries.entries()) {
       const isInPlace = this.#had.get(index)?.digest === null;
-      if (kind !== 'directory' && !isInPlace) this.#coming.set(index, null);
+      if (kind === 'directory' || isInPlace) continue;
+      this.#coming.add(index);
+      this.#unexpected.push(index);
     }
+    this.#unexpected.reverse();
   }
 
-  /** @param {import('./segments.js').FilledSegment} segment */
-  async take({ index, offset, bytes }) {
+  /** Tells the host of the next entries, at least up to one. */
+  async expectMore(upTo = -1) {
+    const some = [];
+    while (
+      this.#unexpected.length > 0 &&
+      (some.length < EXPECTED || some[some.length - 1] < upTo)
+    ) {
+      some.push(/** @type {number} */ (this.#unexpected.pop()));
+    }
+    await this.#expect(await Promise.all(some.map((index) => this.#partOf(index))));
+  }
+
+  /**
+   * What has come of content.
+   * @param {import('../engine/transfers.js').Arrival} arrival
+   */
+  async take({ whole, texts, failed, wanted }) {
+    for (const index of whole) this.#whole.set(index, null);
+    for (const [index, bytes] of texts) this.#whole.set(index, bytes);
+    for (const [index, details] of failed) this.#fail(index, { details });
     if (this.#end) throw this.#end;
-    const coming = this.#coming.get(index) ?? this.#begin(index, offset);
-    if (offset !== coming.taken || offset + bytes.length > this.#entries[index].size) {
-      throw new TransferError('not-understood');
-    }
-    if (coming instanceof IncomingFile) {
-      const write = coming.write(bytes);
-      write.catch((error) => this.#fail(index, error));
-      await this.#pace.take(bytes.length, write);
-    } else {
-      coming.pieces.push(bytes.slice());
-      coming.taken += bytes.length;
-    }
+    if (wanted !== undefined) await this.expectMore(wanted);
   }
 
   /**
@@ -83,16 +102,23 @@ export class Inbox {
     for (const one of failed) {
       const [index, code] = Array.isArray(one) ? one : [];
       if (!this.#coming.has(index)) throw new TransferError('not-understood');
-      this.#drop(index);
+      this.#forget(index);
       this.#failures.set(index, { index, code: String(code), isTold: true });
     }
-    for (const [index, coming] of this.#coming) {
+    const group = [];
+    for (const index of this.#coming) {
       if (index > upTo) break;
-      if (coming?.taken !== this.#entries[index].size) throw new TransferError('not-understood');
-      this.#coming.delete(index);
-      this.#finish(index, coming);
-      while (this.#finishing.size >= AT_ONCE) await Promise.race(this.#finishing);
+      if (!this.#whole.has(index) && !this.#failures.has(index)) {
+        throw new TransferError('not-understood');
+      }
+      const text = this.#whole.get(index);
+      const isFile = this.#whole.has(index) && this.#entries[index].kind === 'file';
+      if (isFile) group.push({ index, path: this.#paths.get(index) ?? '' });
+      else if (this.#whole.has(index)) this.#texts.push(textOf(text ?? new Uint8Array(0)));
+      this.#forget(index);
+      if (group.length === GROUP) await this.#finish(group.splice(0));
     }
+    if (group.length > 0) await this.#finish(group);
   }
 
   /**
@@ -113,57 +139,72 @@ export class Inbox {
     };
   }
 
-  /** Closes what is open. */
+  /** Waits for what is being put into place. */
   async close() {
     await Promise.all(this.#finishing);
-    await Promise.all(
-      [...this.#coming.values()].map((one) => (one instanceof IncomingFile ? one.close() : null)),
-    );
   }
 
   /**
+   * Where an entry's content goes.
    * @param {number} index
-   * @param {number} offset
+   * @returns {Promise<IncomingPart>}
    */
-  #begin(index, offset) {
-    const isNext = index > this.#last && this.#coming.has(index);
-    const isHad = offset > 0 && offset === this.#had.get(index)?.bytes;
-    if (!isNext || (offset !== 0 && !isHad)) throw new TransferError('not-understood');
-    this.#last = index;
+  async #partOf(index) {
     const entry = this.#entries[index];
-    const coming =
-      entry.kind === 'text'
-        ? { taken: 0, pieces: [] }
-        : new IncomingFile(this.#scratch, entry, offset);
-    this.#coming.set(index, coming);
-    return coming;
-  }
-
-  /**
-   * @param {number} index
-   * @param {IncomingFile | IncomingText} coming
-   */
-  #finish(index, coming) {
-    const finishing = this.#place(index, coming)
-      .catch((error) => this.#fail(index, error))
-      .finally(() => this.#finishing.delete(finishing));
-    this.#finishing.add(finishing);
-  }
-
-  /**
-   * @param {number} index
-   * @param {IncomingFile | IncomingText} coming
-   */
-  async #place(index, coming) {
-    if (coming instanceof IncomingFile) this.#located(this.#entries[index], await coming.place());
-    else this.#texts.push(textOf(joined(...coming.pieces)));
+    const { kind, size } = entry;
+    if (kind === 'text') return { entry: index, path: null, offset: 0, size };
+    const offset = this.#had.get(index)?.bytes ?? 0;
+    const path = await this.#scratch.partFor(entry, offset);
+    this.#paths.set(index, path);
+    return { entry: index, path, offset, size };
   }
 
   /** @param {number} index */
-  #drop(index) {
-    const coming = this.#coming.get(index);
+  #forget(index) {
     this.#coming.delete(index);
-    if (coming instanceof IncomingFile) coming.close();
+    this.#whole.delete(index);
+    this.#paths.delete(index);
+  }
+
+  /**
+   * Begins to put files into place, and resolves when there is room for more.
+   * @param {{ index: number, path: string }[]} group
+   */
+  async #finish(group) {
+    const finishing = this.#place(group).finally(() => this.#finishing.delete(finishing));
+    this.#finishing.add(finishing);
+    while (this.#finishing.size >= GROUPS) await Promise.race(this.#finishing);
+  }
+
+  /** @param {{ index: number, path: string }[]} group */
+  async #place(group) {
+    try {
+      const files = group.map(({ index, path }) => ({
+        path,
+        modified: this.#entries[index].modified,
+      }));
+      const errors = await settle(files);
+      const settled = group.filter(({ index }, at) => {
+        if (errors[at]) this.#fail(index, errors[at]);
+        return !errors[at];
+      });
+      await this.#scratch.markWhole(settled.map(({ index }) => this.#entries[index]));
+      await Promise.all(settled.map((one) => this.#publish(one)));
+    } catch (error) {
+      for (const { index } of group) this.#fail(index, error);
+    }
+  }
+
+  /** @param {{ index: number, path: string }} file */
+  async #publish({ index, path }) {
+    const entry = this.#entries[index];
+    const relativePath = entry.path;
+    const name = relativePath.slice(relativePath.lastIndexOf('/') + 1);
+    try {
+      this.#located(entry, await platform.publishReceivedFile({ path, name, relativePath }));
+    } catch (error) {
+      this.#fail(index, error);
+    }
   }
 
   /**

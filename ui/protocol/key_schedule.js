@@ -3,7 +3,6 @@
 // AES-256-GCM; docs/protocol.md has the order in which the handshake calls them.
 
 import { digest, joined, sha256, utf8 } from './bytes.js';
-import { nonceOf } from './record_cipher.js';
 
 const { subtle } = crypto;
 const CURVE = { name: 'ECDH', namedCurve: 'P-256' };
@@ -13,6 +12,16 @@ const AGREEMENT_SALT = 'Brevanholt-v1';
 const KEY = 32;
 
 /** @typedef {{ publicKey: Uint8Array, privateKey: CryptoKey }} ConnectionKey */
+
+/**
+ * Four zero bytes and a counter of 64 bits.
+ * @param {number} counter
+ */
+function nonceOf(counter) {
+  const nonce = new Uint8Array(12);
+  new DataView(nonce.buffer).setBigUint64(4, BigInt(counter));
+  return nonce;
+}
 
 /**
  * HKDF with SHA-256 (RFC 5869).

@@ -21,9 +21,6 @@ export const Limit = {
   strangersRecords: 8,
   /** Pings that may come at once, beyond one a second. */
   pings: 5,
-  /** Content in one record, and the pieces of files that it may consist of. */
-  chunk: MIB,
-  segments: 64,
   /** The body of a control record. */
   control: 64 * KIB,
   /** What follows the size of the largest record: the rest of its header, segments, the tag. */

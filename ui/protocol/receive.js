@@ -6,7 +6,6 @@ import { TransferError } from './errors.js';
 import { Inbox } from './inbox.js';
 import { Time } from './limits.js';
 import { ManifestReader } from './manifest.js';
-import { segmentsIn } from './segments.js';
 
 /** Failures, or entries that had arrived, in one record. */
 const LISTED = 400;
@@ -42,40 +41,33 @@ export async function receiveOffer(conversation) {
  * @param {Conversation} conversation
  * @param {Entry[]} entries
  * @param {TransferScratch} scratch
- * @param {Promise<import('./conversation.js').Received>} first the record after the offer
+ * @param {Promise<import('./conversation.js').Arrival>} first what comes after the offer
  * @param {(bytes: number) => void} onProgress all that has arrived, with what had before
  * @returns {ReturnType<Inbox['finish']>}
  */
 export async function receiveAll(conversation, entries, scratch, first, onProgress) {
   const had = await scratch.had(entries);
-  const inbox = new Inbox(entries, scratch, had);
-  let arrived = 0;
+  const inbox = new Inbox(entries, scratch, had, (parts) => conversation.expectContent(parts));
+  let arrived = had.reduce((sum, { bytes, digest }) => sum + (digest === null ? bytes : 0), 0);
   /** @type {ReturnType<typeof setInterval> | undefined} */
   let telling;
   try {
     const list = had.map(({ index, bytes, digest }) => [index, bytes, ...(digest ? [digest] : [])]);
     await sendListed(conversation, Type.have, list);
+    await inbox.expectMore();
     await conversation.send(Type.accepted);
     telling = setInterval(() => {
       conversation.send(Type.taken, jsonBytes({ bytes: arrived })).catch(() => {});
     }, Time.taken);
-    const before = startsOf(had);
-    for (let next = first; ; next = conversation.next()) {
-      const { type, body } = await next;
-      if (type === Type.sent) break;
-      if (type === Type.checked) {
-        await inbox.check(contentOf(body));
-      } else if (type === Type.content) {
-        for (const segment of segmentsIn(body)) {
-          if (segment.offset === before.get(segment.index)) arrived += segment.offset;
-          before.delete(segment.index);
-          arrived += segment.length;
-          await inbox.take(segment);
-        }
-        onProgress(arrived);
-      } else {
-        throw new TransferError('not-understood');
-      }
+    for (let next = first; ; next = conversation.arrival()) {
+      const arrival = await next;
+      arrived += arrival.taken;
+      onProgress(arrived);
+      await inbox.take(arrival);
+      const { record } = arrival;
+      if (record?.type === Type.sent) break;
+      if (record?.type === Type.checked) await inbox.check(contentOf(record.body));
+      else if (record) throw new TransferError('not-understood');
     }
     const result = await inbox.finish();
     const failed = result.failures.filter(({ isTold }) => !isTold);
@@ -93,12 +85,6 @@ export async function receiveAll(conversation, entries, scratch, first, onProgre
     clearInterval(telling);
     await inbox.close();
     await scratch.close();
-  }
-
-  /** @param {import('./scratch_area.js').Had[]} all */
-  function startsOf(all) {
-    for (const { digest, bytes } of all) if (digest === null) arrived += bytes;
-    return new Map(all.map(({ index, bytes }) => [index, bytes]));
   }
 }
 

@@ -159,27 +159,26 @@ export class TransferScratch {
   }
 
   /**
-   * A file for an entry's content, which is opened for writing: new where it begins at 0.
+   * The file for an entry's content, of which so many bytes are there.
    * @param {Entry} entry
    * @param {number} offset
-   * @returns {Promise<{ file: EngineFile, path: string }>}
+   * @returns {Promise<string>} its path, at which there is nothing where that is 0
    */
-  async openPart(entry, offset) {
+  async partFor(entry, offset) {
     const name = await entryName(entry);
     const path = this.#pathOf(name);
-    if (offset > 0) return { file: await EngineFile.edit(path), path };
-    // What is there is not the beginning of what is sent now.
-    if (this.#parts.has(name)) await remove(path);
+    if (offset === 0 && this.#parts.has(name)) await remove(path);
     this.#parts.add(name);
-    return { file: await EngineFile.create(path), path };
+    return path;
   }
 
   /**
-   * Records that an entry has arrived as a whole, before it is put in place.
-   * @param {Entry} entry
+   * Records that entries have arrived as a whole, before they are put in place.
+   * @param {Entry[]} entries
    */
-  async markWhole(entry) {
-    await this.#append([`w ${await entryName(entry)}`]);
+  async markWhole(entries) {
+    const names = await Promise.all(entries.map(entryName));
+    if (names.length > 0) await this.#append(names.map((name) => `w ${name}`));
   }
 
   async close() {

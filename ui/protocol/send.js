@@ -1,19 +1,21 @@
 // The sending side of a transfer, from its offer to the other side's word that all was saved.
 
-import { jsonBytes } from './bytes.js';
+import { jsonBytes, utf8 } from './bytes.js';
 import { contentOf, Type } from './conversation.js';
 import { contentDigest } from './content_digest.js';
 import { TransferError } from './errors.js';
 import { beforeLong } from './introduction.js';
 import { manifestRecords, totalSize } from './manifest.js';
-import { contentRecord, segmentsOf } from './segments.js';
-import { Sources } from './sources.js';
 
-/** Records that are read, sealed and written at once. */
-const IN_FLIGHT = 5;
+/** Batches that the host has at once, so that it never waits for the page. */
+const IN_FLIGHT = 3;
+/** Files in a batch, and bytes of the last of which it ends. */
+const BATCH = 256;
+const BATCH_BYTES = 16 << 20;
 
 /** @typedef {import('./manifest.js').Entry & { source: string, text?: string }} Outgoing */
 /** @typedef {import('./conversation.js').Conversation} Conversation */
+/** @typedef {import('../engine/transfers.js').OutgoingPart} OutgoingPart */
 /** @typedef {import('./inbox.js').Failure} Failure */
 /** Bytes of an entry that the other side has, and their digest; none where it has the whole entry.
  *  @typedef {{ bytes: number, digest?: string }} Had */
@@ -38,16 +40,14 @@ export async function sendAll(conversation, transfer, entries, { onAccepted, onP
   await conversation.send(Type.offered, jsonBytes(offered));
   const had = await beforeLong(acceptance(conversation, entries));
   onAccepted();
-  const sources = new Sources(entries);
   const outcome = received(conversation, entries, onProgress);
-  try {
-    // The other side may end it at any time; then writing is over as well.
-    await Promise.race([sendContents(conversation, entries, had, sources), outcome]);
-    return [...sources.failures, ...(await outcome)];
-  } finally {
-    outcome.catch(() => {});
-    await sources.closeAll();
-  }
+  const sending = sendContents(conversation, entries, had);
+  sending.catch(() => {});
+  outcome.catch(() => {});
+  // The other side may end it at any time; then sending is over as well.
+  await Promise.race([sending, outcome]);
+  const late = await outcome;
+  return [...(await sending), ...late];
 }
 
 /**
@@ -98,45 +98,69 @@ async function received(conversation, entries, onProgress) {
 }
 
 /**
+ * Sends content a batch after the other, and after each what of it is not as it was offered.
  * @param {Conversation} conversation
  * @param {Outgoing[]} entries
  * @param {Map<number, Had>} had
- * @param {Sources} sources
+ * @returns {Promise<Failure[]>} of all batches
  */
-async function sendContents(conversation, entries, had, sources) {
-  /** @type {{ segments: import('./segments.js').Segment[], bytes: Promise<(Uint8Array | null)[]> }[]} */
-  const reading = [];
+async function sendContents(conversation, entries, had) {
+  /** @type {Failure[]} */
+  const failures = [];
   /** @type {Promise<void>[]} */
-  const writing = [];
-  let reported = 0;
-  const sendFirst = async () => {
-    const { segments, bytes } = /** @type {typeof reading[0]} */ (reading.shift());
-    const read = await bytes;
-    const filled = segments.flatMap((segment, at) => {
-      const content = read[at];
-      return content && !sources.hasFailed(segment.index) ? [{ ...segment, bytes: content }] : [];
-    });
-    if (filled.length > 0) {
-      writing.push(track(conversation.send(Type.content, contentRecord(filled))));
-    }
-    const last = segments[segments.length - 1];
-    const isWhole = last.offset + last.length === entries[last.index].size;
-    const failed = sources.failures.slice(reported).map(({ index, code }) => [index, code]);
-    reported = sources.failures.length;
-    // Whatever comes before the last segment's entry is through.
-    const upTo = isWhole ? last.index : last.index - 1;
-    writing.push(track(conversation.send(Type.checked, jsonBytes({ upTo, failed }))));
-    while (writing.length >= 2 * IN_FLIGHT) await writing.shift();
-  };
+  const sending = [];
   const starts = await startsOf(entries, had);
-  for (const segments of segmentsOf(entries, starts)) {
-    const bytes = Promise.all(segments.map((segment) => sources.read(segment)));
-    reading.push({ segments, bytes });
-    if (reading.length >= IN_FLIGHT) await sendFirst();
+  for (const batch of batchesOf(entries, starts)) {
+    const sent = sendBatch(conversation, batch).then((failed) => {
+      failures.push(...failed);
+    });
+    sent.catch(() => {}); // whoever waits for it hears of it
+    sending.push(sent);
+    if (sending.length >= IN_FLIGHT) await sending.shift();
   }
-  while (reading.length > 0) await sendFirst();
-  await Promise.all(writing);
+  await Promise.all(sending);
   await conversation.send(Type.sent);
+  return failures;
+}
+
+/**
+ * @param {Conversation} conversation
+ * @param {OutgoingPart[]} batch
+ * @returns {Promise<Failure[]>}
+ */
+async function sendBatch(conversation, batch) {
+  const failures = (await conversation.sendContent(batch)).map(([index, name]) => ({
+    index,
+    code: name === 'ESTALE' ? 'changed-file' : 'unreadable',
+  }));
+  const upTo = batch[batch.length - 1].entry;
+  const failed = failures.map(({ index, code }) => [index, code]);
+  await conversation.send(Type.checked, jsonBytes({ upTo, failed }));
+  return failures;
+}
+
+/**
+ * What is to be sent, in the order of the manifest: so many files, or bytes, that the other side hears
+ * often enough what it may put in place.
+ * @param {Outgoing[]} entries
+ * @param {Map<number, number>} starts the entries that are to be sent, each with its first offset
+ * @returns {Generator<OutgoingPart[]>}
+ */
+export function* batchesOf(entries, starts) {
+  /** @type {OutgoingPart[]} */
+  let batch = [];
+  let bytes = 0;
+  for (const [entry, offset] of starts) {
+    const { source, size, modified, text } = entries[entry];
+    const part = { entry, offset, size, modified };
+    batch.push(text === undefined ? { ...part, path: source } : { ...part, bytes: utf8(text) });
+    bytes += size - offset;
+    if (batch.length < BATCH && bytes < BATCH_BYTES) continue;
+    yield batch;
+    batch = [];
+    bytes = 0;
+  }
+  if (batch.length > 0) yield batch;
 }
 
 /**
@@ -161,10 +185,4 @@ async function startsOf(entries, had) {
 function listIn(list) {
   if (!Array.isArray(list) || !list.every(Array.isArray)) throw new TransferError('not-understood');
   return list;
-}
-
-/** Whoever waits for it hears of its failure. @param {Promise<void>} write */
-function track(write) {
-  write.catch(() => {});
-  return write;
 }

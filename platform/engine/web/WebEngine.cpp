@@ -32,6 +32,7 @@ WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
               options_.keepsBundle ? BundleScheme::Source::kMemory : BundleScheme::Source::kFiles),
       files_(messenger_, mainQueue),
       sockets_(messenger_),
+      transfers_(messenger_, sockets_.table(), mainQueue),
       applicationChannel_("engine/application", messenger_) {
   applicationChannel_.setMethodCallHandler([this](const MethodCall& call, MethodResult result) {
     if (call.method != "arguments") return std::move(result).notImplemented();
@@ -131,6 +132,7 @@ void WebEngine::pageJoined(WebKitUserMessage* message) {
 
 void WebEngine::pageGone() {
   files_.closeAll();
+  transfers_.closeAll();
   sockets_.closeAll();
 }
 

@@ -5,6 +5,7 @@
 #include "platform/engine/web/WebBinaryMessenger.h"
 #include "platform/engine/web/files/EngineFiles.h"
 #include "platform/engine/web/sockets/EngineSockets.h"
+#include "platform/engine/web/transfers/EngineTransfers.h"
 #include "platform/foundation/Lifetime.h"
 #include "platform/gtk/GLibPointers.h"
 #include "platform/gtk/GtkNativeView.h"
@@ -53,6 +54,7 @@ class WebEngine final : public UiEngine {
   WebBinaryMessenger messenger_;
   EngineFiles files_;
   EngineSockets sockets_;
+  EngineTransfers transfers_;
   MethodChannel applicationChannel_;
   GObjectPointer<WebKitWebContext> context_;
   GObjectPointer<WebKitWebView> webView_;

@@ -2,6 +2,7 @@
 
 #include "platform/channel/MethodChannel.h"
 #include "platform/engine/web/files/FileTable.h"
+#include "platform/engine/web/files/Settling.h"
 #include "platform/foundation/DispatchQueue.h"
 #include "platform/foundation/MainQueue.h"
 
@@ -10,7 +11,8 @@
 namespace brevanholt::platform {
 
 // Files for UI code, on the channel "engine/files". The disk is used on a thread of its own, one
-// operation after another, so a page that waits for each write sends no more than the disk takes.
+// operation after another, so a page that waits for each write sends no more than the disk takes;
+// only files that are whole are flushed on several.
 class EngineFiles {
  public:
   EngineFiles(BinaryMessenger& messenger, MainQueue& mainQueue);
@@ -20,6 +22,7 @@ class EngineFiles {
 
  private:
   std::shared_ptr<FileTable> table_ = std::make_shared<FileTable>();  // for the thread alone
+  Settling settling_;
   MethodChannel channel_;
   DispatchQueue thread_{"brevanholt.engine-io"};
 };

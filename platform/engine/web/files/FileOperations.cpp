@@ -95,11 +95,12 @@ void flushFile(int descriptor) {
   if (::fdatasync(descriptor) != 0) throw FileError("save", "the file", errno);
 }
 
-void settleFile(int descriptor, std::int64_t modified) {
+void settleFile(const std::filesystem::path& path, std::int64_t modified) {
+  const FileDescriptor file = editFile(path);
   const timespec times[] = {{0, UTIME_OMIT}, timeOf(modified)};
-  if (::futimens(descriptor, times) != 0 || ::fchmod(descriptor, permissionsOfNewFiles()) != 0 ||
-      ::fsync(descriptor) != 0) {
-    throw FileError("save", "the file", errno);
+  if (::futimens(file.get(), times) != 0 || ::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
+      ::fsync(file.get()) != 0) {
+    throw FileError("save", path, errno);
   }
 }
 

@@ -23,8 +23,8 @@ void writeAt(int descriptor, std::int64_t offset, const Bytes& bytes);
 void flushFile(int descriptor);
 
 // Flushes a file that is whole, gives it a modification time (milliseconds since 1970) and the
-// permissions of a file that this user makes (0666 less the umask).
-void settleFile(int descriptor, std::int64_t modified);
+// permissions of a file that this user makes (0666 less the umask). Links are refused.
+void settleFile(const std::filesystem::path& path, std::int64_t modified);
 
 // What this user may still write to the file system of a folder, in bytes.
 [[nodiscard]] std::int64_t freeSpace(const std::filesystem::path& folder);

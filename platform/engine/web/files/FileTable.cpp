@@ -14,12 +14,6 @@ namespace {
 constexpr std::size_t kMostOpenFiles = 256;
 constexpr std::int64_t kLongestRead = 16 << 20;
 
-std::filesystem::path pathIn(const Map& arguments, const char* key = "path") {
-  const auto path = pathFrom(textIn(arguments, key));
-  if (!path || !path->is_absolute()) throw PlatformError("The path of a file must be absolute.");
-  return *path;
-}
-
 std::string_view textOf(const Bytes& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
@@ -59,11 +53,6 @@ Reply FileTable::dispatch(const MethodCall& call, const Map& arguments) {
     return Value();
   }
   if (call.method == "flush") return flushFile(at(arguments).descriptor.get()), Value();
-  if (call.method == "settle") {
-    const OpenFile& file = at(arguments);
-    if (!file.isWritable) throw PlatformError("The file is open for reading only.");
-    return settleFile(file.descriptor.get(), sizeIn(arguments, "modified")), Value();
-  }
   if (call.method == "sync") return syncDirectory(pathIn(arguments)), Value();
   if (call.method == "space") return freeSpace(pathIn(arguments));
   if (call.method == "close") return open_.erase(sizeIn(arguments, "handle")), Value();

@@ -17,7 +17,6 @@ namespace brevanholt::platform {
 //   read {handle, offset, length} bytes, fewer than asked only at the file's end
 //   write {handle, offset, bytes} null, when all of it is written
 //   flush {handle}                null, when it is on the disk
-//   settle {handle, modified}     null: it is on the disk, with that time and usual permissions
 //   close {handle}                null
 //   replace {path, bytes}         null: the file holds exactly these bytes, or what it held before
 //   list {path}                   the names in a folder

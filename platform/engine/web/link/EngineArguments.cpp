@@ -1,5 +1,6 @@
 #include "platform/engine/web/link/EngineArguments.h"
 
+#include "platform/foundation/Files.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cstring>
@@ -26,6 +27,22 @@ std::int64_t sizeIn(const Map& arguments, std::string_view key) {
 
 const std::string& textIn(const Map& arguments, std::string_view key) {
   return required<std::string>(arguments, key, "a text");
+}
+
+std::filesystem::path pathIn(const Map& arguments, std::string_view key) {
+  auto path = pathFrom(textIn(arguments, key));
+  if (!path || !path->is_absolute()) throw PlatformError("The path of a file must be absolute.");
+  return *std::move(path);
+}
+
+const List& listIn(const Map& arguments, std::string_view key) {
+  return required<List>(arguments, key, "a list");
+}
+
+const Map& mapIn(const Value& entry) {
+  const auto* map = entry.getIf<Map>();
+  if (map == nullptr) throw PlatformError("An entry of the list must be a map.");
+  return *map;
 }
 
 const Bytes& bytesIn(const Map& arguments) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,11 @@ namespace brevanholt::platform {
 
 [[nodiscard]] std::int64_t sizeIn(const Map& arguments, std::string_view key);
 [[nodiscard]] const std::string& textIn(const Map& arguments, std::string_view key);
+// Of an absolute path.
+[[nodiscard]] std::filesystem::path pathIn(const Map& arguments, std::string_view key = "path");
+[[nodiscard]] const List& listIn(const Map& arguments, std::string_view key);
+// Of a list whose entries are maps.
+[[nodiscard]] const Map& mapIn(const Value& entry);
 [[nodiscard]] const Bytes& bytesIn(const Map& arguments);
 // Null where the argument is missing or null.
 [[nodiscard]] const Bytes* optionalBytesIn(const Map& arguments, std::string_view key);

@@ -10,6 +10,9 @@ class EngineSocket {
  public:
   virtual ~EngineSocket() = default;
 
+  // For somebody else to go on with; what waits on this object waits until it is destroyed.
+  [[nodiscard]] FileDescriptor release() { return std::move(descriptor_); }
+
  protected:
   explicit EngineSocket(FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
   [[nodiscard]] int descriptor() const { return descriptor_.get(); }

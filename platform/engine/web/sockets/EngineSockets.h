@@ -16,6 +16,7 @@ class EngineSockets {
 
   // Closes what the page that has gone left open.
   void closeAll() { table_.closeAll(); }
+  [[nodiscard]] SocketTable& table() { return table_; }
 
  private:
   SocketTable table_;

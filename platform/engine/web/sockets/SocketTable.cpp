@@ -116,6 +116,12 @@ Value SocketTable::add(std::unique_ptr<EngineSocket> socket, const Value& descri
   return withHandle(lastHandle_, description);
 }
 
+FileDescriptor SocketTable::release(std::int64_t handle) {
+  FileDescriptor descriptor = at<TcpConnection>(Map{{"handle", handle}}).release();
+  open_.erase(handle);
+  return descriptor;
+}
+
 void SocketTable::expectRoom() const {
   if (open_.size() >= kMostSockets) throw PlatformError("Too many sockets are open.");
 }

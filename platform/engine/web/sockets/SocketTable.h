@@ -34,6 +34,10 @@ class SocketTable {
   void perform(const MethodCall& call, MethodResult result);
   void closeAll() { open_.clear(); }
 
+  // Gives up a TCP connection for somebody else to go on with. Throws PlatformError where there is
+  // none under that handle. The handle is not used again.
+  [[nodiscard]] FileDescriptor release(std::int64_t handle);
+
  private:
   template <class Socket>
   [[nodiscard]] Socket& at(const Map& arguments) const;

@@ -1,7 +1,10 @@
 #include "platform/engine/web/files/FileTable.h"
+#include "platform/engine/web/files/Settling.h"
+#include "tests/fakes/FakeMainQueue.h"
 #include "tests/support/PrintValue.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -39,8 +42,26 @@ class FileTableTest : public testing::Test {
     return name != nullptr ? *name : error->message;
   }
 
+  // For each path the name of the system's error, or "saved".
+  std::vector<std::string> settle(const std::vector<std::string>& paths) {
+    List files;
+    for (const std::string& path : paths) {
+      files.push_back(Map{{"path", path}, {"modified", std::int64_t{1'600'000'000'123}}});
+    }
+    std::optional<Reply> found;
+    Settling(queue_).perform({"settle", Map{{"files", std::move(files)}}},
+                             MethodResult([&found](Reply reply) { found = std::move(reply); }));
+    queue_.runUntil([&found] { return found.has_value(); });
+    std::vector<std::string> outcomes;
+    for (const Value& one : *std::get<Value>(found.value()).getIf<List>()) {
+      outcomes.push_back(one.isNull() ? "saved" : *one.getIf<List>()->at(2).getIf<std::string>());
+    }
+    return outcomes;
+  }
+
   TemporaryFolder folder_;
   FileTable table_;
+  FakeMainQueue queue_;
 };
 
 TEST_F(FileTableTest, WritesWhereItIsToldAndReadsRanges) {
@@ -77,8 +98,8 @@ TEST_F(FileTableTest, GoesOnWithAFileAndSettlesIt) {
 
   const auto file = handle("edit", path);
   EXPECT_EQ(write(file, 0, "whole"), Reply(Value()));
-  const Map settled{{"handle", file}, {"modified", std::int64_t{1'600'000'000'123}}};
-  EXPECT_EQ(call("settle", settled), Reply(Value()));
+  EXPECT_THAT(settle({path, folder_ / "link", folder_ / "none"}),
+              testing::ElementsAre("saved", "ELOOP", "ENOENT"));
   const Reply found = at("stat", path);
   EXPECT_EQ(std::get<Value>(found).getIf<Map>()->find("modified")->integer(), 1'600'000'000'123);
   const mode_t mask = ::umask(0);
@@ -86,10 +107,6 @@ TEST_F(FileTableTest, GoesOnWithAFileAndSettlesIt) {
   EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0666 & ~mask));
   EXPECT_GT(std::get<Value>(at("space", folder_.path())).integer(), 0);
   EXPECT_EQ(at("sync", folder_.path()), Reply(Value()));
-
-  const auto reader = handle("open", path);
-  EXPECT_EQ(errorOf(call("settle", Map{{"handle", reader}, {"modified", std::int64_t{0}}})),
-            "The file is open for reading only.");
 }
 
 TEST_F(FileTableTest, ListsNamesAndMovesOnlyToAFreeName) {
