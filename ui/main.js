@@ -1,15 +1,28 @@
 // Starts the application and shows it.
 
+import { appearance, listenToEngine, locale } from './engine/application.js';
 import { startApplication } from './model/start.js';
 import { invoke, platformEvents } from './platform.js';
+import { speak } from './text/words.js';
+import { followAppearance } from './view/appearance.js';
 import { errorText } from './view/notices.js';
 import { mountWindow, showStartFailure } from './view/window.js';
 
 const EVENTS = ['sharedEntries', 'filesDropped', 'dragActiveChanged', 'discoveryRecoveryRequested'];
 
+/** Where the host does not say what the person reads. */
+const ofTheEngine = () => ({
+  languages: [...navigator.languages],
+  time: navigator.language,
+  numbers: navigator.language,
+});
+
 try {
+  speak(await locale().catch(ofTheEngine));
+  const show = followAppearance();
+  appearance().then(show, () => {});
   const application = await startApplication();
-  mountWindow(document.body, application, {
+  const { closeAsked } = mountWindow(document.body, application, {
     invoke,
     listen(heard) {
       for (const name of EVENTS) {
@@ -19,6 +32,15 @@ try {
       }
     },
   });
+  /** @type {Record<string, (detail: any) => void>} */
+  const heard = {
+    appearanceChanged: show,
+    closeAsked,
+    dragMoved: (drag) => application.dragMoved(drag),
+    dragLeft: () => application.dragLeft(),
+    dropped: (drag) => application.dropped(drag),
+  };
+  listenToEngine((event, detail) => heard[event]?.(detail));
 } catch (error) {
   console.error(error);
   showStartFailure(document.body, errorText(error));

@@ -1,24 +1,37 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/BuildInfo.h"
+#include "platform/foundation/Files.h"
 #include "platform/linux/portal/Flatpak.h"
 
 #include <glib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <thread>
 
 namespace brevanholt::platform {
 namespace {
 
+// Throws PlatformError for a folder that is no bundle.
+std::filesystem::path bundleIn(const std::filesystem::path& folder) {
+  if (!isDirectory(folder)) throw FileError("open the user interface in", folder, ENOTDIR);
+  const auto page = folder / "index.html";
+  if (!fileExists(page)) throw FileError("open the user interface's page", page, ENOENT);
+  return folder;
+}
+
 WebEngineOptions engineOptions(const LaunchOptions& options, const InstallLayout& layout) {
-  return {.uiBundle = options.uiBundle.empty() ? layout.uiBundle : options.uiBundle,
+  return {.uiBundle = bundleIn(options.uiBundle.empty() ? layout.uiBundle : options.uiBundle),
           .keepsBundle = options.uiBundle.empty(),
           .webExtensions = layout.webExtensions,
           .uiArguments = options.uiArguments,
           .developerTools = options.developerTools,
           .isInFlatpak = isInFlatpak()};
 }
+
+// Shares that are staged there are removed once nothing needs them any more.
+constexpr const char* kShareInbox = ".NativeShareInbox";
 
 // What ends with the user's session.
 std::filesystem::path sessionStateFile() {
@@ -67,8 +80,16 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
                            if (runs) desktop_.willRunHidden();
                            engine_.setRunsWhileHidden(runs);
                          }),
+      pageServices_(sessionBus_, {.page = engine_.application(),
+                                  .application = application_,
+                                  .window = mainWindow_,
+                                  .dropContainer = dropContainer_,
+                                  .statusItem = statusItem_,
+                                  .workspace = *desktop_.workspace,
+                                  .help = layout_.help}),
       updateNotice_(layout_.executable, mainWindow_.gtk(),
                     [this] { processActivities_.whenQuiet([this] { application_.restart(); }); }) {
+  application_.setPastedPictures(folders_.downloads / kShareInbox);
   application_.setStartedAgainHandler([this] { updateNotice_.check(); });
 }
 

@@ -4,6 +4,7 @@
 #include "platform/engine/web/WebEngine.h"
 #include "platform/gtk/GLibMainQueue.h"
 #include "platform/linux/DesktopAccess.h"
+#include "platform/linux/PageServices.h"
 #include "platform/linux/bus/Bus.h"
 #include "platform/linux/previews/ChildImagePreviewer.h"
 #include "platform/linux/previews/TumblerThumbnailer.h"
@@ -60,6 +61,7 @@ class LinuxPlatform {
   KeyFileUserDefaults portalState_{folders_.configuration / "portal.ini"};
   DesktopAccess desktop_;
   LinuxProcessActivities processActivities_;
+  PageServices pageServices_;
   UpdateNotice updateNotice_;
   GioNetworkMonitor networkMonitor_;
   DBusWakeNotices wakeNotices_{systemBus_, sessionBus_};

@@ -2,6 +2,7 @@
 
 import js from '@eslint/js';
 import globals from 'globals';
+import catalogueRule from './catalogue_rule.js';
 
 export default [
   js.configs.recommended,
@@ -30,5 +31,16 @@ export default [
       'prefer-const': 'error',
       'prefer-template': 'error',
     },
+  },
+  {
+    files: [
+      'ui/view/**/*.js',
+      'ui/model/**/*.js',
+      'ui/protocol/errors.js',
+      'ui/text/*.js',
+      'ui/main.js',
+    ],
+    plugins: { brevanholt: { rules: { catalogue: catalogueRule } } },
+    rules: { 'brevanholt/catalogue': 'error' },
   },
 ];

@@ -128,7 +128,7 @@ class NeighboursTest(unittest.TestCase):
     def test_sends_files_folders_and_text(self):
         anna, bob = self.station("anna"), self.station("bob")
         anna.start()
-        anna.sees("Nobody is nearby yet")
+        anna.sees("No devices found")
         anna.screenshot(PICTURES / "neighbours-1-alone.png")
         bob.start()
         anna.sees("bob", 2)
@@ -160,7 +160,7 @@ class NeighboursTest(unittest.TestCase):
         self.assertEqual(hashes(bob.received)["film.mkv"], hashes(anna.folder)["film.mkv"])
 
         bob.stop()
-        anna.sees("Nobody is nearby yet", 15)
+        anna.sees("No devices found", 15)
         bob.start()
         bob.sees("Received from anna")
         anna.sees("Known device")
@@ -208,7 +208,7 @@ class NeighboursTest(unittest.TestCase):
             anna.sees("The connection was lost.", 30)
             anna.screenshot(PICTURES / "neighbours-lost.png")
             bob.start()
-            bob.sees("The program ended before it was done.")
+            bob.sees("Brevanholt was closed before this finished.")
             self.assertNotIn("huge.bin", hashes(bob.received))
             bob.press("Remove huge.bin from the list")
             wait_until(lambda: not list(bob.home.rglob("*.part")), "the scratch file to go")
@@ -226,7 +226,7 @@ class NeighboursTest(unittest.TestCase):
             filler = bob.home / ".cache/filler"
             subprocess.run(["cp", "/dev/zero", filler], check=False, capture_output=True)
             bob.sees("There is not enough space on the disk.")
-            anna.sees("There is not enough space on the other device’s disk.")
+            anna.sees("There is not enough space on the disk of bob.")
             self.assertEqual(hashes(bob.received), {})
             self.assertEqual(list(bob.home.rglob("*.part")), [])
 
@@ -271,7 +271,7 @@ class NeighboursTest(unittest.TestCase):
             bob.press("Accept")
             self.wait_for_progress(bob)
             anna.press("Pause changing.bin")
-            bob.sees("Paused on the other device.")
+            bob.sees("Paused on anna.")
             self.assertEqual(len(list(bob.home.rglob("*.part"))), 1)
             with open(changing, "r+b") as file:
                 file.write(b"changed")

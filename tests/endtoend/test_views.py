@@ -9,7 +9,17 @@ import unittest
 from host import SOURCE, HostTest, Orders, output_of, visible_window, wait_until
 from tray import PICTURES
 
-STATES = ("empty", "ready", "requests", "active", "recents", "changed", "dragging", "long")
+STATES = (
+    "empty",
+    "ready",
+    "requests",
+    "waiting",
+    "active",
+    "recents",
+    "changed",
+    "dragging",
+    "long",
+)
 WIDTHS = (380, 640, 1100)
 
 
@@ -79,11 +89,13 @@ class ViewsTest(HostTest):
 
         controls = [
             "Visible nearby",
-            "Settings",
+            "Menu",
             "They match",
             "They differ",
-            "Accept 12 files from Pixel 9",
-            "Decline 12 files from Pixel 9",
+            "What is in IMG_2041.jpg and 3 more",
+            "Trip20 files, 8.0 MB",
+            "Accept IMG_2041.jpg and 3 more from Pixel 9",
+            "Decline IMG_2041.jpg and 3 more from Pixel 9",
             "Add files",
             "Add folder",
             "Write text",
@@ -97,11 +109,12 @@ class ViewsTest(HostTest):
         press("Escape", "Write text")
         for name in controls[-2:0:-1]:
             press("shift+Tab", name)
+        press("Return", "SettingsCtrl+Comma")
         press("Return", "Settings")  # the dialog's heading
         wait_until(lambda: give({})["dialogs"] == 1, "the dialog")
-        press("Escape", "Settings")
+        press("Escape", "Menu")
         self.assertEqual(give({})["dialogs"], 0)
-        for name in controls[2:5]:
+        for name in controls[2:7]:
             press("Tab", name)
         output_of("xdotool", "key", "Return")
         wait_until(

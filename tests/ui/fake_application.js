@@ -3,7 +3,6 @@
 
 import { FINGERPRINT, SETTINGS } from './sample_state.js';
 
-const EVENTS = { isDragOver: 'drag' };
 const ACTIONS = [
   'pickFiles',
   'pickFolder',
@@ -26,7 +25,16 @@ const ACTIONS = [
   'agreeToNewKey',
   'forgetDevice',
   'openReceiveFolder',
+  'openFormerFolder',
+  'acceptUpTo',
   'requestNotifications',
+  'takeSuggestion',
+  'dismissSuggestion',
+  'paste',
+  'openHelp',
+  'askToClose',
+  'closeWindow',
+  'quit',
 ];
 
 export class FakeApplication extends EventTarget {
@@ -34,7 +42,8 @@ export class FakeApplication extends EventTarget {
   devices = [];
   outbox = [];
   transfers = [];
-  isDragOver = false;
+  drag = null;
+  suggestion = null;
   problem = null;
   damage = null;
   knownDevices = [];
@@ -57,7 +66,7 @@ export class FakeApplication extends EventTarget {
   change(state) {
     Object.assign(this, state);
     for (const name of Object.keys(state)) {
-      this.dispatchEvent(new CustomEvent(EVENTS[name] ?? name));
+      this.dispatchEvent(new CustomEvent(name));
     }
   }
 
@@ -68,6 +77,10 @@ export class FakeApplication extends EventTarget {
 
   async preview() {
     return this.picture;
+  }
+
+  async itemPreview() {
+    return null;
   }
 
   async #act(name, given) {

@@ -34,6 +34,13 @@ export function control(name, root = document) {
   return found[0];
 }
 
+/** Opens what an entry of the menu opens. */
+export function open(entry) {
+  control('Menu').click();
+  const found = [...document.querySelectorAll('[role=menuitem]')];
+  found.find((one) => one.firstElementChild.textContent === entry).click();
+}
+
 /** Until what has just come in takes clicks. */
 export async function answerable() {
   const deadline = performance.now() + 10_000;

@@ -24,6 +24,10 @@ export const OUTBOX = [
   { path: '', name: 'Text', size: 36, kind: 'text', text: 'The wifi password is correct horse' },
 ];
 
+const node = (name, given) => ({ name, kind: 'file', size: 400_000, fileCount: 1, ...given });
+const folder = (name, children) =>
+  node(name, { kind: 'directory', size: 8_000_000, fileCount: 20, children });
+
 export const transfer = (given) => ({
   id: 'transfer',
   direction: 'receive',
@@ -39,8 +43,9 @@ export const transfer = (given) => ({
   rate: 0,
   secondsLeft: null,
   items: [],
-  offered: [],
-  offeredCount: 0,
+  contents: [node(given.name ?? 'holiday.jpg')],
+  itemCount: 1,
+  isConfirmed: false,
   locations: [],
   text: null,
   number: '0'.repeat(32),
@@ -57,10 +62,18 @@ const sent = (given) => transfer({ direction: 'send', ...given });
 
 export const RECENTS = [
   received({ id: 'r1', name: 'sunset.png', locations: ['/tmp/sunset.png'] }),
-  received({ id: 'r2', name: LONG, locations: ['/tmp/x'], fileCount: 214 }),
+  received({
+    id: 'r2',
+    name: 'x.tar and 2 more',
+    contents: [node('x.tar'), node('y.txt'), folder('Photos', [])],
+    locations: ['/tmp/x.tar', '/tmp/y.txt', `/tmp/${LONG}`],
+    itemCount: 3,
+    fileCount: 214,
+  }),
   received({
     id: 'r3',
     name: 'Text',
+    contents: [node('Text', { kind: 'text' })],
     text: 'See you at eight.\nhttps://example.org/map?x=<b>2</b>',
   }),
   sent({ id: 'r5', state: 'failed', name: 'backup.iso', message: 'The connection was lost.' }),
@@ -71,10 +84,15 @@ export const RECENTS = [
 export const ASKING = transfer({
   id: 'a1',
   state: 'asking',
-  name: '12 files',
-  fileCount: 12,
-  offered: ['IMG_2041.jpg', 'IMG_2042.jpg', LONG],
-  offeredCount: 12,
+  name: 'IMG_2041.jpg and 3 more',
+  fileCount: 23,
+  contents: [
+    node('IMG_2041.jpg'),
+    node('report.pdf'),
+    node(LONG),
+    folder('Trip', [node('map.png'), folder('Day 1', [node('sea.mp4')])]),
+  ],
+  itemCount: 4,
 });
 export const CONFIRMING = sent({
   id: 'a2',
@@ -89,12 +107,28 @@ export const ACTIVE = [
   sent({ id: 's4', state: 'connecting', name: 'notes.odt' }),
 ];
 
+export const KNOWN = [
+  ['04ab', 'Alice', 1e9, true],
+  ['04cd', 'Büro', 0, false],
+].map(([key, name, acceptsUpTo, isNear]) => ({
+  key,
+  name,
+  acceptsUpTo,
+  isNear,
+  fingerprint: FINGERPRINT,
+  since: Date.UTC(2025, 2, 14),
+  seen: Date.UTC(2026, 10, 2, 9, 30),
+}));
+
 export const SETTINGS = {
   receiveFolder: 'Brevanholt',
   isVisible: true,
   launchAtStartup: false,
   notifications: 'unknown',
   showsConsole: false,
+  deviceName: '',
+  zoom: 100,
+  knowsItStays: false,
 };
 
 /** What the window can show, by name. */
@@ -105,7 +139,16 @@ export const STATES = {
   active: { devices: DEVICES, transfers: ACTIVE },
   recents: { devices: DEVICES.slice(0, 1), transfers: RECENTS },
   changed: { devices: [{ ...DEVICES[1], trust: 'changed' }], outbox: OUTBOX.slice(0, 1) },
-  dragging: { devices: DEVICES, outbox: OUTBOX, isDragOver: true },
+  dragging: {
+    devices: DEVICES,
+    outbox: OUTBOX,
+    drag: { x: -1, y: -1, hasFiles: true, folders: ['Photos'] },
+  },
+  waiting: {
+    devices: DEVICES,
+    transfers: [{ ...CONFIRMING, isConfirmed: true }],
+    suggestion: { text: 'Removed 3 items.', label: 'Undo' },
+  },
   long: {
     devices: DEVICES,
     settings: { ...SETTINGS, showsConsole: true },

@@ -3,13 +3,17 @@
 import { list, replace } from './engine/files.js';
 import { equal } from './harness.js';
 import { Documents } from './model/documents.js';
-import { nameOf, offeredNames } from './model/items.js';
+import { contentFields } from './model/contents.js';
 import { Outbox } from './model/outbox.js';
 import { loadSettings } from './model/settings.js';
 import { Transfers } from './model/transfers.js';
 import { platform } from './platform.js';
 import { OUTBOX, RECENTS } from './sample_state.js';
+import { de } from './text/catalogue/de.js';
+import { en } from './text/catalogue/en.js';
 import { excerpt, isolated, plainFileName, plainPath, shortened } from './text/foreign_text.js';
+import { sizeText, whenText } from './text/format.js';
+import { speak, words } from './text/words.js';
 
 const folder = await platform.appSupportPath();
 const write = (name, text) => replace(`${folder}/${name}.json`, new TextEncoder().encode(text));
@@ -83,10 +87,47 @@ export const savedChecks = {
       'holiday.jpg',
       ...Array.from({ length: 40 }, (_, at) => `Work/evil${at}.sh`),
     ].map((path) => ({ kind: 'file', name: path, relativePath: path }));
-    equal(nameOf(items), '2 items');
-    equal(offeredNames(items), {
-      offered: ['holiday.jpg', 'Work (folder, 40 files)'],
-      offeredCount: 2,
-    });
+    const { name, contents, itemCount } = contentFields(items);
+    equal([name, itemCount], ['holiday.jpg and 1 more', 2]);
+    equal(
+      contents.map((node) => [node.name, node.fileCount, node.children?.length]),
+      [
+        ['holiday.jpg', 1, undefined],
+        ['Work', 40, 40],
+      ],
+    );
+  },
+
+  async whatIsAddedTwiceIsSentOnce() {
+    const outbox = new Outbox(new Documents(folder), [], () => []);
+    const file = { path: '/none/a.txt', name: 'a.txt', size: 1 };
+    await outbox.add([file, file]);
+    equal((await outbox.add([{ ...file, relativePath: 'b/a.txt' }, file])).length, 1);
+    await outbox.remove(outbox.items[0]);
+    equal(
+      outbox.items.map(({ relativePath }) => relativePath),
+      ['b/a.txt'],
+    );
+  },
+
+  everyLanguageHasTheSamePlaceholders() {
+    const placeholders = (message) =>
+      [message]
+        .flatMap((one) => (typeof one === 'string' ? one : one.other))
+        .flatMap((text) => [...text.matchAll(/\{\w+\}/g)].map(String))
+        .sort();
+    for (const [key, message] of Object.entries(en)) {
+      equal([key, ...placeholders(de[key])], [key, ...placeholders(message)]);
+    }
+  },
+
+  theWindowSpeaksThePersonsLanguage() {
+    speak({ languages: ['fr-FR', 'de-AT', 'en'], time: 'de-AT', numbers: 'de-CH' });
+    equal(words('count.items', { count: 2 }), '2 Elemente');
+    equal([sizeText(1_500_000), whenText(0, 1e12)], ['1.5 MB', '1. Jän. 1970']);
+    speak({ languages: ['en-US'], time: 'de-DE', numbers: 'de-DE' });
+    equal([sizeText(1_500_000), whenText(0, 1e12)], ['1,5 MB', '1 Jan 1970']);
+    speak({ languages: [], time: '', numbers: '' });
+    equal(words('count.items', { count: 1 }), '1 item');
   },
 };

@@ -1,17 +1,23 @@
 // All that the window shows, and all that a person can do.
 
+import * as engine from '../engine/application.js';
 import { platform } from '../platform.js';
 import { fingerprintOf, unhex } from '../protocol/bytes.js';
 import { Endpoint } from '../protocol/endpoint.js';
 import { discardScratch } from '../protocol/scratch_area.js';
+import { isolated, plainName } from '../text/foreign_text.js';
+import { byName, currentLanguage } from '../text/locale.js';
+import { words } from '../text/words.js';
+import { contentFields } from './contents.js';
 import { Courier } from './courier.js';
 import { Devices } from './devices.js';
-import { nameOf } from './items.js';
+import { itemOf, measured } from './items.js';
 import { Notifications } from './notifications.js';
 import { Outbox } from './outbox.js';
-import { copyReceivedText, findReceived, firstLocation } from './received.js';
-import { changedSettings } from './settings.js';
+import { copyReceivedText, findReceived, locationIn } from './received.js';
+import { changedSettings, openFolderCalled } from './settings.js';
 import { Shell } from './shell.js';
+import { Suggestions } from './suggestions.js';
 import { hasEnded } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Item} Item */
@@ -19,8 +25,8 @@ import { hasEnded } from './transfer_states.js';
 /** @typedef {import('./types.js').KnownDevice} KnownDevice */
 /** @typedef {import('./types.js').Transfer} Transfer */
 /** @typedef {import('./types.js').Settings} Settings */
-
-const NO_NETWORK = 'This device is not connected to a network.';
+/** @typedef {import('../engine/application.js').Drag} Drag */
+/** In pixels of the page. @typedef {{ x: number, y: number }} Place */
 
 /**
  * What is loaded at the start.
@@ -31,7 +37,7 @@ const NO_NETWORK = 'This device is not connected to a network.';
  * @property {Settings} settings
  * @property {Item[]} outbox
  * @property {import('../protocol/handshake.js').Party} party
- * @property {{ name: string, fingerprint: string, version: string }} self
+ * @property {{ name: string, fingerprint: string, version: string }} self with the host's name
  * @property {string | null} damage what could not be read, in one sentence
  * @property {string | null} problem why the network is not to be used
  */
@@ -51,6 +57,11 @@ export class Application extends EventTarget {
   #shell = new Shell();
   #notifications;
   #canUseNetwork;
+  #party;
+  #hostName;
+  #suggestions = new Suggestions();
+  /** Where something was dropped whose files are still to come. @type {Place | null} */
+  #dropPlace = null;
 
   /** @type {Device[]} */
   devices = [];
@@ -58,7 +69,13 @@ export class Application extends EventTarget {
   knownDevices = [];
   /** Why the network cannot be used. @type {string | null} */
   problem;
-  isDragOver = false;
+  /** What is dragged over the window. @type {Drag | null} */
+  drag = null;
+  /** What the window suggests. @type {import('./suggestions.js').Suggestion | null} */
+  suggestion = null;
+  /** The device that is shown at a place, by its id; whoever shows the devices knows.
+   *  @type {(place: Place) => string | null} */
+  deviceAt = () => null;
 
   /** @param {Beginning} beginning */
   constructor({ documents, trust, transfers, settings, outbox, party, self, damage, problem }) {
@@ -78,7 +95,9 @@ export class Application extends EventTarget {
     this.#devices = new Devices(party, trust, this.#endpoint);
     this.#notifications = new Notifications(transfers.list);
     this.#canUseNetwork = problem === null;
-    this.self = self;
+    this.#party = party;
+    this.#hostName = self.name;
+    this.self = { ...self, name: party.name };
     this.settings = settings;
     this.damage = damage;
     this.problem = problem;
@@ -88,11 +107,14 @@ export class Application extends EventTarget {
     this.#outbox.addEventListener('change', () => this.#set('outbox', this.#outbox.items));
     this.#devices.addEventListener('change', () => {
       this.#set('devices', this.#devices.list);
+      this.#knownDevicesChanged();
       const { hasNetwork } = this.#devices;
-      if (hasNetwork === (this.problem === NO_NETWORK)) {
-        this.#set('problem', hasNetwork ? null : NO_NETWORK);
-      }
+      const none = words('network.none');
+      if (hasNetwork === (this.problem === none)) this.#set('problem', hasNetwork ? null : none);
     });
+    this.#suggestions.addEventListener('change', () =>
+      this.#set('suggestion', this.#suggestions.current),
+    );
     trust.addEventListener('change', () => this.#knownDevicesChanged());
     transfers.addEventListener('change', () => this.#transfersChanged());
   }
@@ -105,6 +127,7 @@ export class Application extends EventTarget {
     this.#transfersChanged();
     // At every start: a desktop's notification service comes and goes.
     this.requestNotifications().catch(() => {});
+    if (this.settings.zoom !== 100) engine.setZoom(this.settings.zoom).catch(() => {});
   }
 
   /** Looks for devices again, on the networks that there are now. */
@@ -116,20 +139,101 @@ export class Application extends EventTarget {
 
   /** @param {boolean} isDragOver */
   dragOver(isDragOver) {
-    this.#set('isDragOver', isDragOver);
+    if (!isDragOver) this.#set('drag', null);
+    else if (!this.drag) this.#set('drag', { x: -1, y: -1, hasFiles: true, folders: [] });
+  }
+
+  /** @param {Drag} drag */
+  dragMoved(drag) {
+    this.#set('drag', this.#onThePage(drag));
+  }
+
+  /** What is dragged has left the window, or was not taken. */
+  dragLeft() {
+    if (this.drag) this.#tellOfFolders(this.drag.folders);
+    this.#set('drag', null);
+  }
+
+  /** @param {Drag} drag whose files come next */
+  dropped(drag) {
+    this.#dropPlace = this.#onThePage(drag);
+    this.#set('drag', null);
+    this.#tellOfFolders(drag.folders);
+  }
+
+  /**
+   * @param {Drag} drag
+   * @returns {Drag} with its place in pixels of the page
+   */
+  #onThePage(drag) {
+    const scale = this.settings.zoom / 100;
+    return { ...drag, x: drag.x / scale, y: drag.y / scale };
+  }
+
+  /**
+   * Takes dropped files: for the device on which they were dropped, else to be sent next.
+   * @param {import('../platform.js').SharedEntry[]} entries
+   */
+  async takeDrop(entries) {
+    const deviceId = this.#dropPlace && this.deviceAt(this.#dropPlace);
+    this.#dropPlace = null;
+    if (!deviceId) return this.add(entries);
+    const neighbour = this.#devices.neighbour(deviceId);
+    const items = entries.map(itemOf);
+    const measures = await measured(items);
+    this.#sendTo(
+      neighbour,
+      items.map((item) => measures.get(item) ?? item),
+    );
   }
 
   /** @param {import('../platform.js').SharedEntry[]} entries */
-  add(entries) {
-    return this.#outbox.add(entries);
+  async add(entries) {
+    const repeated = await this.#outbox.add(entries);
+    const top = repeated.filter(({ relativePath }) => !relativePath?.includes('/'));
+    if (top.length === 0) return;
+    const text = words('send.alreadyAdded', { names: namesOf(top), count: top.length });
+    this.#suggestions.offer({ text });
+  }
+
+  /** Has the host share what is on the clipboard. */
+  paste() {
+    return engine.paste();
+  }
+
+  /** Ends the program, whatever it does. */
+  quit() {
+    return engine.quit();
+  }
+
+  closeWindow() {
+    return engine.closeWindow();
+  }
+
+  /** Closes the window as its frame's button does. */
+  askToClose() {
+    return engine.askToClose();
+  }
+
+  openHelp() {
+    return engine.openHelp(currentLanguage());
+  }
+
+  /** Does what the window suggests. */
+  takeSuggestion() {
+    return this.#suggestions.take();
+  }
+
+  dismissSuggestion() {
+    this.#suggestions.dismiss();
   }
 
   async pickFiles() {
-    await this.#outbox.add(await platform.pickFiles());
+    await this.add(await platform.pickFiles());
   }
 
   async pickFolder() {
-    await this.#outbox.add(await platform.pickFolder());
+    await this.add(await platform.pickFolder());
   }
 
   /** @param {string} text */
@@ -145,8 +249,15 @@ export class Application extends EventTarget {
     return this.#outbox.remove(item);
   }
 
-  clearOutbox() {
-    return this.#outbox.clear();
+  async clearOutbox() {
+    const { itemCount } = contentFields(this.outbox);
+    const gone = await this.#outbox.clear();
+    this.#suggestions.offer({
+      text: words('send.cleared', { count: itemCount }),
+      label: words('notices.undo'),
+      run: () => this.#outbox.putBack(gone),
+      settle: () => this.#outbox.release(gone),
+    });
   }
 
   /**
@@ -155,7 +266,7 @@ export class Application extends EventTarget {
    */
   async send(deviceIds) {
     const items = this.outbox;
-    if (items.length === 0) throw new Error('There is nothing to send yet.');
+    if (items.length === 0) throw new Error(words('send.nothing'));
     const neighbours = deviceIds.map((id) => this.#devices.neighbour(id));
     // The transfers' document has the items before the outbox loses them.
     for (const neighbour of neighbours) this.#sendTo(neighbour, items);
@@ -222,17 +333,35 @@ export class Application extends EventTarget {
   async clearRecents() {
     const ended = this.#transfers.list.filter(hasEnded);
     this.#transfers.remove(() => true);
-    await this.#letGoOf(ended);
+    this.#suggestions.offer({
+      text: words('transfers.cleared', { count: ended.length }),
+      label: words('notices.undo'),
+      run: () => this.#transfers.restore(ended),
+      settle: () => this.#letGoOf(ended),
+    });
   }
 
-  /** @param {string} transferId */
-  async open(transferId) {
-    await platform.openReceivedFile(this.#locationOf(transferId));
+  /**
+   * @param {string} transferId
+   * @param {string} [location] the first where none is given
+   */
+  async open(transferId, location) {
+    const place = this.#locationOf(transferId, location);
+    try {
+      await platform.openReceivedFile(place);
+    } catch (error) {
+      if (!(await platform.receivedFileExists(place))) throw new Error(words('received.moved'));
+      const file = isolated(plainName(place.slice(place.lastIndexOf('/') + 1)));
+      throw new Error(words('received.noApplication', { file }), { cause: error });
+    }
   }
 
-  /** @param {string} transferId */
-  async reveal(transferId) {
-    await platform.revealReceivedFile(this.#locationOf(transferId));
+  /**
+   * @param {string} transferId
+   * @param {string} [location] the first where none is given
+   */
+  async reveal(transferId, location) {
+    await platform.revealReceivedFile(this.#locationOf(transferId, location));
   }
 
   /** @param {string} transferId */
@@ -249,6 +378,15 @@ export class Application extends EventTarget {
     return platform.receivedFilePreview(this.#locationOf(transferId), maximumDimension);
   }
 
+  /**
+   * A PNG of something that is to be sent, or null.
+   * @param {Item} item
+   * @param {number} maximumDimension
+   */
+  async itemPreview({ kind, path }, maximumDimension) {
+    return kind === 'file' ? platform.receivedFilePreview(path, maximumDimension) : null;
+  }
+
   /** @param {string} deviceId */
   async agreeToNewKey(deviceId) {
     const { id, key } = this.#devices.neighbour(deviceId);
@@ -260,7 +398,30 @@ export class Application extends EventTarget {
    * @param {string} key in hexadecimal, of a Device or a KnownDevice
    */
   async forgetDevice(key) {
-    await this.#trust.forget(key);
+    const device = isolated(this.#trust.known.find((one) => one.key === key)?.name ?? '');
+    const knowAgain = await this.#trust.forget(key);
+    this.#suggestions.offer({
+      text: words('device.forgotten', { device }),
+      label: words('notices.undo'),
+      run: knowAgain,
+    });
+  }
+
+  /**
+   * Accepts offers of a known device without a question, up to a size.
+   * @param {string} key of a KnownDevice
+   * @param {number} bytes 0 for never
+   */
+  acceptUpTo(key, bytes) {
+    return this.#trust.acceptUpTo(key, bytes);
+  }
+
+  /**
+   * Opens the folder in Downloads that was the receive folder before.
+   * @param {string} name
+   */
+  openFormerFolder(name) {
+    return openFolderCalled(name, this.settings.receiveFolder);
   }
 
   openReceiveFolder() {
@@ -275,6 +436,15 @@ export class Application extends EventTarget {
       await this.#showSelf(this.settings.isVisible);
       this.#transfersChanged();
     }
+    if (this.settings.zoom !== before.zoom) await engine.setZoom(this.settings.zoom);
+    if (this.settings.deviceName !== before.deviceName) await this.#rename();
+  }
+
+  async #rename() {
+    const name = this.settings.deviceName || this.#hostName;
+    this.#party.name = name;
+    this.#set('self', { ...this.self, name });
+    if (this.settings.isVisible) await this.#showSelf(true);
   }
 
   async requestNotifications() {
@@ -301,7 +471,7 @@ export class Application extends EventTarget {
       direction: 'send',
       deviceId: neighbour.id,
       deviceName: this.#trust.nameOf(neighbour),
-      name: nameOf(items),
+      ...contentFields(items),
       state: 'connecting',
       items,
       ...(number ? { number } : {}),
@@ -321,7 +491,7 @@ export class Application extends EventTarget {
     } catch (error) {
       this.#set(
         'problem',
-        `The network cannot be used: ${error instanceof Error ? error.message : error}`,
+        words('network.failed', { why: error instanceof Error ? error.message : String(error) }),
       );
     }
   }
@@ -339,15 +509,19 @@ export class Application extends EventTarget {
 
   async #knownDevicesChanged() {
     const known = await Promise.all(
-      this.#trust.known.map(async ({ key, name }) => ({
+      this.#trust.known.map(async ({ key, name, since = 0, seen = 0, acceptsUpTo = 0 }) => ({
         key,
         name,
+        since,
+        seen,
+        acceptsUpTo,
+        isNear: this.devices.some((one) => one.key === key && one.trust === 'trusted'),
         fingerprint: await fingerprintOf(unhex(key, key.length / 2) ?? new Uint8Array()),
       })),
     );
     this.#set(
       'knownDevices',
-      known.sort((left, right) => left.name.localeCompare(right.name)),
+      known.sort((left, right) => byName(left.name, right.name)),
     );
   }
 
@@ -357,18 +531,37 @@ export class Application extends EventTarget {
     this.#notifications.update(this.transfers);
   }
 
-  /** @param {string} transferId */
-  #locationOf(transferId) {
-    return firstLocation(this.#transfers.find(transferId));
+  /** @param {string[]} folders */
+  #tellOfFolders(folders) {
+    if (folders.length === 0) return;
+    this.#suggestions.offer({
+      text: words('drop.leftOut', {
+        names: folders.map((name) => isolated(plainName(name))),
+        count: folders.length,
+      }),
+      label: words('send.addFolder'),
+      run: () => this.pickFolder(),
+    });
   }
 
   /**
-   * @template {'devices' | 'knownDevices' | 'outbox' | 'transfers' | 'settings' | 'isDragOver' | 'problem'} K
+   * @param {string} transferId
+   * @param {string} [location]
+   */
+  #locationOf(transferId, location) {
+    return locationIn(this.#transfers.find(transferId), location);
+  }
+
+  /**
+   * @template {'self' | 'devices' | 'knownDevices' | 'outbox' | 'transfers' | 'settings' | 'drag' | 'suggestion' | 'problem'} K
    * @param {K} property
    * @param {Application[K]} value
    */
   #set(property, value) {
     Object.assign(this, { [property]: value });
-    this.dispatchEvent(new CustomEvent(property === 'isDragOver' ? 'drag' : property));
+    this.dispatchEvent(new CustomEvent(property));
   }
 }
+
+/** @param {Item[]} items */
+const namesOf = (items) => contentFields(items).contents.map(({ name }) => isolated(name));

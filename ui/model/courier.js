@@ -15,9 +15,11 @@ import {
   TransferScratch,
 } from '../protocol/scratch_area.js';
 import { sendAll } from '../protocol/send.js';
-import { plainFileName, plainPath } from '../text/foreign_text.js';
+import { isolated, plainFileName, plainPath } from '../text/foreign_text.js';
 import { sizeText } from '../text/format.js';
-import { nameOf, offeredNames, outgoing } from './items.js';
+import { words } from '../text/words.js';
+import { contentFields } from './contents.js';
+import { outgoing } from './items.js';
 import { endedBy, failureFields, renamedText } from './outcomes.js';
 import { QuestionGate } from './question_gate.js';
 import { Questions } from './questions.js';
@@ -110,7 +112,7 @@ export class Courier {
       direction: 'receive',
       deviceId: peer.id,
       deviceName,
-      name: `Something from ${deviceName}`,
+      name: words('status.calling', { device: isolated(deviceName) }),
       state: 'connecting',
       isStranger: !isKnown,
     });
@@ -133,6 +135,7 @@ export class Courier {
         conversation,
         entries,
         scratch,
+        (bytes) => isKnown && this.#trust.acceptsUnasked(peer.id, peer.key, bytes),
         endQuestion,
       );
       const kept = await keepReceivedText(result, deviceName);
@@ -157,23 +160,20 @@ export class Courier {
    * @param {Conversation} conversation
    * @param {import('../protocol/manifest.js').Entry[]} entries
    * @param {TransferScratch} scratch
+   * @param {(bytes: number) => boolean} mayComeIn whether so much is accepted without a question
    * @param {() => void} onAnswered
    */
-  async #receiveFrom(id, conversation, entries, scratch, onAnswered) {
-    const items = entries.map(({ kind, path }) => ({ kind, name: path, relativePath: path }));
+  async #receiveFrom(id, conversation, entries, scratch, mayComeIn, onAnswered) {
+    const items = entries.map(({ kind, path, size }) => ({ kind, name: path, size }));
     const bytesTotal = totalSize(entries);
-    this.#transfers.change(id, {
-      name: nameOf(items),
-      fileCount: fileCount(entries),
-      bytesTotal,
-      ...offeredNames(items),
-    });
+    const files = fileCount(entries);
+    this.#transfers.change(id, { ...contentFields(items), fileCount: files, bytesTotal });
     const manifest = await manifestDigest(entries);
     // The sender is silent until it is answered, so what comes first is its end or the content.
     const first = conversation.arrival();
     first.catch(() => {});
-    if (!scratch.wasAccepted(manifest)) {
-      const message = await this.#lackOfSpace(bytesTotal);
+    const message = await this.#lackOfSpace(bytesTotal);
+    if (!scratch.wasAccepted(manifest) && (message || !mayComeIn(bytesTotal))) {
       this.#transfers.change(id, { state: 'asking', code: null, message });
       const isWanted = await Promise.race([
         beforeLong(this.#questions.ask(id)),
@@ -213,9 +213,7 @@ export class Courier {
    */
   async #lackOfSpace(bytesTotal) {
     const free = await space(await scratchFolder()).catch(() => Infinity);
-    return bytesTotal > free
-      ? `There is not enough space on the disk (${sizeText(free)} are free)`
-      : null;
+    return bytesTotal > free ? words('space.lacking', { size: sizeText(free) }) : null;
   }
 
   /**
@@ -234,7 +232,11 @@ export class Courier {
    * @param {boolean} answer
    */
   answer(id, answer) {
-    this.#questions.answer(id, answer);
+    const isWaiting = this.#questions.answer(id, answer);
+    const { state } = this.#transfers.find(id);
+    if (isWaiting && answer && state === 'confirming') {
+      this.#transfers.change(id, { isConfirmed: true });
+    }
   }
 
   /** @param {string} id */
@@ -288,7 +290,7 @@ export class Courier {
       const stopped = this.#stopped.get(id);
       const reason = stopped ? new TransferError(stopped) : TransferError.of(error, 'not-saved');
       code = reason.code;
-      outcome = endedBy(reason);
+      outcome = endedBy(reason, this.#transfers.find(id));
     }
     const conversation = this.#running.get(id);
     this.#stopped.delete(id);

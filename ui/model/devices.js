@@ -2,6 +2,8 @@
 // their keys.
 
 import { fingerprintOf, hex } from '../protocol/bytes.js';
+import { byName } from '../text/locale.js';
+import { words } from '../text/words.js';
 import { Discovery } from '../protocol/discovery.js';
 import { DEFAULT_PORT } from '../protocol/endpoint.js';
 
@@ -94,7 +96,7 @@ export class Devices extends EventTarget {
    */
   neighbour(id) {
     const found = this.#discovery.neighbours.find((one) => this.#idOf(one) === id);
-    if (!found) throw new Error('That device is no longer near.');
+    if (!found) throw new Error(words('device.gone'));
     return found;
   }
 
@@ -107,7 +109,7 @@ export class Devices extends EventTarget {
     const found = this.#discovery.neighbours.find(
       ({ id, key }) => id === identity && this.#trust.of(id, key) !== 'changed',
     );
-    if (!found) throw new Error('That device is not near at the moment.');
+    if (!found) throw new Error(words('device.notNear'));
     return found;
   }
 
@@ -127,7 +129,11 @@ export class Devices extends EventTarget {
         fingerprint: this.#fingerprints.get(hex(one.key)) ?? '',
         trust: this.#standingOf(one),
       }))
-      .sort((left, right) => left.name.localeCompare(right.name));
+      .sort(
+        (left, right) =>
+          Number(left.trust !== 'trusted') - Number(right.trust !== 'trusted') ||
+          byName(left.name, right.name),
+      );
     this.dispatchEvent(new Event('change'));
     this.#proveAll();
   }
@@ -162,6 +168,7 @@ export class Devices extends EventTarget {
     try {
       const address = await this.#endpoint.locate(neighbour);
       this.#discovery.prove(neighbour, address);
+      await this.#trust.saw(neighbour.id, neighbour.key);
     } catch {
       await this.#refresh();
     } finally {
@@ -185,6 +192,6 @@ function addressIn(text) {
     /^(\d{1,3}(?:\.\d{1,3}){3})(?::(\d{1,5}))?$/.exec(trimmed) ??
     /^([0-9a-f:.]*:[0-9a-f:.]+(?:%\w+)?)$/i.exec(trimmed);
   const port = Number(parts?.[2] ?? DEFAULT_PORT);
-  if (!parts || port < 1 || port > 65_535) throw new Error('That is not an address.');
+  if (!parts || port < 1 || port > 65_535) throw new Error(words('address.invalid'));
   return { address: parts[1], port };
 }

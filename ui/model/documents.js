@@ -6,6 +6,7 @@
 
 import { list, move, remove, replace } from '../engine/files.js';
 import { jsonBytes, textOf } from '../protocol/bytes.js';
+import { words } from '../text/words.js';
 import { readWhole } from './whole_file.js';
 
 const VERSION = 1;
@@ -49,8 +50,8 @@ export class Documents {
       return check(content);
     } catch (error) {
       await this.#setAside(name);
-      const place = this.#damaged.get(name) ?? 'stays where it is';
-      console.warn(`${name}.json cannot be read (${error}); set aside: ${place}`);
+      const place = this.#damaged.get(name);
+      console.warn(`${name}.json cannot be read (${error}); set aside: ${place ?? 'no'}`);
       return null;
     }
   }
@@ -64,7 +65,7 @@ export class Documents {
    */
   save(name, content) {
     if (this.#damaged.get(name) === null) {
-      return Promise.reject(new Error(`The damaged file ${name}.json is in the way.`));
+      return Promise.reject(new Error(words('damage.inTheWay', { name: `${name}.json` })));
     }
     this.#waiting.set(name, content);
     this.#writing = this.#writing.catch(() => {}).then(() => this.#write(name));

@@ -6,16 +6,10 @@ import { TransferError } from '../protocol/errors.js';
 import { Limit } from '../protocol/limits.js';
 import { totalSize } from '../protocol/manifest.js';
 import { ReceivablePaths } from '../protocol/receivable_names.js';
-import { countText } from '../text/format.js';
-import { isolated, plainName, shortened } from '../text/foreign_text.js';
 import { isCount, isMissingOr, isOneOf, isRecord, isText } from './schema.js';
 
 /** Files that are looked at at once. */
 const AT_ONCE = 64;
-/** Clusters of a name that are shown. */
-export const NAME_CLUSTERS = 60;
-/** Names of an offer that are shown. */
-const OFFERED = 5;
 
 /** @typedef {import('./types.js').Item} Item */
 /** @typedef {import('../protocol/send.js').Outgoing} Outgoing */
@@ -38,75 +32,23 @@ export const isItem = isRecord(ITEM_FIELDS);
  */
 export const itemOf = (entry) => ({ ...entry, kind: entry.kind ?? 'file' });
 
+/** What texts are called among files, on every device. */
+const TEXT_NAME = 'Text';
+
 /**
  * @param {string} text
  * @returns {Item}
  */
 export const textItem = (text) => ({
   path: '',
-  name: 'Text',
+  name: TEXT_NAME,
   size: utf8(text).length,
   kind: 'text',
   text,
 });
 
-/** @param {Named} item */
+/** @param {Item} item */
 const placeOf = (item) => item.relativePath || item.name;
-
-/** @typedef {Pick<Item, 'kind' | 'name' | 'relativePath'>} Named */
-/** @typedef {{ kind: string, name: string, fileCount: number }} TopLevelItem */
-
-/**
- * What there is at the top, whether or not a folder has an entry of its own: a path below a folder
- * stands for that folder.
- * @param {Named[]} items
- * @returns {TopLevelItem[]}
- */
-export function topLevel(items) {
-  /** @type {TopLevelItem[]} */
-  const top = [];
-  /** @type {Map<string, TopLevelItem>} */
-  const folders = new Map();
-  for (const item of items) {
-    const [name, ...below] = placeOf(item).split('/');
-    const isFile = item.kind !== 'directory';
-    if (isFile && below.length === 0) {
-      top.push({ kind: item.kind, name, fileCount: 1 });
-      continue;
-    }
-    let folder = folders.get(name);
-    if (!folder) {
-      folder = { kind: 'directory', name, fileCount: 0 };
-      folders.set(name, folder);
-      top.push(folder);
-    }
-    if (isFile) ++folder.fileCount;
-  }
-  return top;
-}
-
-/**
- * What is moved, for a person.
- * @param {Named[]} items
- */
-export function nameOf(items) {
-  const top = topLevel(items);
-  if (top.length !== 1) return `${top.length} items`;
-  return top[0].kind === 'text' ? 'Text' : shortened(plainName(top[0].name), NAME_CLUSTERS);
-}
-
-/**
- * The first few names of what is offered, folders with the number of their files.
- * @param {Named[]} items
- */
-export function offeredNames(items) {
-  const top = topLevel(items);
-  const shown = top.slice(0, OFFERED).map(({ kind, name, fileCount }) => {
-    const title = isolated(shortened(plainName(name), NAME_CLUSTERS));
-    return kind === 'directory' ? `${title} (folder, ${countText(fileCount, 'file')})` : title;
-  });
-  return { offered: shown, offeredCount: top.length };
-}
 
 /** What is offered of some items. `items`: those that it is of. `failures`: what cannot be sent.
  *  `renamed`: what has to be received under another name.
@@ -170,16 +112,47 @@ async function outgoingOf(item) {
 }
 
 /**
+ * What makes an item another one: where it is, where it goes, and what it says.
+ * @param {Item} item
+ */
+const identityOf = (item) => JSON.stringify([item.path, placeOf(item), item.text]);
+
+/**
+ * The items that are not among others yet, each once.
+ * @param {Item[]} items
+ * @param {Item[]} others
+ * @returns {{ added: Item[], repeated: Item[] }}
+ */
+export function withoutRepeats(items, others) {
+  const known = new Set(others.map(identityOf));
+  /** @type {Item[]} */
+  const added = [];
+  /** @type {Item[]} */
+  const repeated = [];
+  for (const item of items) {
+    const identity = identityOf(item);
+    (known.has(identity) ? repeated : added).push(item);
+    known.add(identity);
+  }
+  return { added, repeated };
+}
+
+/**
  * An item, and where it is a folder all items in it.
  * @param {Item} item
  * @param {Item[]} among
  */
-export const itemsWith = (item, among) =>
-  among.filter(
+export function itemsWith(item, among) {
+  const identity = identityOf(item);
+  const below = `${placeOf(item)}/`;
+  return among.filter(
     (one) =>
-      (one.path === item.path && one.text === item.text) ||
-      (item.kind === 'directory' && one.path.startsWith(`${item.path}/`)),
+      identityOf(one) === identity ||
+      (item.kind === 'directory' &&
+        one.path.startsWith(`${item.path}/`) &&
+        placeOf(one).startsWith(below)),
   );
+}
 
 /**
  * The items that are other than they say, as they are.

@@ -1,6 +1,7 @@
 // Devices that have the name of a known device but not its key.
 
 import { isolated } from '../text/foreign_text.js';
+import { words } from '../text/words.js';
 
 /** @typedef {{ key: string, name: string }} Named with the key in hexadecimal */
 
@@ -16,5 +17,5 @@ const readAs = (name) =>
 export function distinctName({ key, name }, known) {
   if (known.some((one) => one.key === key)) return name;
   const isTaken = known.some((one) => readAs(one.name) === readAs(name));
-  return isTaken ? `${isolated(name)} (not the one you know)` : name;
+  return isTaken ? words('device.notKnown', { name: isolated(name) }) : name;
 }

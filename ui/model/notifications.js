@@ -2,7 +2,8 @@
 
 import { platform } from '../platform.js';
 import { isolated } from '../text/foreign_text.js';
-import { countText, sizeText } from '../text/format.js';
+import { sizeText } from '../text/format.js';
+import { words } from '../text/words.js';
 import { hasEnded } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
@@ -15,29 +16,42 @@ function notificationOf(transfer) {
   const { direction, state, message, code } = transfer;
   const device = isolated(transfer.deviceName);
   const name = isolated(transfer.name);
+  const body = words(direction === 'send' ? 'status.to' : 'status.from', { device });
   if (state === 'confirming') {
-    return { title: `Compare the code with ${device}`, body: `The code is ${code}.` };
+    return {
+      title: words('notify.compare', { device }),
+      body: words('notify.code', { code: code ?? '' }),
+    };
   }
-  if (direction === 'receive') {
-    if (state === 'asking') {
-      return { title: `${device} wants to send you ${name}`, body: offerText(transfer) };
-    }
-    if (state === 'complete') return { title: `Received ${name}`, body: `From ${device}` };
+  if (state === 'asking' && direction === 'receive') {
+    return { title: words('notify.offer', { device, name }), body: offerText(transfer) };
   }
-  if (direction === 'send' && state === 'complete') {
-    return { title: `Sent ${name}`, body: `To ${device}` };
+  if (state === 'complete') {
+    return {
+      title: words(direction === 'send' ? 'notify.sent' : 'notify.received', { name }),
+      body,
+    };
   }
-  if (direction === 'send' && state === 'declined') {
-    return { title: `${device} declined`, body: name };
+  if (state === 'declined' && direction === 'send') {
+    return { title: words('notify.declined', { device }), body: name };
   }
-  return state === 'failed' ? { title: `${name} failed`, body: message ?? '' } : null;
+  return state === 'failed'
+    ? { title: words('notify.failed', { name }), body: message ?? '' }
+    : null;
 }
 
+/** Names of an offer that a notification has. */
+const NAMED = 5;
+
 /** How much is offered comes first: the desktop cuts what is long. @param {Transfer} transfer */
-function offerText({ fileCount, bytesTotal, offered, offeredCount }) {
-  const rest = offeredCount - offered.length;
-  const names = rest > 0 ? [...offered, `and ${rest} more`] : offered;
-  return `${countText(fileCount, 'file')}, ${sizeText(bytesTotal)}: ${names.join(', ')}`;
+function offerText({ itemCount, bytesTotal, contents }) {
+  const named = contents.slice(0, NAMED).map(({ name }) => isolated(name));
+  const rest = itemCount - named.length;
+  return words('notify.offerFacts', {
+    items: words('count.items', { count: itemCount }),
+    size: sizeText(bytesTotal),
+    names: (rest > 0 ? [...named, words('count.more', { count: rest })] : named).join(', '),
+  });
 }
 
 /** The one notification of all devices that are not known. */
@@ -86,8 +100,8 @@ export class Notifications {
     if (!notice || hasEnded({ state })) return;
     if (state === 'confirming') ++this.#strangers;
     if (this.#strangers <= 1) return this.#show(STRANGERS, notice);
-    const title = `${this.#strangers} requests of devices that you do not know`;
-    this.#show(STRANGERS, { title, body: 'Open the window to see who asks now.' });
+    const title = words('notify.strangers', { count: this.#strangers });
+    this.#show(STRANGERS, { title, body: words('notify.openWindow') });
   }
 
   /**

@@ -1,6 +1,7 @@
 // What is to be sent next. It is on the disk before it is shown, so that what the window has survives.
 
 import { platform } from '../platform.js';
+import { words } from '../text/words.js';
 import {
   ITEM_FIELDS,
   itemOf,
@@ -9,6 +10,7 @@ import {
   pathsOf,
   releasablePaths,
   textItem,
+  withoutRepeats,
 } from './items.js';
 import { fittingEntries } from './schema.js';
 
@@ -48,19 +50,28 @@ export class Outbox extends EventTarget {
     return stored ?? [];
   }
 
-  /** @param {import('../platform.js').SharedEntry[]} entries */
+  /**
+   * @param {import('../platform.js').SharedEntry[]} entries
+   * @returns {Promise<Item[]>} those that it had
+   */
   async add(entries) {
-    const items = entries.map(itemOf);
-    if (items.length === 0) return;
-    await this.#replace([...this.#latest, ...items]);
+    const { added, repeated } = withoutRepeats(entries.map(itemOf), this.#latest);
+    if (added.length === 0) return repeated;
+    await this.#replace([...this.#latest, ...added]);
     // Pickers and drops do not say how large files are.
-    const measures = await measured(items);
+    const measures = await measured(added);
     if (measures.size > 0) await this.#replace(this.#latest.map((one) => measures.get(one) ?? one));
+    return repeated;
   }
 
   /** @param {string} text */
   addText(text) {
-    return this.#replace([...this.#latest, textItem(text)]);
+    return this.putBack([textItem(text)]);
+  }
+
+  /** @param {Item[]} items */
+  putBack(items) {
+    return this.#replace([...this.#latest, ...withoutRepeats(items, this.#latest).added]);
   }
 
   /**
@@ -73,10 +84,14 @@ export class Outbox extends EventTarget {
     await this.release([...gone]);
   }
 
+  /**
+   * Empties it; the host keeps the files until they are released.
+   * @returns {Promise<Item[]>}
+   */
   async clear() {
     const gone = this.#latest;
     await this.#replace([]);
-    await this.release(gone);
+    return gone;
   }
 
   /**
@@ -114,7 +129,7 @@ export class Outbox extends EventTarget {
       await this.#documents.save(DOCUMENT, items);
     } catch (error) {
       const why = error instanceof Error ? error.message : error;
-      throw new Error(`What is to be sent will not outlast this run. ${why}`, { cause: error });
+      throw new Error(words('send.notSaved', { why: String(why) }), { cause: error });
     } finally {
       this.items = items;
       this.dispatchEvent(new Event('change'));

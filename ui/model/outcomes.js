@@ -1,9 +1,9 @@
 // What becomes of a transfer, as the window shows it.
 
 import { fileEnd } from '../protocol/errors.js';
-import { countText } from '../text/format.js';
 import { isolated, plainName, shortened } from '../text/foreign_text.js';
-import { NAME_CLUSTERS } from './items.js';
+import { words } from '../text/words.js';
+import { NAME_CLUSTERS } from './contents.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
 /** @typedef {import('./types.js').FileFailure} FileFailure */
@@ -16,9 +16,12 @@ const NAMED = 3;
 /**
  * How a transfer ends with an error.
  * @param {TransferError} reason
+ * @param {Pick<Transfer, 'deviceName' | 'name'>} transfer
  * @returns {Partial<Transfer>}
  */
-export function endedBy({ code, message }) {
+export function endedBy(reason, { deviceName, name }) {
+  const { code } = reason;
+  const message = reason.about(isolated(deviceName), isolated(name));
   const over = { code: null, rate: 0, secondsLeft: null, isStalled: false };
   if (code === 'cancelled' || code === 'cancelled-there') {
     return { ...over, state: 'cancelled', message: code === 'cancelled' ? null : message };
@@ -33,10 +36,10 @@ export function endedBy({ code, message }) {
  * @returns {Pick<Transfer, 'failures' | 'failureCount' | 'message'>}
  */
 export function failureFields(failed, fileCount) {
-  const failures = failed.slice(0, LISTED).map(({ name, code }) => ({
-    name: shortened(plainName(name), NAME_CLUSTERS),
-    reason: fileEnd({ code }),
-  }));
+  const failures = failed.slice(0, LISTED).map(({ name, code }) => {
+    const shown = shortened(plainName(name), NAME_CLUSTERS);
+    return { name: shown, reason: fileEnd({ name: isolated(shown), code }) };
+  });
   return {
     failures,
     failureCount: failed.length,
@@ -51,11 +54,12 @@ export function failureFields(failed, fileCount) {
  */
 function failureText(failures, all, fileCount) {
   if (all.length === 0) return null;
-  const named = failures.slice(0, NAMED).map(({ name, reason }) => `${isolated(name)} ${reason}`);
+  const named = failures.slice(0, NAMED).map(({ reason }) => reason);
   const rest = all.length - named.length;
-  const list = (rest > 0 ? [...named, `and ${rest} more`] : named).join(', ');
-  if (fileCount <= 1) return `${list}.`;
-  return `${all.length} of ${countText(fileCount, 'file')} did not arrive: ${list}.`;
+  const list = rest > 0 ? `${named.join(', ')}, ${words('count.more', { count: rest })}` : named;
+  return fileCount <= 1
+    ? words('failures.one', { list })
+    : words('failures.some', { failed: all.length, count: fileCount, list });
 }
 
 /**
@@ -64,8 +68,10 @@ function failureText(failures, all, fileCount) {
  */
 export function renamedText(renamed) {
   if (renamed.length === 0) return null;
-  const [{ from, to }] = renamed;
   const shown = (/** @type {string} */ name) => isolated(shortened(plainName(name), NAME_CLUSTERS));
-  const rest = renamed.length > 1 ? `, and ${renamed.length - 1} more likewise` : '';
-  return `${shown(from)} is received as ${shown(to)}${rest}, because not every device takes its name.`;
+  const [from, to] = [shown(renamed[0].from), shown(renamed[0].to)];
+  const count = renamed.length - 1;
+  return count > 0
+    ? words('renamed.some', { from, to, count })
+    : words('renamed.one', { from, to });
 }

@@ -26,11 +26,15 @@ export class Questions {
   /**
    * @param {string} id
    * @param {boolean} answer
+   * @returns {boolean} whether there was a question
    */
   answer(id, answer) {
-    if (this.#open.has(id)) this.#answered.add(id);
-    this.#open.get(id)?.(answer);
+    const resolve = this.#open.get(id);
+    if (!resolve) return false;
+    this.#answered.add(id);
     this.#open.delete(id);
+    resolve(answer);
+    return true;
   }
 
   /** @param {string} id */

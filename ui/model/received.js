@@ -4,6 +4,7 @@ import { EngineFile } from '../engine/files.js';
 import { platform } from '../platform.js';
 import { textOf, utf8 } from '../protocol/bytes.js';
 import { plainFileName } from '../text/foreign_text.js';
+import { words } from '../text/words.js';
 import { readWhole } from './whole_file.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
@@ -32,10 +33,13 @@ export async function findReceived(transfers) {
   }
 }
 
-/** @param {Transfer} transfer */
-export function firstLocation({ locations: [first] }) {
-  if (!first) throw new Error('It is no longer where it was received.');
-  return first;
+/**
+ * @param {Transfer} transfer
+ * @param {string} [wanted] of its locations; the first where none is given
+ */
+export function locationIn({ locations }, wanted = locations[0]) {
+  if (!wanted || !locations.includes(wanted)) throw new Error(words('received.moved'));
+  return wanted;
 }
 
 /**
@@ -46,7 +50,7 @@ export function firstLocation({ locations: [first] }) {
  */
 export async function keepReceivedText({ locations, text }, deviceName) {
   if (text === null || text.length <= LISTED) return { locations, text };
-  const name = plainFileName(`Text from ${deviceName}.txt`);
+  const name = plainFileName(words('received.textFile', { device: deviceName }));
   const path = await platform.temporaryReceivePath(name);
   const file = await EngineFile.create(path);
   try {
@@ -71,7 +75,7 @@ export async function copyReceivedText({ text, textLocation }) {
 /** @param {string} path */
 async function textIn(path) {
   const bytes = await readWhole(path, LARGEST);
-  if (!bytes) throw new Error('The text is no longer where it was received.');
+  if (!bytes) throw new Error(words('received.textMoved'));
   return textOf(bytes);
 }
 

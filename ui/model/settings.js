@@ -1,7 +1,8 @@
 // The person's settings, and the host's part in them.
 
 import { platform } from '../platform.js';
-import { fittingValues, isFlag, isOneOf, isText } from './schema.js';
+import { words } from '../text/words.js';
+import { fittingValues, isCount, isFlag, isMissingOr, isOneOf, isText } from './schema.js';
 
 /** @typedef {import('./types.js').Settings} Settings */
 
@@ -14,6 +15,9 @@ const INITIAL = {
   launchAtStartup: false,
   notifications: 'unknown',
   showsConsole: false,
+  deviceName: '',
+  zoom: 100,
+  knowsItStays: false,
 };
 
 /** For values that are missing or damaged: the person may have hidden this device. */
@@ -25,6 +29,9 @@ const FIELDS = {
   launchAtStartup: isFlag,
   notifications: isOneOf(['unknown', 'granted', 'denied']),
   showsConsole: isFlag,
+  deviceName: isMissingOr(isText),
+  zoom: isMissingOr(isCount),
+  knowsItStays: isMissingOr(isFlag),
 };
 
 /**
@@ -57,11 +64,12 @@ export async function loadSettings(documents) {
 export async function changedSettings(documents, before, change) {
   const after = { ...before, ...change };
   after.receiveFolder = after.receiveFolder.trim();
+  after.deviceName = after.deviceName.trim();
   if (after.receiveFolder !== before.receiveFolder) {
     await platform.setReceiveFolderName(after.receiveFolder);
     if (!(await platform.prepareReceiveLocation())) {
       await platform.setReceiveFolderName(before.receiveFolder);
-      throw new Error('That folder cannot be made.');
+      throw new Error(words('settings.folderFailed'));
     }
   }
   if (after.launchAtStartup !== before.launchAtStartup) {
@@ -70,4 +78,17 @@ export async function changedSettings(documents, before, change) {
   }
   await documents.save(DOCUMENT, after);
   return after;
+}
+
+/**
+ * Opens the receive folder of another name: the calls arrive in this order, with nothing in between.
+ * @param {string} name
+ * @param {string} current
+ */
+export async function openFolderCalled(name, current) {
+  await Promise.all([
+    platform.setReceiveFolderName(name),
+    platform.openReceiveFolder(),
+    platform.setReceiveFolderName(current),
+  ]);
 }

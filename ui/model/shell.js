@@ -1,27 +1,25 @@
 // Keeps the status menu and the background mode up to date.
 
+import { setNeedsAttention } from '../engine/application.js';
 import { Float64, platform } from '../platform.js';
 import { isolated } from '../text/foreign_text.js';
-import { hasEnded } from './transfer_states.js';
+import { percentText } from '../text/format.js';
+import { isKey, words } from '../text/words.js';
+import { hasEnded, needsAnswer } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
 
 const RECENT = 5;
 
-/** @type {Record<string, string>} */
-const OUTCOMES = {
-  complete: 'Done',
-  failed: 'Failed',
-  cancelled: 'Cancelled',
-  declined: 'Declined',
-  connecting: 'Connecting…',
-  confirming: 'Compare the code',
-  asking: 'Waiting for an answer',
-};
-
 /** @param {Transfer} transfer */
 const title = ({ direction, deviceName }) =>
-  `${direction === 'send' ? 'To' : 'From'} ${isolated(deviceName)}`;
+  words(direction === 'send' ? 'status.to' : 'status.from', { device: isolated(deviceName) });
+
+/** @param {Transfer} transfer */
+function progressLabel(transfer) {
+  const key = `menuState.${transfer.state}`;
+  return isKey(key) ? words(key) : percentText(fraction(transfer));
+}
 
 /** @param {Transfer} transfer */
 function fraction({ state, bytesDone, bytesTotal }) {
@@ -34,13 +32,14 @@ const snapshot = (transfer) => ({
   title: title(transfer),
   item: transfer.name,
   stateKey: transfer.state === 'declined' ? 'cancelled' : transfer.state,
-  progressLabel: OUTCOMES[transfer.state] ?? `${Math.floor(fraction(transfer) * 100)} %`,
+  progressLabel: progressLabel(transfer),
   progress: new Float64(fraction(transfer)),
 });
 
 export class Shell {
   #lastShell = '';
   #lastMode = '';
+  #neededAttention = false;
 
   /** Declares the background mode again with the next update: showing the window ended it. */
   modeWasReset() {
@@ -68,6 +67,9 @@ export class Shell {
     const modeText = JSON.stringify(mode);
     if (shellText !== this.#lastShell) platform.updateDesktopShell(shell).catch(() => {});
     if (modeText !== this.#lastMode) platform.setBackgroundMode(mode).catch(() => {});
+    const needsAttention = transfers.some(needsAnswer);
+    if (needsAttention !== this.#neededAttention) setNeedsAttention(needsAttention).catch(() => {});
+    this.#neededAttention = needsAttention;
     this.#lastShell = shellText;
     this.#lastMode = modeText;
   }

@@ -4,6 +4,8 @@
 import { platform, platformEvents, listenToPlatform } from '../platform.js';
 import { digest, fingerprintOf, hex } from '../protocol/bytes.js';
 import { sweepScratchArea } from '../protocol/scratch_area.js';
+import { listText } from '../text/locale.js';
+import { isKey, words } from '../text/words.js';
 import { Application } from './application.js';
 import { Documents } from './documents.js';
 import { Outbox } from './outbox.js';
@@ -39,10 +41,10 @@ export async function startApplication() {
     transfers,
     settings,
     outbox,
-    party: { id, name, key },
+    party: { id, name: settings.deviceName || name, key },
     self: { name, fingerprint: await fingerprintOf(key), version },
     damage: damageText(documents),
-    problem: isIdentified ? null : `This device cannot prove who it is. ${identity.message}`,
+    problem: isIdentified ? null : words('network.noIdentity', { why: identity.message }),
   });
   listen(application);
   await application.begin();
@@ -67,21 +69,19 @@ async function deviceId(documents, key) {
   return id;
 }
 
-/** What follows for the person from each document that is damaged. @type {Record<string, string>} */
-const CONSEQUENCES = {
-  settings: 'this device is hidden',
-  'trusted-devices': 'every device is met as a new one',
-  transfers: 'the list of transfers is empty',
-  outbox: 'what was to be sent is no longer listed',
-};
-
 /** @param {Documents} documents */
 function damageText({ damaged }) {
   if (damaged.size === 0) return null;
-  const places = [...damaged].map(([name, place]) => `“${place ?? `${name}.json`}”`);
-  const follows = [...damaged.keys()].flatMap((name) => CONSEQUENCES[name] ?? []);
-  const consequence = follows.length > 0 ? ` (${follows.join(', ')})` : '';
-  return `Saved data could not be read${consequence}; it is kept as ${places.join(', ')}.`;
+  const names = [...damaged].map(([name, place]) =>
+    words('list.quoted', { name: place ?? `${name}.json` }),
+  );
+  const consequences = [...damaged.keys()].flatMap((name) => {
+    const key = `damage.${name}`;
+    return isKey(key) ? words(key) : [];
+  });
+  return consequences.length > 0
+    ? words('damage.because', { consequences: listText(consequences), names })
+    : words('damage.all', { names });
 }
 
 /** @param {Application} application */
@@ -96,7 +96,8 @@ function listen(application) {
   on('sharedEntries', take);
   on('filesDropped', (entries) => {
     application.dragOver(false);
-    take(entries);
+    if (Array.isArray(entries))
+      application.takeDrop(entries).catch((error) => console.error(error));
   });
   on('dragActiveChanged', (isActive) => application.dragOver(isActive === true));
   on('discoveryRecoveryRequested', () => application.recover());

@@ -14,10 +14,10 @@ export const hasEnded = ({ state }) => ENDED.includes(state);
 
 /**
  * Whether it waits for this device's person.
- * @param {Pick<Transfer, 'state' | 'direction'>} transfer
+ * @param {Pick<Transfer, 'state' | 'direction' | 'isConfirmed'>} transfer
  */
-export const needsAnswer = ({ state, direction }) =>
-  state === 'confirming' || (state === 'asking' && direction === 'receive');
+export const needsAnswer = ({ state, direction, isConfirmed }) =>
+  (state === 'confirming' && !isConfirmed) || (state === 'asking' && direction === 'receive');
 
 /**
  * Whether it was sent and can be sent again.

@@ -1,6 +1,8 @@
 // The transfers: those under way, and the most recent of those that ended.
 
 import { hex, randomBytes } from '../protocol/bytes.js';
+import { words } from '../text/words.js';
+import { isContents, topOf } from './contents.js';
 import { isItem } from './items.js';
 import { Progress } from './progress.js';
 import {
@@ -44,6 +46,8 @@ const FIELDS = {
   failures: isListOf(isRecord({ name: isText, reason: isText })),
   failureCount: isCount,
   note: isNullOr(isText),
+  contents: isMissingOr(isContents),
+  itemCount: isMissingOr(isCount),
   when: isCount,
 };
 
@@ -52,8 +56,7 @@ const OVER = {
   code: null,
   rate: 0,
   secondsLeft: null,
-  offered: [],
-  offeredCount: 0,
+  isConfirmed: false,
   isStranger: false,
   isStalled: false,
 };
@@ -86,13 +89,15 @@ export class Transfers extends EventTarget {
     const stored = await documents.load(DOCUMENT, (content) =>
       fittingEntries(DOCUMENT, content, FIELDS),
     );
-    const list = (stored ?? []).map((transfer) => ({ ...transfer, ...OVER }));
+    const list = (stored ?? [])
+      .slice(0, MOST)
+      .map((transfer) => ({ contents: [], itemCount: 0, ...transfer, ...OVER }));
     return new Transfers(
       documents,
       list.map((transfer) =>
         hasEnded(transfer)
           ? transfer
-          : { ...transfer, state: 'failed', message: 'The program ended before it was done.' },
+          : { ...transfer, state: 'failed', message: words('end.interrupted') },
       ),
     );
   }
@@ -105,7 +110,7 @@ export class Transfers extends EventTarget {
   /** @param {string} id */
   find(id) {
     const transfer = this.#list.find((one) => one.id === id);
-    if (!transfer) throw new Error('That transfer is no longer in the list.');
+    if (!transfer) throw new Error(words('transfers.gone'));
     return transfer;
   }
 
@@ -126,8 +131,9 @@ export class Transfers extends EventTarget {
       rate: 0,
       secondsLeft: null,
       items: [],
-      offered: [],
-      offeredCount: 0,
+      contents: [],
+      itemCount: 0,
+      isConfirmed: false,
       locations: [],
       text: null,
       number: hex(randomBytes(16)),
@@ -150,9 +156,7 @@ export class Transfers extends EventTarget {
   change(id, change) {
     const isNewState = change.state !== undefined;
     this.#replace(
-      this.#list.map((one) =>
-        one.id === id ? { ...one, ...change, when: isNewState ? Date.now() : one.when } : one,
-      ),
+      this.#list.map((one) => (one.id === id ? changed(one, change) : one)),
       isNewState,
     );
     if (change.state && hasEnded({ state: change.state })) this.#progress.delete(id);
@@ -199,6 +203,14 @@ export class Transfers extends EventTarget {
   }
 
   /**
+   * Puts transfers back that were removed.
+   * @param {Transfer[]} transfers
+   */
+  restore(transfers) {
+    this.#replace([...this.#list, ...transfers].sort((left, right) => right.when - left.when));
+  }
+
+  /**
    * @param {Transfer[]} list
    * @param {boolean} [isLasting]
    */
@@ -206,7 +218,9 @@ export class Transfers extends EventTarget {
     const surplus = new Set(list.filter(hasEnded).slice(MOST));
     this.#list = list.filter((one) => !surplus.has(one));
     this.#tell();
-    if (isLasting) this.#documents.save(DOCUMENT, this.#list).catch(() => {});
+    if (!isLasting) return;
+    const kept = this.#list.map((one) => ({ ...one, contents: topOf(one.contents) }));
+    this.#documents.save(DOCUMENT, kept).catch(() => {});
   }
 
   #tell() {
@@ -220,4 +234,19 @@ export class Transfers extends EventTarget {
       this.dispatchEvent(new Event('change'));
     }, wait);
   }
+}
+
+/**
+ * @param {Transfer} transfer
+ * @param {Partial<Transfer>} change
+ * @returns {Transfer}
+ */
+function changed(transfer, change) {
+  const after = { ...transfer, ...change };
+  if (change.state === undefined) return after;
+  after.when = Date.now();
+  if (change.state !== 'confirming') after.isConfirmed = false;
+  // The tree is for whoever decides about it.
+  if (change.state !== 'asking') after.contents = topOf(after.contents);
+  return after;
 }

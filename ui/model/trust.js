@@ -3,12 +3,17 @@
 
 import { hex } from '../protocol/bytes.js';
 import { distinctName } from './namesakes.js';
-import { fittingValues, isRecord, isText } from './schema.js';
+import { fittingValues, isCount, isMissingOr, isRecord, isText } from './schema.js';
 
 const DOCUMENT = 'trusted-devices';
 
 /** @typedef {import('./documents.js').Documents} Documents */
-/** @typedef {{ key: string, name: string }} Pin */
+/** How old the kept time of the last contact may get, in milliseconds. */
+const SEEN_KEEPS = 3_600_000;
+
+/** `since`, `seen`: in milliseconds since 1970. `acceptsUpTo`: bytes that are accepted without a question.
+ *  @typedef {{ key: string, name: string, since?: number, seen?: number,
+ *              acceptsUpTo?: number }} Pin */
 
 /** Dispatches “change”. */
 export class Trust extends EventTarget {
@@ -30,7 +35,13 @@ export class Trust extends EventTarget {
 
   /** @param {Documents} documents */
   static async load(documents) {
-    const isPin = isRecord({ key: isText, name: isText });
+    const isPin = isRecord({
+      key: isText,
+      name: isText,
+      since: isMissingOr(isCount),
+      seen: isMissingOr(isCount),
+      acceptsUpTo: isMissingOr(isCount),
+    });
     const pins = await documents.load(DOCUMENT, (content) =>
       fittingValues(
         DOCUMENT,
@@ -72,9 +83,47 @@ export class Trust extends EventTarget {
    */
   async pin(id, key, name) {
     const before = this.#pins.get(id);
-    if (before?.key === hex(key) && before.name === name) return;
-    this.#pins.set(id, { key: hex(key), name });
+    const now = Date.now();
+    const isSame = before?.key === hex(key);
+    if (isSame && before.name === name) return this.saw(id, key);
+    const kept = isSame ? before : { since: now };
+    this.#pins.set(id, { ...kept, key: hex(key), name, seen: now });
     this.#agreed.delete(id);
+    await this.#save();
+  }
+
+  /**
+   * The device has proven its key.
+   * @param {string} id
+   * @param {Uint8Array} key
+   */
+  async saw(id, key) {
+    const pin = this.#pins.get(id);
+    const now = Date.now();
+    if (pin?.key !== hex(key) || now - (pin.seen ?? 0) < SEEN_KEEPS) return;
+    this.#pins.set(id, { ...pin, seen: now });
+    await this.#save().catch(() => {});
+  }
+
+  /**
+   * Whether a device may send so many bytes without a question.
+   * @param {string} id
+   * @param {Uint8Array} key
+   * @param {number} bytes
+   */
+  acceptsUnasked(id, key, bytes) {
+    const most = this.#pins.get(id)?.acceptsUpTo ?? 0;
+    return most > 0 && bytes <= most && this.of(id, key) === 'trusted';
+  }
+
+  /**
+   * @param {string} key in hexadecimal
+   * @param {number} bytes
+   */
+  async acceptUpTo(key, bytes) {
+    for (const [id, pin] of this.#pins) {
+      if (pin.key === key) this.#pins.set(id, { ...pin, acceptsUpTo: bytes });
+    }
     await this.#save();
   }
 
@@ -89,19 +138,25 @@ export class Trust extends EventTarget {
   }
 
   /** The devices whose keys are kept, near or not.
-   *  @returns {{ id: string, key: string, name: string }[]} */
+   *  @returns {({ id: string } & Pin)[]} */
   get known() {
-    return [...this.#pins].map(([id, { key, name }]) => ({ id, key, name }));
+    return [...this.#pins].map(([id, pin]) => ({ id, ...pin }));
   }
 
   /**
    * Forgets one key. Another device that uses the same identity is not affected.
    * @param {string} key in hexadecimal
+   * @returns {Promise<() => Promise<void>>} knows it again, if nothing else took its place
    */
   async forget(key) {
-    for (const [id, pin] of this.#pins) if (pin.key === key) this.#pins.delete(id);
+    const gone = [...this.#pins].filter(([, pin]) => pin.key === key);
+    for (const [id] of gone) this.#pins.delete(id);
     for (const [id, agreed] of this.#agreed) if (agreed === key) this.#agreed.delete(id);
     await this.#save();
+    return () => {
+      for (const [id, pin] of gone) if (!this.#pins.has(id)) this.#pins.set(id, pin);
+      return this.#save();
+    };
   }
 
   #save() {

@@ -9,8 +9,14 @@
  *  @typedef {{ id: string, key: string, name: string, fingerprint: string,
  *              trust: 'new' | 'trusted' | 'unproven' | 'changed', isAway?: boolean }} Device */
 
-/** A device whose key is kept, near or not.
- *  @typedef {{ key: string, name: string, fingerprint: string }} KnownDevice */
+/** A device whose key is kept, near or not. Times are in milliseconds since 1970; 0 where they were not
+ *  kept. `acceptsUpTo`: bytes of an offer that is accepted without a question; 0 for none.
+ *  @typedef {{ key: string, name: string, fingerprint: string, since: number, seen: number,
+ *              acceptsUpTo: number, isNear: boolean }} KnownDevice */
+
+/** One thing of what is moved, as it is shown. `hidden`: how many below it are not listed.
+ *  @typedef {{ name: string, kind: 'file' | 'directory' | 'text', size: number, fileCount: number,
+ *              children?: Node[], hidden?: number }} Node */
 
 /** First `connecting`, then `confirming` where both persons compare the code, then `asking` until
  *  the receiver has answered, then `active`, and one of the other five in the end. A `paused` one
@@ -24,7 +30,7 @@
  * @property {'send' | 'receive'} direction
  * @property {string} deviceId
  * @property {string} deviceName
- * @property {string} name what is moved, for a person: “holiday.jpg”, “3 items”, “Text”
+ * @property {string} name what is moved, for a person: “holiday.jpg”, “holiday.jpg and 2 more”, “Text”
  * @property {TransferState} state
  * @property {string | null} code six digits, while confirming
  * @property {string | null} message what went wrong, in words
@@ -34,8 +40,9 @@
  * @property {number} rate in bytes a second; 0 while unknown
  * @property {number | null} secondsLeft
  * @property {Item[]} items what is sent
- * @property {string[]} offered names of the first few that are offered, while asking
- * @property {number} offeredCount how many that are, without what is inside folders
+ * @property {Node[]} contents what is moved; once it was answered only what is at the top
+ * @property {number} itemCount how many that are, without what is inside folders
+ * @property {boolean} isConfirmed whether this person has said that the codes match, while confirming
  * @property {string[]} locations top-level places of what was received
  * @property {string | null} text that was received; of a long one the beginning
  * @property {string} [textLocation] where the whole of a long text is
@@ -49,10 +56,13 @@
  * @property {number} when of its last change of state, in milliseconds since 1970
  */
 
-/** `reason`: to go after the name, such as “changed while it was being sent”.
+/** `reason`: a sentence with the name, without its point.
  *  @typedef {{ name: string, reason: string }} FileFailure */
 
 /** @typedef {{ receiveFolder: string, isVisible: boolean, launchAtStartup: boolean,
- *              notifications: 'unknown' | 'granted' | 'denied', showsConsole: boolean }} Settings */
+ *              notifications: 'unknown' | 'granted' | 'denied', showsConsole: boolean,
+ *              deviceName: string, zoom: number, knowsItStays: boolean }} Settings
+ *    deviceName: empty for the name that the host gives; zoom: in percent; knowsItStays: whether the
+ *    person was told that the program goes on without its window */
 
 export {};

@@ -1,35 +1,7 @@
 // Why a transfer ended. Each has a code, which travels to the other side, and a sentence for the
 // person on this one.
 
-/** @type {Record<string, string>} */
-const SENTENCES = {
-  busy: 'The other device is busy. Try again later.',
-  cancelled: 'Cancelled.',
-  'cancelled-there': 'Cancelled on the other device.',
-  'changed-key':
-    'The other device no longer recognises this one. Agree to its new key there, then try again.',
-  'changed-file': 'All files changed while they were being sent.',
-  'code-differs': 'The codes did not match. Somebody else may be listening on this network.',
-  declined: 'The other device declined.',
-  'disk-full': 'There is not enough space on the disk.',
-  'disk-full-there': 'There is not enough space on the other device’s disk.',
-  'failed-there': 'The other device could not go on.',
-  hidden: 'The other device is not receiving at the moment.',
-  lost: 'The connection was lost.',
-  'new-key': 'This device’s key has changed. It may not be the device that it was.',
-  'no-answer': 'The other device did not answer.',
-  'not-saved': 'The files could not be saved.',
-  'not-understood': 'The other device sent something that makes no sense.',
-  paused: 'Paused.',
-  'paused-there': 'Paused on the other device.',
-  'other-key': 'Another device answered in place of the one that was chosen.',
-  'too-large': 'That is more than can be sent at once.',
-  unreachable: 'The other device cannot be reached.',
-  unreadable: 'Nothing of it can be read any more.',
-  unreceivable: 'Its name cannot be received.',
-  version:
-    'The other device has another version of this program, which this one does not understand.',
-};
+import { isKey, words } from '../text/words.js';
 
 /** What each code means to the side that it is sent to. */
 const MEANS_THERE = /** @type {Record<string, string>} */ ({
@@ -42,28 +14,42 @@ const MEANS_THERE = /** @type {Record<string, string>} */ ({
   'changed-file': 'failed-there',
 });
 
-/** What became of one file, to go after its name. @type {Record<string, string>} */
-const FILE_ENDS = {
-  'changed-file': 'changed while it was being sent',
-  unreadable: 'could not be read',
-  unreceivable: 'has a path that cannot be received',
+/** @param {string} code */
+const keyOf = (code) => {
+  const key = `end.${code}`;
+  return isKey(key) ? key : 'end.failed-there';
 };
 
 /**
- * Why one file did not arrive, to go after its name.
- * @param {{ code: string }} failure
+ * Why one file did not arrive.
+ * @param {{ name: string, code: string }} failure
  */
-export const fileEnd = ({ code }) => FILE_ENDS[code] ?? 'could not be saved';
+export function fileEnd({ name, code }) {
+  const key = `fileEnd.${code}`;
+  return words(isKey(key) ? key : 'fileEnd.not-saved', { name });
+}
 
 export class TransferError extends Error {
   /**
    * @param {string} code
-   * @param {string} [sentence] instead of the code's own
+   * @param {string} [reason] what is known besides
    */
-  constructor(code, sentence) {
-    super(sentence ?? SENTENCES[code] ?? SENTENCES['failed-there']);
+  constructor(code, reason = '') {
+    super(code);
     this.name = 'TransferError';
     this.code = code;
+    this.reason = reason;
+    this.message = this.about(words('end.theOther'), words('item.text'));
+  }
+
+  /**
+   * The sentence, with the names that the person knows.
+   * @param {string} device the other one
+   * @param {string} file what was to be sent
+   */
+  about(device, file) {
+    const sentence = words(keyOf(this.code), { device, file });
+    return this.reason ? words('end.because', { sentence, reason: this.reason }) : sentence;
   }
 
   /**
@@ -72,7 +58,7 @@ export class TransferError extends Error {
    */
   static told(code) {
     const text = typeof code === 'string' ? code : '';
-    return new TransferError(MEANS_THERE[text] ?? (text in SENTENCES ? text : 'failed-there'));
+    return new TransferError(MEANS_THERE[text] ?? (isKey(`end.${text}`) ? text : 'failed-there'));
   }
 
   /**
@@ -88,6 +74,6 @@ export class TransferError extends Error {
       return new TransferError('not-understood');
     if (error?.code === 'socket_error') return new TransferError('lost');
     const reason = error instanceof Error ? error.message : String(error);
-    return new TransferError(fallback, `${SENTENCES[fallback]} ${reason}`);
+    return new TransferError(fallback, reason);
   }
 }

@@ -1,5 +1,6 @@
 // A device that announcements do not reach, by its address.
 
+import { words } from '../text/words.js';
 import { element, setText, uniqueId } from './dom.js';
 
 /**
@@ -15,17 +16,13 @@ export function addressPart(application, attempt) {
     placeholder: '192.168.1.20',
     'aria-describedby': `${id}-description`,
   });
-  const find = element('button', {}, 'Look for it');
+  const find = element('button', {}, words('address.find'));
   const found = element('p', { class: 'faint', role: 'status' });
   const form = element(
     'form',
     { class: 'setting' },
-    element('label', { for: id }, 'Find a device by its address'),
-    element(
-      'p',
-      { id: `${id}-description`, class: 'faint' },
-      'Where the network does not show it. It must be visible.',
-    ),
+    element('label', { for: id }, words('address.title')),
+    element('p', { id: `${id}-description`, class: 'faint' }, words('address.when')),
     element('div', { class: 'field' }, address, find),
     found,
   );
@@ -38,9 +35,9 @@ export function addressPart(application, attempt) {
     const given = address.value.trim();
     if (given === '') return;
     find.disabled = true;
-    setText(found, 'Looking…');
+    setText(found, words('address.finding'));
     const isThere = await attempt(() => application.reach(given));
-    setText(found, isThere ? 'It is in the list of devices now.' : '');
+    setText(found, isThere ? words('address.found') : '');
     refresh();
   });
   refresh();

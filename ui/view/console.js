@@ -1,9 +1,13 @@
 // The developer console: calls the host's methods by hand, and shows its events.
 
+import { unitText } from '../text/format.js';
+import { dateText } from '../text/locale.js';
+import { words } from '../text/words.js';
 import { button } from './controls.js';
 import { methodNames, skeleton } from './console_methods.js';
 import { errorText, objection, parseArguments, valueText } from './console_values.js';
 import { element, region, uniqueId } from './dom.js';
+import { withCtrl } from './shortcuts.js';
 
 /**
  * @typedef {{ invoke: (method: string, args: unknown) => Promise<unknown>,
@@ -44,7 +48,9 @@ function entry(kind, title, aside, texts) {
 
 /** @param {number} milliseconds whole ones: the engine's clock tells pages no more */
 const durationText = (milliseconds) =>
-  milliseconds < 1 ? 'under 1 ms' : `${Math.round(milliseconds)} ms`;
+  milliseconds < 1
+    ? words('console.quick', { time: unitText(1, 'millisecond') })
+    : unitText(Math.round(milliseconds), 'millisecond');
 
 /**
  * @param {ConsoleHost} host
@@ -68,26 +74,30 @@ export function consoleView(host, notices) {
     id: argumentsId,
     rows: 4,
     spellcheck: 'false',
-    placeholder: 'JSON; bytes as {"base64": "…"} or {"hex": "…"}',
+    placeholder: words('console.format', { example: '{"base64": "…"}' }),
   });
   const entries = element('ol', {
     class: 'entries',
     role: 'list',
-    'aria-label': 'Calls and events, the latest first',
+    'aria-label': words('console.entries'),
   });
   const form = element(
     'form',
     { class: 'console-form' },
-    element('label', { for: methodId }, 'Method'),
+    element('label', { for: methodId }, words('console.method')),
     method,
     names,
-    element('label', { for: argumentsId }, 'Arguments'),
+    element('label', { for: argumentsId }, words('console.arguments')),
     typed,
     element(
       'div',
       { class: 'actions' },
-      element('button', { class: 'main', title: 'Ctrl+Enter' }, 'Call'),
-      button('Clear the list', () => entries.replaceChildren()),
+      element(
+        'button',
+        { class: 'main', title: withCtrl(words('key.enter')) },
+        words('console.call'),
+      ),
+      button(words('console.clear'), () => entries.replaceChildren()),
     ),
   );
 
@@ -108,20 +118,20 @@ export function consoleView(host, notices) {
       const time = durationText(performance.now() - start);
       add(
         entry('reply', name, time, [
-          ['Called with', given],
-          ['Reply', valueText(reply)],
+          [words('console.calledWith'), given],
+          [words('console.reply'), valueText(reply)],
         ]),
       );
-      notices.speak([`${name} answered in ${time}`]);
+      notices.speak([words('console.answered', { method: name, time })]);
     } catch (error) {
       const time = durationText(performance.now() - start);
       add(
         entry('error', name, time, [
-          ['Called with', given],
-          ['Error', errorText(error)],
+          [words('console.calledWith'), given],
+          [words('console.error'), errorText(error)],
         ]),
       );
-      notices.speak([`${name} failed`]);
+      notices.speak([words('console.failed', { method: name })]);
     }
   };
 
@@ -140,7 +150,16 @@ export function consoleView(host, notices) {
     form.requestSubmit();
   });
   host.listen((event, args) =>
-    add(entry('event', event, new Date().toLocaleTimeString(), [['Event', valueText(args)]])),
+    add(
+      entry('event', event, dateText(new Date(), { timeStyle: 'medium' }), [
+        [words('console.event'), valueText(args)],
+      ]),
+    ),
   );
-  return region('console', 'Developer console', element('div', { class: 'card' }, form), entries);
+  return region(
+    'console',
+    words('console.title'),
+    element('div', { class: 'card' }, form),
+    entries,
+  );
 }

@@ -2,6 +2,7 @@
 // {"hex": "…"}, and a float64 without a fraction as {"float64": 1}.
 
 import { Float64 } from '../engine/codec.js';
+import { words } from '../text/words.js';
 import { expectedOf } from './console_methods.js';
 
 const MOST_BYTES = 3 * 1024;
@@ -10,7 +11,7 @@ const MOST_TEXT = 20_000;
 /** @param {string} text */
 function bytesOfHex(text) {
   const digits = text.replace(/[\s:]/g, '');
-  if (!/^([0-9a-f]{2})*$/i.test(digits)) throw new Error(`“${text}” is no hex.`);
+  if (!/^([0-9a-f]{2})*$/i.test(digits)) throw new Error(words('console.noHex', { text }));
   return Uint8Array.from(digits.match(/../g) ?? [], (pair) => parseInt(pair, 16));
 }
 
@@ -19,7 +20,7 @@ function bytesOfBase64(text) {
   try {
     return Uint8Array.from(atob(text), (letter) => letter.charCodeAt(0));
   } catch {
-    throw new Error(`“${text}” is no base64.`);
+    throw new Error(words('console.noBase64', { text }));
   }
 }
 
@@ -42,7 +43,7 @@ export function parseArguments(text) {
     return JSON.parse(text, (_key, value) => revived(value));
   } catch (error) {
     if (error instanceof SyntaxError)
-      throw new Error(`The arguments are no JSON. ${error.message}`, { cause: error });
+      throw new Error(words('console.noJson', { why: error.message }), { cause: error });
     throw error;
   }
 }
@@ -74,7 +75,7 @@ export function valueText(value) {
     2,
   );
   const more = text.length - MOST_TEXT;
-  return more > 0 ? `${text.slice(0, MOST_TEXT)}\n… and ${more} characters more` : text;
+  return more > 0 ? `${text.slice(0, MOST_TEXT)}\n${words('console.cut', { count: more })}` : text;
 }
 
 /** @param {unknown} error */
@@ -104,10 +105,12 @@ const IS = {
 export function objection(method, args) {
   const expected = expectedOf(method);
   if (expected.length === 0) return null;
-  if (!IS.map(args) || Array.isArray(args)) return `“${method}” takes a map of arguments.`;
+  if (!IS.map(args) || Array.isArray(args)) {
+    return words('console.takesMap', { method });
+  }
   for (const [key, type] of expected) {
     if (type.endsWith('?') || IS[type](args[key])) continue;
-    return `“${method}” requires “${key}”, of the type ${type}; without it the program would end.`;
+    return words('console.requires', { method, key, type });
   }
   return null;
 }

@@ -3,27 +3,21 @@
 import { button, iconButton } from './controls.js';
 import { element, setAttribute, setShown, setText, uniqueId } from './dom.js';
 import { isolated } from '../text/foreign_text.js';
+import { words } from '../text/words.js';
 import { icon } from './icons.js';
 
 /** @typedef {import('../model/types.js').Device} Device */
 
-const WORDS = {
-  new: 'New device: compare a code first',
-  trusted: 'Known device',
-  unproven: 'Does not answer; may not be the known device',
-  changed: 'Its key has changed',
-};
+/** Letters of a fingerprint that tell two devices of one name apart. */
+const MARK = 9;
 
-/** The warning about a device whose key is not the known one. */
-function changedKeyWarning() {
-  return element(
-    'p',
-    {},
-    'This device does not prove to be the one you know. It may have been set up ' +
-      'anew, or another device uses its name. Nothing is sent to it or received from it. If you go ' +
-      'on, both devices show a code to compare first.',
-  );
-}
+/** @type {Record<Device['trust'], import('../text/words.js').Key>} */
+const WORDS = {
+  new: 'device.new',
+  trusted: 'device.trusted',
+  unproven: 'device.unproven',
+  changed: 'device.changed',
+};
 
 /**
  * @param {{ send: () => void, choose: (isChosen: boolean) => void,
@@ -32,20 +26,20 @@ function changedKeyWarning() {
  */
 export function deviceRow({ send, choose, agree, forget }) {
   const title = element('span', { class: 'title' });
-  const words = element('span', { class: 'faint' });
+  const status = element('span', { class: 'faint' });
   const choice = element('input', {
     type: 'checkbox',
     on: { change: () => choose(choice.checked) },
   });
-  const sending = button('Send', send);
+  const sending = button(words('device.send'), send);
 
   const moreId = uniqueId();
   const fingerprint = element('code', { class: 'fingerprint' });
-  const forgetting = button('Forget this device', forget);
+  const forgetting = button(words('device.forget'), forget);
   const details = element(
     'div',
     { id: moreId, class: 'device-details', hidden: true },
-    element('span', { class: 'faint' }, 'Fingerprint'),
+    element('span', { class: 'faint' }, words('device.fingerprint')),
     fingerprint,
     forgetting,
   );
@@ -62,12 +56,12 @@ export function deviceRow({ send, choose, agree, forget }) {
   const warning = element(
     'div',
     { class: 'warning', role: 'group' },
-    changedKeyWarning(),
+    element('p', {}, words('device.cannotVerify')),
     element(
       'div',
       { class: 'actions' },
-      button('Agree to the new key', agree),
-      button('Forget this device', forget),
+      button(words('device.trustNewKey'), agree),
+      button(words('device.forget'), forget),
     ),
   );
   const line = element(
@@ -75,32 +69,42 @@ export function deviceRow({ send, choose, agree, forget }) {
     { class: 'row' },
     choice,
     icon('device'),
-    element('div', { class: 'words' }, title, words),
+    element('div', { class: 'words' }, title, status),
     sending,
     more,
   );
+  const target = element('li', { class: 'device', tabindex: -1 }, line, warning, details);
   return {
-    element: element('li', { class: 'device', tabindex: -1 }, line, warning, details),
+    element: target,
     update({ device, standing }) {
       const { trust } = device;
-      const name = isolated(device.name);
+      const { fingerprint: mark } = device;
+      const plain = isolated(device.name);
+      // Two of one name are told apart by ear as well.
+      const name = standing.sharesName
+        ? words('device.named', { name: plain, mark: mark.slice(0, MARK) })
+        : plain;
+      setAttribute(target, 'data-device', trust === 'changed' || device.isAway ? null : device.id);
       setText(title, device.name);
       setAttribute(title, 'title', device.name);
-      const mark = standing.sharesName ? ` · Fingerprint ${device.fingerprint}` : '';
-      setText(words, (device.isAway ? 'No longer near' : WORDS[trust]) + mark);
-      setAttribute(choice, 'aria-label', `Choose ${name}`);
+      const facts = words(device.isAway ? 'device.away' : WORDS[trust]);
+      setText(
+        status,
+        standing.sharesName ? words('device.marked', { words: facts, fingerprint: mark }) : facts,
+      );
+      setAttribute(choice, 'aria-label', words('device.choose', { device: name }));
       setShown(choice, standing.canChoose);
       choice.disabled = trust === 'changed';
       if (choice.checked !== standing.isChosen) choice.checked = standing.isChosen;
-      setAttribute(sending, 'aria-label', `Send to ${name}`);
+      setAttribute(sending, 'aria-label', words('device.sendTo', { device: name }));
       sending.disabled = !standing.canSend;
       setShown(sending, trust !== 'changed');
-      setAttribute(more, 'aria-label', `Details of ${name}`);
-      setAttribute(more, 'title', 'Details');
+      setAttribute(more, 'aria-label', words('device.detailsOf', { device: name }));
+      setAttribute(more, 'title', words('device.details'));
       setText(fingerprint, device.fingerprint);
       setShown(forgetting, trust === 'trusted' || trust === 'unproven');
       setShown(warning, trust === 'changed');
-      setAttribute(warning, 'aria-label', `The key of ${name} has changed`);
+      setAttribute(warning, 'aria-label', words('device.keyOf', { device: name }));
     },
   };
 }

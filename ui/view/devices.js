@@ -4,7 +4,8 @@ import { bringIn } from './click_guard.js';
 import { button } from './controls.js';
 import { deviceRow } from './device_row.js';
 import { element, keepingFocus, region, setShown, setText } from './dom.js';
-import { countText } from '../text/format.js';
+import { words } from '../text/words.js';
+import { isolated } from '../text/foreign_text.js';
 import { nothingYet } from './icons.js';
 import { KeyedList } from './keyed_list.js';
 
@@ -20,11 +21,11 @@ export function devicesView(application, notices) {
   const { attempt } = notices;
   /** @type {Set<string>} */
   const chosen = new Set();
-  const rows = element('ul', { class: 'rows', role: 'list', 'aria-label': 'Devices nearby' });
+  const rows = element('ul', { class: 'rows', role: 'list', 'aria-label': words('devices.list') });
   const nothing = nothingYet('device');
   const sendToChosen = button('', () => send([...chosen]), { class: 'main' });
   const foot = element('div', { class: 'row-foot' }, sendToChosen);
-  const hint = element('p', { class: 'hint faint' }, 'Add something to send first.');
+  const hint = element('p', { class: 'hint faint' }, words('devices.addFirst'));
 
   /** @param {string[]} ids */
   const send = async (ids) => {
@@ -49,7 +50,7 @@ export function devicesView(application, notices) {
 
   const section = region(
     'devices',
-    'Nearby',
+    words('devices.title'),
     element('div', { class: 'card' }, nothing.element, rows, foot),
     hint,
   );
@@ -85,15 +86,32 @@ export function devicesView(application, notices) {
       setShown(nothing.element, devices.length === 0);
       setText(
         nothing.words,
-        `Nobody is nearby yet. Open Brevanholt on another device in the same network.${
-          settings.isVisible ? '' : ' Others do not see this device while it is not visible.'
-        }`,
+        settings.isVisible
+          ? words('devices.none')
+          : `${words('devices.none')} ${words('devices.hidden')}`,
       );
-      setShown(foot, chosen.size > 1);
+      setShown(foot, chosen.size > 0);
       sendToChosen.disabled = outbox.length === 0;
-      setText(sendToChosen, `Send to ${countText(chosen.size, 'device')}`);
+      const only = chosen.size === 1 ? devices.find(({ id }) => chosen.has(id)) : undefined;
+      setText(
+        sendToChosen,
+        only
+          ? words('device.sendTo', { device: isolated(only.name) })
+          : words('devices.sendToSome', { count: chosen.size }),
+      );
       setShown(hint, outbox.length === 0 && devices.length > 0);
     });
+  const deviceAt = ({ x = -1, y = -1 } = {}) => {
+    const under = /** @type {HTMLElement | null} */ (
+      document.elementFromPoint(x, y)?.closest('[data-device]') ?? null
+    );
+    return under && section.contains(under) ? under : null;
+  };
+  application.deviceAt = (place) => deviceAt(place)?.dataset.device ?? null;
+  application.addEventListener('drag', () => {
+    const target = application.drag?.hasFiles ? deviceAt(application.drag) : null;
+    for (const row of rows.children) row.classList.toggle('drop-here', row === target);
+  });
   application.addEventListener('devices', () => bringIn(section, update));
   for (const event of ['outbox', 'settings']) application.addEventListener(event, update);
   bringIn(section, update);

@@ -1,5 +1,6 @@
 // A dialog over the window. Escape closes it and returns the focus.
 
+import { words } from '../text/words.js';
 import { iconButton } from './controls.js';
 import { element, uniqueId } from './dom.js';
 
@@ -30,7 +31,7 @@ export function dialog(className, title, ...children) {
         'div',
         { class: 'dialog-title' },
         heading,
-        iconButton('close', 'Close', () => made.close()),
+        iconButton('close', words('dialog.close'), () => made.close()),
       ),
       ...children,
     ),

@@ -1,42 +1,40 @@
-// The top of the window: this device's name and visibility, the settings and the console.
+// The top of the window: this device's name and visibility, and the menu.
 
-import { iconButton, switchControl } from './controls.js';
-import { element, setAttribute, setShown } from './dom.js';
+import { words } from '../text/words.js';
+import { switchControl } from './controls.js';
+import { element, setAttribute, setText } from './dom.js';
+import { menuButton } from './menu.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
 
 /**
  * @param {Application} application
  * @param {import('./notices.js').Notices} notices
- * @param {{ openSettings: () => void, toggleConsole: () => boolean }} pages
- *   toggleConsole answers whether the console is shown
+ * @param {import('./menu.js').Entry[]} entries of the menu
  */
-export function headerView(application, notices, { openSettings, toggleConsole }) {
-  const visible = switchControl('Visible nearby', null, async (isVisible) => {
+export function headerView(application, notices, entries) {
+  const visible = switchControl(words('header.visible'), null, async (isVisible) => {
     await notices.attempt(() => application.changeSettings({ isVisible }));
     update();
   });
-  const consoleButton = iconButton(
-    'console',
-    'Developer console',
-    () => {
-      setAttribute(consoleButton, 'aria-pressed', String(toggleConsole()));
-    },
-    { 'aria-pressed': 'false' },
-  );
+  const name = element('h1');
   const update = () => {
+    setText(name, application.self.name);
+    setAttribute(name, 'title', application.self.name);
     visible.update(application.settings.isVisible);
-    setShown(consoleButton, application.settings.showsConsole);
-    if (consoleButton.hidden) setAttribute(consoleButton, 'aria-pressed', 'false');
   };
-  application.addEventListener('settings', update);
+  for (const event of ['settings', 'self']) application.addEventListener(event, update);
   update();
   return element(
     'header',
     {},
-    element('h1', { title: application.self.name }, application.self.name),
+    element(
+      'div',
+      { class: 'self' },
+      element('span', { class: 'faint' }, words('settings.name')),
+      name,
+    ),
     visible.element,
-    consoleButton,
-    iconButton('settings', 'Settings', openSettings),
+    menuButton(entries),
   );
 }

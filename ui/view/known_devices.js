@@ -1,32 +1,67 @@
-// The devices whose keys are kept, near or not, each with the way to forget it.
+// The devices whose keys are kept, near or not: since when, when last seen, what each may send without a
+// question, and the way to forget it.
 
 import { isolated } from '../text/foreign_text.js';
+import { dayText, sizeText, whenText } from '../text/format.js';
+import { words } from '../text/words.js';
 import { button } from './controls.js';
-import { element, keepingFocus, setAttribute, setShown, setText } from './dom.js';
+import { element, keepingFocus, setAttribute, setShown, setText, uniqueId } from './dom.js';
 import { KeyedList } from './keyed_list.js';
 
 /** @typedef {import('../model/types.js').KnownDevice} KnownDevice */
 
+/** Sizes up to which offers may come in without a question, in bytes. */
+const SIZES = [1e7, 1e8, 1e9, 1e10, 1e11];
+
+/** @param {KnownDevice} device */
+function factsOf({ since, seen, isNear }) {
+  const facts = [];
+  if (since > 0) facts.push(words('known.since', { date: dayText(since) }));
+  if (isNear) facts.push(words('known.near'));
+  else if (seen > 0) facts.push(words('known.seen', { date: whenText(seen, Date.now()) }));
+  return facts.join(' · ');
+}
+
 /**
- * @param {KnownDevice} device
- * @param {(key: string) => void} forget
+ * @param {{ forget: () => void, acceptUpTo: (bytes: number) => void }} actions
  * @returns {import('./keyed_list.js').Row<KnownDevice>}
  */
-function knownDeviceRow({ key }, forget) {
+function knownDeviceRow({ forget, acceptUpTo }) {
   const title = element('span', { class: 'title' });
+  const facts = element('span', { class: 'faint' });
   const fingerprint = element('code', { class: 'fingerprint faint' });
-  const forgetting = button('Forget', () => forget(key), { 'data-takes-focus': true });
+  const forgetting = button(words('known.forget'), forget, { 'data-takes-focus': true });
+  const id = uniqueId();
+  const most = element(
+    'select',
+    { id, on: { change: () => acceptUpTo(Number(most.value)) } },
+    element('option', { value: 0 }, words('known.never')),
+    ...SIZES.map((size) =>
+      element('option', { value: size }, words('known.upTo', { size: sizeText(size) })),
+    ),
+  );
   return {
     element: element(
       'li',
       { class: 'known-device', tabindex: -1 },
-      element('div', { class: 'words' }, title, fingerprint),
-      forgetting,
+      element('div', { class: 'words' }, title, facts, fingerprint),
+      element(
+        'div',
+        { class: 'known-device-choices' },
+        element('label', { for: id, class: 'faint' }, words('known.accept')),
+        most,
+        forgetting,
+      ),
     ),
     update(device) {
+      const name = isolated(device.name);
       setText(title, device.name);
+      setText(facts, factsOf(device));
       setText(fingerprint, device.fingerprint);
-      setAttribute(forgetting, 'aria-label', `Forget ${isolated(device.name)}`);
+      setAttribute(most, 'aria-label', words('known.acceptNamed', { device: name }));
+      const fitting = SIZES.filter((size) => size <= device.acceptsUpTo);
+      most.value = String(fitting[fitting.length - 1] ?? 0);
+      setAttribute(forgetting, 'aria-label', words('known.forgetNamed', { device: name }));
     },
   };
 }
@@ -36,18 +71,22 @@ function knownDeviceRow({ key }, forget) {
  * @param {(action: () => unknown) => Promise<boolean>} attempt
  */
 export function knownDevicesPart(application, attempt) {
-  const rows = element('ul', { role: 'list', 'aria-label': 'Known devices' });
-  const nothing = element('p', { class: 'faint' }, 'None yet: compare a code to know a device.');
+  const rows = element('ul', { role: 'list', 'aria-label': words('known.title') });
+  const nothing = element('p', { class: 'faint' }, words('known.none'));
   /** @type {KeyedList<KnownDevice>} */
   const list = new KeyedList(
     rows,
     ({ key }) => key,
-    (device) => knownDeviceRow(device, (key) => attempt(() => application.forgetDevice(key))),
+    (device) =>
+      knownDeviceRow({
+        forget: () => attempt(() => application.forgetDevice(device.key)),
+        acceptUpTo: (bytes) => attempt(() => application.acceptUpTo(device.key, bytes)),
+      }),
   );
   const part = element(
     'div',
     { class: 'known-devices', tabindex: -1 },
-    element('h3', {}, 'Known devices'),
+    element('h3', {}, words('known.title')),
     nothing,
     rows,
   );

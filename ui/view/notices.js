@@ -2,9 +2,11 @@
 // sentences that only a screen reader speaks.
 
 import { bringIn } from './click_guard.js';
+import { words } from '../text/words.js';
 import { iconButton } from './controls.js';
 import { element, setShown, setText, showText } from './dom.js';
 import { icon } from './icons.js';
+import { suggestionBanner } from './suggestion.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
 
@@ -20,7 +22,7 @@ export class Notices {
     { class: 'banner failure', hidden: true },
     icon('warning'),
     this.#failureText,
-    iconButton('close', 'Dismiss this message', () => this.#showFailure(null)),
+    iconButton('close', words('notices.dismiss'), () => this.#showFailure(null)),
   );
   #damageText = element('p');
   #damage = element(
@@ -28,9 +30,7 @@ export class Notices {
     { class: 'banner', hidden: true },
     icon('warning'),
     this.#damageText,
-    iconButton('close', 'Dismiss the message about saved data', () =>
-      setShown(this.#damage, false),
-    ),
+    iconButton('close', words('notices.dismissDamage'), () => setShown(this.#damage, false)),
   );
   #spoken = element('div', { class: 'unseen', role: 'status' });
 
@@ -55,6 +55,7 @@ export class Notices {
     };
     application.addEventListener('problem', () => bringIn(this.element, show));
     show();
+    this.element.append(suggestionBanner(application, this.attempt));
   }
 
   /**
@@ -73,9 +74,10 @@ export class Notices {
     }
   };
 
-  /** @param {string[]} sentences */
+  /** @param {string[]} sentences without their last points */
   speak(sentences) {
-    if (sentences.length > 0) setText(this.#spoken, `${sentences.join('. ')}.`);
+    if (sentences.length === 0) return;
+    setText(this.#spoken, sentences.map((news) => words('news.sentence', { news })).join(' '));
   }
 
   /** @param {string | null} text */

@@ -1,11 +1,13 @@
 // The settings dialog. A switch takes effect at once, and goes back if the host refuses.
 
+import { words } from '../text/words.js';
 import { addressPart } from './address_part.js';
 import { switchControl } from './controls.js';
 import { dialog } from './dialog.js';
 import { element, setText } from './dom.js';
 import { knownDevicesPart } from './known_devices.js';
-import { aboutPart, folderPart, notificationsPart } from './settings_parts.js';
+import { folderPart, namePart, notificationsPart } from './settings_parts.js';
+import { suggestionBanner } from './suggestion.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
 /** @typedef {import('../model/types.js').Settings} Settings */
@@ -27,43 +29,45 @@ export function settingsDialog(application, notices) {
     attempt(() => application.changeSettings(partial));
 
   const visible = switchControl(
-    'Visible nearby',
-    'Devices in the same network see this one.',
+    words('settings.visible'),
+    words('settings.visibleHint'),
     (isVisible) => change({ isVisible }),
   );
   const startup = switchControl(
-    'Start at login',
-    'Brevanholt waits in the background to receive.',
+    words('settings.startup'),
+    words('settings.startupHint'),
     (launchAtStartup) => change({ launchAtStartup }),
   );
   const console = switchControl(
-    'Developer console',
-    'Call the host’s methods and watch its events.',
+    words('settings.console'),
+    words('settings.consoleHint'),
     (showsConsole) => change({ showsConsole }),
   );
+  const name = namePart(application, attempt);
   const folder = folderPart(application, attempt);
   const notifications = notificationsPart(application, attempt);
 
   const update = () => {
     const { settings } = application;
+    name.update(settings);
     folder.update(settings);
     visible.update(settings.isVisible);
     startup.update(settings.launchAtStartup);
     notifications.update(settings);
     console.update(settings.showsConsole);
   };
-  application.addEventListener('settings', update);
+  for (const event of ['settings', 'self']) application.addEventListener(event, update);
   update();
   const made = dialog(
     'settings',
-    'Settings',
+    words('settings.title'),
     failure,
-    element('div', { class: 'card' }, folder.element),
+    suggestionBanner(application, attempt),
+    element('div', { class: 'card' }, name.element, folder.element),
     element('div', { class: 'card' }, visible.element, startup.element, notifications.element),
     element('div', { class: 'card' }, addressPart(application, attempt)),
     element('div', { class: 'card' }, knownDevicesPart(application, attempt)),
     element('div', { class: 'card' }, console.element),
-    aboutPart(application),
   );
   return {
     element: made.element,

@@ -1,66 +1,58 @@
-// The settings that need more than a switch, and the facts about this program.
+// The settings that need more than a switch.
 
+import { isolated } from '../text/foreign_text.js';
+import { words } from '../text/words.js';
 import { button } from './controls.js';
-import { element, setShown, setText, uniqueId } from './dom.js';
+import { element, setAttribute, setShown, setText, showText, uniqueId } from './dom.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
 /** @typedef {import('../model/types.js').Settings} Settings */
 /** @typedef {{ element: HTMLElement, update: (settings: Settings) => void }} Part */
 
+/** @type {Record<Settings['notifications'], import('../text/words.js').Key>} */
 const NOTIFICATIONS = {
-  unknown: 'Tell me when something arrives while this window is closed.',
-  granted: 'You are told when something arrives while this window is closed.',
-  denied: 'This desktop does not let Brevanholt show notifications.',
+  unknown: 'settings.notificationsUnknown',
+  granted: 'settings.notificationsGranted',
+  denied: 'settings.notificationsDenied',
 };
 
 /**
- * @param {Application} application
- * @param {(action: () => unknown) => Promise<boolean>} attempt
- * @returns {Part}
+ * A text of one line with a button that changes it.
+ * @param {{ label: string, hint: string, change: string }} texts
+ * @param {(text: string) => Promise<unknown>} changed
+ * @param {...Node} besides
  */
-export function folderPart(application, attempt) {
+function textSetting({ label, hint, change }, changed, ...besides) {
   const id = uniqueId();
-  const name = element('input', {
+  const field = element('input', {
     id,
+    type: 'text',
     autocomplete: 'off',
     spellcheck: 'false',
     'aria-describedby': `${id}-description`,
   });
-  const rename = element('button', {}, 'Rename');
+  const submit = element('button', {}, change);
   let shown = '';
   const refresh = () => {
-    rename.disabled = ['', shown].includes(name.value.trim());
+    submit.disabled = ['', shown].includes(field.value.trim());
   };
   const form = element(
     'form',
     { class: 'setting' },
-    element('label', { for: id }, 'Receive folder'),
-    element(
-      'p',
-      { id: `${id}-description`, class: 'faint' },
-      'In Downloads; what arrives is put there.',
-    ),
-    element(
-      'div',
-      { class: 'field' },
-      name,
-      rename,
-      button('Open', () => attempt(() => application.openReceiveFolder()), {
-        'aria-label': 'Open the receive folder',
-      }),
-    ),
+    element('label', { for: id }, label),
+    element('p', { id: `${id}-description`, class: 'faint' }, hint),
+    element('div', { class: 'field' }, field, submit, ...besides),
   );
-  name.addEventListener('input', refresh);
+  field.addEventListener('input', refresh);
   form.addEventListener('submit', async (event) => {
     event.preventDefault();
-    const receiveFolder = name.value.trim();
-    if (rename.disabled) return;
-    await attempt(() => application.changeSettings({ receiveFolder }));
+    if (!submit.disabled) await changed(field.value.trim());
   });
   return {
     element: form,
-    update({ receiveFolder }) {
-      if (receiveFolder !== shown) name.value = shown = receiveFolder;
+    /** @param {string} value */
+    update(value) {
+      if (value !== shown) field.value = shown = value;
       refresh();
     },
   };
@@ -71,36 +63,88 @@ export function folderPart(application, attempt) {
  * @param {(action: () => unknown) => Promise<boolean>} attempt
  * @returns {Part}
  */
-export function notificationsPart(application, attempt) {
-  const words = element('p', { class: 'faint' });
-  const allow = button('Allow', () => attempt(() => application.requestNotifications()), {
-    'aria-label': 'Allow notifications',
-  });
-  return {
-    element: element(
-      'div',
-      { class: 'switch-row' },
-      element('div', { class: 'words' }, element('span', {}, 'Notifications'), words),
-      allow,
-    ),
-    update({ notifications }) {
-      setText(words, NOTIFICATIONS[notifications]);
-      setShown(allow, notifications === 'unknown');
+export function namePart(application, attempt) {
+  const name = textSetting(
+    {
+      label: words('settings.name'),
+      hint: words('settings.nameHint'),
+      change: words('settings.nameChange'),
     },
-  };
+    (deviceName) => attempt(() => application.changeSettings({ deviceName })),
+  );
+  name.element.append(
+    element('span', { class: 'faint' }, words('about.fingerprint')),
+    element('code', { class: 'fingerprint' }, application.self.fingerprint),
+  );
+  return { element: name.element, update: () => name.update(application.self.name) };
 }
 
 /**
  * @param {Application} application
- * @returns {HTMLElement}
+ * @param {(action: () => unknown) => Promise<boolean>} attempt
+ * @returns {Part}
  */
-export function aboutPart({ self }) {
-  return element(
-    'dl',
-    { class: 'about' },
-    element('dt', {}, 'Fingerprint of this device'),
-    element('dd', {}, element('code', { class: 'fingerprint' }, self.fingerprint)),
-    element('dt', {}, 'Brevanholt'),
-    element('dd', {}, `Version ${self.version}`),
+export function folderPart(application, attempt) {
+  let former = '';
+  const change = async (/** @type {string} */ receiveFolder) => {
+    const before = application.settings.receiveFolder;
+    if (await attempt(() => application.changeSettings({ receiveFolder }))) former = before;
+    update(application.settings);
+  };
+  const folder = textSetting(
+    {
+      label: words('settings.folder'),
+      hint: words('settings.folderHint'),
+      change: words('settings.folderChange'),
+    },
+    change,
+    button(words('settings.folderOpen'), () => attempt(() => application.openReceiveFolder()), {
+      'aria-label': words('settings.folderOpenNamed'),
+    }),
   );
+  const stays = element('p', { class: 'faint' });
+  const openFormer = button('', () => attempt(() => application.openFormerFolder(former)), {
+    class: 'flat',
+  });
+  const note = element('div', { class: 'field', role: 'status' }, stays, openFormer);
+  folder.element.append(note);
+  const update = (/** @type {Settings} */ { receiveFolder }) => {
+    folder.update(receiveFolder);
+    const isChanged = former !== '' && former !== receiveFolder;
+    const names = { folder: isolated(former) };
+    setShown(note, isChanged);
+    showText(stays, isChanged ? words('settings.folderChanged', names) : null);
+    setText(openFormer, isChanged ? words('settings.folderOpenOld', names) : '');
+  };
+  return { element: folder.element, update };
+}
+
+/**
+ * @param {Application} application
+ * @param {(action: () => unknown) => Promise<boolean>} attempt
+ * @returns {Part}
+ */
+export function notificationsPart(application, attempt) {
+  const status = element('p', { class: 'faint' });
+  const allow = button(words('settings.allow'), () =>
+    attempt(() => application.requestNotifications()),
+  );
+  setAttribute(allow, 'aria-label', words('settings.allowNamed'));
+  return {
+    element: element(
+      'div',
+      { class: 'switch-row' },
+      element(
+        'div',
+        { class: 'words' },
+        element('span', {}, words('settings.notifications')),
+        status,
+      ),
+      allow,
+    ),
+    update({ notifications }) {
+      setText(status, words(NOTIFICATIONS[notifications]));
+      setShown(allow, notifications === 'unknown');
+    },
+  };
 }

@@ -1,13 +1,19 @@
 // The dialog for writing a text to send. A draft stays until it is added.
 
+import { words } from '../text/words.js';
 import { button } from './controls.js';
 import { dialog } from './dialog.js';
 import { element } from './dom.js';
+import { withCtrl } from './shortcuts.js';
 
 /** @param {(text: string) => Promise<boolean>} add answers whether it was added */
 export function textDialog(add) {
-  const text = element('textarea', { rows: 7, 'aria-label': 'Text to send', autofocus: true });
-  const submit = element('button', { class: 'main', title: 'Ctrl+Enter' }, 'Add');
+  const text = element('textarea', { rows: 7, 'aria-label': words('text.label'), autofocus: true });
+  const submit = element(
+    'button',
+    { class: 'main', title: withCtrl(words('key.enter')) },
+    words('text.add'),
+  );
   const form = element(
     'form',
     {},
@@ -15,11 +21,11 @@ export function textDialog(add) {
     element(
       'div',
       { class: 'dialog-actions' },
-      button('Cancel', () => made.close()),
+      button(words('dialog.cancel'), () => made.close()),
       submit,
     ),
   );
-  const made = dialog('text-dialog', 'Write text', form);
+  const made = dialog('text-dialog', words('text.title'), form);
 
   const refresh = () => {
     submit.disabled = text.value.trim() === '';

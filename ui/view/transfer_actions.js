@@ -1,6 +1,7 @@
 // The actions that a transfer offers in each state.
 
 import { isolated } from '../text/foreign_text.js';
+import { words } from '../text/words.js';
 import { canRetry, hasEnded, needsAnswer } from '../model/transfer_states.js';
 
 /** @typedef {import('../model/application.js').Application} Application */
@@ -13,73 +14,129 @@ import { canRetry, hasEnded, needsAnswer } from '../model/transfer_states.js';
  * @returns {Action[]}
  */
 export function actionsOf(transfer, application) {
-  const { id, state, direction, locations, text } = transfer;
-  const name = isolated(transfer.name);
-  const deviceName = isolated(transfer.deviceName);
+  if (needsAnswer(transfer)) return answers(transfer, application);
+  if (!hasEnded(transfer)) return steering(transfer, application);
+  return transfer.direction === 'send'
+    ? resumption(transfer, application)
+    : uses(transfer, application);
+}
+
+/**
+ * @param {Transfer} transfer
+ * @param {Application} application
+ * @returns {Action[]}
+ */
+function answers(transfer, application) {
+  const { id, state } = transfer;
+  const names = { name: isolated(transfer.name), device: isolated(transfer.deviceName) };
   if (state === 'confirming') {
     return [
       {
         id: 'match',
-        label: 'They match',
+        label: words('transfer.match'),
         isMain: true,
         run: () => application.confirmCode(id, true),
       },
-      { id: 'differ', label: 'They differ', run: () => application.confirmCode(id, false) },
-    ];
-  }
-  if (state === 'asking' && direction === 'receive') {
-    return [
       {
-        id: 'accept',
-        label: 'Accept',
-        name: `Accept ${name} from ${deviceName}`,
-        isMain: true,
-        run: () => application.accept(id),
-      },
-      {
-        id: 'decline',
-        label: 'Decline',
-        name: `Decline ${name} from ${deviceName}`,
-        run: () => application.decline(id),
+        id: 'differ',
+        label: words('transfer.differ'),
+        run: () => application.confirmCode(id, false),
       },
     ];
   }
-  if (state === 'active') {
-    return [
-      { id: 'pause', label: 'Pause', name: `Pause ${name}`, run: () => application.pause(id) },
-    ];
-  }
-  if (direction === 'send') {
-    return canRetry({ state, direction })
-      ? [
-          {
-            id: 'retry',
-            label: state === 'paused' ? 'Resume' : 'Try again',
-            name: state === 'paused' ? `Resume ${name}` : `Try again to send ${name}`,
-            run: () => application.retry(id),
-          },
-        ]
-      : [];
-  }
+  return [
+    {
+      id: 'accept',
+      label: words('transfer.accept'),
+      name: words('transfer.acceptNamed', names),
+      isMain: true,
+      run: () => application.accept(id),
+    },
+    {
+      id: 'decline',
+      label: words('transfer.decline'),
+      name: words('transfer.declineNamed', names),
+      run: () => application.decline(id),
+    },
+  ];
+}
+
+/**
+ * @param {Transfer} transfer
+ * @param {Application} application
+ * @returns {Action[]}
+ */
+function steering({ id, state, name: bareName }, application) {
+  const name = isolated(bareName);
+  const cancel = {
+    id: 'cancel',
+    label: words('transfer.cancel'),
+    name: words('transfer.cancelNamed', { name }),
+    run: () => application.cancel(id),
+  };
+  if (state !== 'active') return [cancel];
+  return [
+    {
+      id: 'pause',
+      label: words('transfer.pause'),
+      name: words('transfer.pauseNamed', { name }),
+      run: () => application.pause(id),
+    },
+    cancel,
+  ];
+}
+
+/**
+ * @param {Transfer} transfer
+ * @param {Application} application
+ * @returns {Action[]}
+ */
+function resumption(transfer, application) {
+  if (!canRetry(transfer)) return [];
+  const name = isolated(transfer.name);
+  const isPaused = transfer.state === 'paused';
+  return [
+    {
+      id: 'retry',
+      label: words(isPaused ? 'transfer.resume' : 'transfer.retry'),
+      name: words(isPaused ? 'transfer.resumeNamed' : 'transfer.retryNamed', { name }),
+      run: () => application.retry(transfer.id),
+    },
+  ];
+}
+
+/**
+ * @param {Transfer} transfer
+ * @param {Application} application
+ * @returns {Action[]}
+ */
+function uses({ id, state, text, locations, name: bareName }, application) {
   if (state !== 'complete') return [];
+  const name = isolated(bareName);
   /** @type {Action[]} */
   const actions = [];
   if (text !== null) {
     actions.push({
       id: 'copy',
-      label: 'Copy',
-      name: 'Copy the received text',
-      done: 'Copied',
+      label: words('transfer.copy'),
+      name: words('transfer.copyText'),
+      done: words('transfer.copied'),
       run: () => application.copyText(id),
     });
   }
-  if (locations.length > 0) {
+  // Of several, each has its own in the opened row.
+  if (locations.length === 1) {
     actions.push(
-      { id: 'open', label: 'Open', name: `Open ${name}`, run: () => application.open(id) },
+      {
+        id: 'open',
+        label: words('transfer.open'),
+        name: words('transfer.openNamed', { name }),
+        run: () => application.open(id),
+      },
       {
         id: 'reveal',
-        label: 'Show in folder',
-        name: `Show ${name} in its folder`,
+        label: words('transfer.show'),
+        name: words('transfer.showNamed', { name }),
         run: () => application.reveal(id),
       },
     );
@@ -88,26 +145,17 @@ export function actionsOf(transfer, application) {
 }
 
 /**
- * Cancels a running transfer, or removes an ended one from the list. None while an answer is due.
+ * Removes an ended transfer from the list.
  * @param {Transfer} transfer
  * @param {Application} application
  * @returns {Action | null}
  */
-export function dismissalOf({ id, state, direction, name: bareName }, application) {
-  const name = isolated(bareName);
-  if (hasEnded({ state })) {
-    return {
-      id: 'remove',
-      label: 'Remove from the list',
-      name: `Remove ${name} from the list`,
-      run: () => application.removeTransfer(id),
-    };
-  }
-  if (needsAnswer({ state, direction })) return null;
+export function removalOf({ id, state, name }, application) {
+  if (!hasEnded({ state })) return null;
   return {
-    id: 'cancel',
-    label: 'Cancel',
-    name: `Cancel ${name}`,
-    run: () => application.cancel(id),
+    id: 'remove',
+    label: words('transfer.remove'),
+    name: words('transfer.removeNamed', { name: isolated(name) }),
+    run: () => application.removeTransfer(id),
   };
 }

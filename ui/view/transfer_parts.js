@@ -1,8 +1,9 @@
-// Parts of a transfer's row: the code to compare, what is offered, how far it is.
+// Parts of a transfer's row: the code to compare, how far it is, the text that was received.
 
 import { element, setAttribute, setShown, setText } from './dom.js';
 import { excerpt, isolated } from '../text/foreign_text.js';
 import { share } from '../text/format.js';
+import { words } from '../text/words.js';
 
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 /** @typedef {{ element: HTMLElement, update: (transfer: Transfer) => void }} Part */
@@ -21,28 +22,7 @@ export function codePart() {
       if (!code) return;
       setText(halves[0], code.slice(0, 3));
       setText(halves[1], code.slice(3));
-      setAttribute(digits, 'aria-label', `Code ${[...code].join(' ')}`);
-    },
-  };
-}
-
-/**
- * The names of what another device wants to send.
- * @returns {Part}
- */
-export function offerPart() {
-  const names = element('ul', { class: 'offered', role: 'list', 'aria-label': 'What is offered' });
-  let shown = '';
-  return {
-    element: names,
-    update({ state, direction, offered, offeredCount, name }) {
-      const lists = offered.length > 1 || (offered.length === 1 && offered[0] !== name);
-      setShown(names, state === 'asking' && direction === 'receive' && lists);
-      const rest = offeredCount - offered.length;
-      const lines = rest > 0 ? [...offered, `and ${rest} more`] : offered;
-      if (names.hidden || lines.join('\n') === shown) return;
-      shown = lines.join('\n');
-      names.replaceChildren(...lines.map((line) => element('li', { title: line }, line)));
+      setAttribute(digits, 'aria-label', words('transfer.code', { digits: [...code].join(' ') }));
     },
   };
 }
@@ -59,7 +39,7 @@ export function progressPart() {
       const { state, name } = transfer;
       setShown(bar, state === 'active' || state === 'connecting');
       if (bar.hidden) return;
-      setAttribute(bar, 'aria-label', `Progress of ${isolated(name)}`);
+      setAttribute(bar, 'aria-label', words('transfer.progressOf', { name: isolated(name) }));
       setAttribute(bar, 'value', state === 'active' ? share(transfer).toFixed(4) : null);
     },
   };
@@ -77,7 +57,7 @@ export function textPart() {
     class: 'received-text',
     role: 'group',
     tabindex: 0,
-    'aria-label': 'Received text',
+    'aria-label': words('transfer.receivedText'),
   });
   return {
     element: text,

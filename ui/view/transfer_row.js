@@ -5,18 +5,20 @@ import { ActionRow, iconButton } from './controls.js';
 import { element, setAttribute, setShown, setText, showText } from './dom.js';
 import { isolated } from '../text/foreign_text.js';
 import { whenText } from '../text/format.js';
-import { icon } from './icons.js';
+import { words } from '../text/words.js';
+import { icon, iconOf } from './icons.js';
 import { showPreview } from './preview.js';
-import { actionsOf, dismissalOf } from './transfer_actions.js';
-import { codePart, offerPart, progressPart, textPart } from './transfer_parts.js';
+import { contentsPart } from './contents_part.js';
+import { actionsOf, removalOf } from './transfer_actions.js';
+import { codePart, progressPart, textPart } from './transfer_parts.js';
 import { factsText, statusText } from './transfer_words.js';
 
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 
 /** @param {Transfer} transfer */
-function pictureOf({ state, text, name, direction, locations }) {
+function pictureOf({ state, contents, direction }) {
   if (state === 'failed') return 'warning';
-  if ((text !== null && locations.length === 0) || name === 'Text') return 'text';
+  if (contents.length === 1) return iconOf(contents[0]);
   return direction === 'send' ? 'send' : 'receive';
 }
 
@@ -27,7 +29,7 @@ function pictureOf({ state, text, name, direction, locations }) {
  */
 export function transferRow(application, attempt) {
   /** @type {import('./controls.js').Action | null} */
-  let dismissal = null;
+  let removal = null;
   /** @type {(() => void) | null} */
   let dropPreview = null;
   let picture = '';
@@ -36,9 +38,9 @@ export function transferRow(application, attempt) {
   const status = element('span', { class: 'status' });
   const facts = element('span', { class: 'faint facts' });
   const time = element('time', { class: 'faint' });
-  const dismiss = iconButton('close', '', () => attempt(() => dismissal?.run()));
+  const remove = iconButton('bin', '', () => attempt(() => removal?.run()));
   const actions = new ActionRow();
-  const parts = [codePart(), offerPart(), textPart(), progressPart()];
+  const parts = [codePart(), contentsPart(application, attempt), textPart(), progressPart()];
   const row = element(
     'li',
     { class: 'transfer', tabindex: -1 },
@@ -53,7 +55,7 @@ export function transferRow(application, attempt) {
       actions.element,
     ),
     time,
-    dismiss,
+    remove,
   );
 
   /** @param {Transfer} transfer */
@@ -70,7 +72,11 @@ export function transferRow(application, attempt) {
     update(transfer) {
       const { name, state, when } = transfer;
       setAttribute(row, 'data-state', state);
-      setAttribute(row, 'aria-label', `${isolated(name)}: ${statusText(transfer)}`);
+      setAttribute(
+        row,
+        'aria-label',
+        words('status.row', { name: isolated(name), status: statusText(transfer) }),
+      );
       setText(title, name);
       setAttribute(title, 'title', name);
       setText(status, statusText(transfer));
@@ -88,10 +94,10 @@ export function transferRow(application, attempt) {
           },
         })),
       );
-      dismissal = dismissalOf(transfer, application);
-      setShown(dismiss, dismissal !== null);
-      setAttribute(dismiss, 'aria-label', dismissal?.name);
-      setAttribute(dismiss, 'title', dismissal?.label);
+      removal = removalOf(transfer, application);
+      setShown(remove, removal !== null);
+      setAttribute(remove, 'aria-label', removal?.name);
+      setAttribute(remove, 'title', removal?.label);
     },
     remove: () => dropPreview?.(),
   };

@@ -1,68 +1,69 @@
 // The sentences about a transfer, on its row and for screen readers.
 
 import { hasEnded } from '../model/transfer_states.js';
+import { canBeOpened } from './contents_part.js';
 import { isolated } from '../text/foreign_text.js';
-import { countText, durationText, rateText, share, sizeText } from '../text/format.js';
+import { durationText, percentText, rateText, share, sizeText } from '../text/format.js';
+import { words } from '../text/words.js';
 
 /** @typedef {import('../model/types.js').Transfer} Transfer */
+/** @typedef {import('../text/words.js').Key} Key */
 
 /**
  * The state, in a few words.
  * @param {Transfer} transfer
  * @returns {string}
  */
-export function statusText({ state, direction, deviceName, message }) {
+export function statusText({ state, direction, deviceName, message, isConfirmed }) {
   const sends = direction === 'send';
   const device = isolated(deviceName);
+  const plain = (/** @type {Key} */ sending, /** @type {Key} */ receiving) =>
+    words(sends ? sending : receiving, { device });
+  const more = (/** @type {string} */ status) =>
+    message ? words('status.with', { status, message }) : status;
   switch (state) {
     case 'connecting':
-      return `Connecting to ${device}…`;
+      return words('status.connecting', { device });
     case 'confirming':
-      return `Is the same code shown on ${device}?`;
+      return words(isConfirmed ? 'status.confirmed' : 'status.compare', { device });
     case 'asking':
-      if (sends) return `Waiting for ${device} to accept`;
-      return `${device} wants to send you this${message ? `. ${message}` : ''}`;
+      return sends ? words('status.waiting', { device }) : more(words('status.offers', { device }));
     case 'active':
-      return sends ? `Sending to ${device}` : `Receiving from ${device}`;
-    case 'complete': {
-      const done = sends ? `Sent to ${device}` : `Received from ${device}`;
-      return message ? `${done}. ${message}` : done;
-    }
+      return plain('status.sending', 'status.receiving');
+    case 'complete':
+      return more(plain('status.sent', 'status.received'));
     case 'failed':
-      return message ?? `The transfer ${sends ? 'to' : 'from'} ${device} failed.`;
+      return message ?? plain('status.sendFailed', 'status.receiveFailed');
     case 'paused':
-      return message ?? `The transfer ${sends ? 'to' : 'from'} ${device} is paused`;
+      return message ?? plain('status.sendPaused', 'status.receivePaused');
     case 'cancelled':
-      return (
-        message ??
-        (sends ? `Sending to ${device} was cancelled` : `Receiving from ${device} was cancelled`)
-      );
+      return message ?? plain('status.sendCancelled', 'status.receiveCancelled');
     case 'declined':
-      return sends ? `${device} declined` : `You declined this from ${device}`;
+      return plain('status.theyDeclined', 'status.youDeclined');
   }
 }
 
 /**
- * The number of files and bytes, and while it runs its progress and rate.
+ * The number of items and bytes, and while it runs its progress and rate.
  * @param {Transfer} transfer
  */
 export function factsText(transfer) {
   if (transfer.text !== null && transfer.locations.length === 0) return '';
-  const { state, name, bytesTotal, bytesDone, rate, secondsLeft } = transfer;
+  const { state, bytesTotal, bytesDone, rate, secondsLeft, fileCount } = transfer;
   const facts = [];
   if (state === 'active') {
-    facts.push(`${sizeText(bytesDone)} of ${sizeText(bytesTotal)}`);
+    const [done, total] = [sizeText(bytesDone), sizeText(bytesTotal)];
+    facts.push(words('status.progress', { done, total }));
     if (rate > 0) facts.push(rateText(rate));
-    if (secondsLeft !== null) facts.push(`${durationText(secondsLeft)} left`);
-    if (transfer.isStalled) facts.push('waiting for the other device');
+    if (secondsLeft !== null) facts.push(words('status.left', { time: durationText(secondsLeft) }));
+    if (transfer.isStalled) facts.push(words('status.stalled'));
   } else {
-    const files = countText(transfer.fileCount, 'file');
-    if (state === 'failed') {
-      facts.push(
-        `${transfer.direction === 'send' ? 'To' : 'From'} ${isolated(transfer.deviceName)}`,
-      );
+    if (state === 'failed' || state === 'declined') {
+      const device = isolated(transfer.deviceName);
+      facts.push(words(transfer.direction === 'send' ? 'status.to' : 'status.from', { device }));
     }
-    if (transfer.fileCount > 1 && files !== name) facts.push(files);
+    if (!canBeOpened(transfer) && fileCount > 1)
+      facts.push(words('count.files', { count: fileCount }));
     if (bytesTotal > 0 || hasEnded(transfer)) facts.push(sizeText(bytesTotal));
   }
   if (transfer.note) facts.push(transfer.note);
@@ -90,10 +91,11 @@ export class TransferNews {
     return transfers.flatMap((transfer) => {
       const now = this.#known?.get(transfer.id);
       const then = before.get(transfer.id);
+      const name = isolated(transfer.name);
       if (then?.state !== transfer.state)
-        return [`${isolated(transfer.name)}: ${statusText(transfer)}`];
+        return [words('status.row', { name, status: statusText(transfer) })];
       const passed = transfer.state === 'active' && now && now.quarter > then.quarter;
-      return passed ? [`${isolated(transfer.name)}: ${now.quarter * 25} percent`] : [];
+      return passed ? [words('news.progress', { name, share: percentText(now.quarter / 4) })] : [];
     });
   }
 }

@@ -1,5 +1,6 @@
 // The transfers: first those that wait for an answer, then what runs, then what is over.
 
+import { words } from '../text/words.js';
 import { hasEnded, needsAnswer } from '../model/transfer_states.js';
 import { bringIn } from './click_guard.js';
 import { button } from './controls.js';
@@ -15,7 +16,8 @@ import { TransferNews } from './transfer_words.js';
 /**
  * @param {Application} application
  * @param {import('./notices.js').Notices} notices
- * @returns {{ requests: HTMLElement, transfers: HTMLElement, update: (part: HTMLElement) => void }}
+ * @returns {{ requests: HTMLElement, transfers: HTMLElement, update: (part: HTMLElement) => void,
+ *             lookAtRequest: () => void }}
  */
 export function transfersViews(application, { attempt }) {
   const rowsOf = (/** @type {string} */ label) =>
@@ -26,24 +28,28 @@ export function transfersViews(application, { attempt }) {
       (/** @type {Transfer} */ { id }) => id,
       () => transferRow(application, attempt),
     );
-  const asked = rowsOf('Waiting for your answer');
-  const running = rowsOf('In progress');
-  const recent = rowsOf('Recent');
+  const asked = rowsOf(words('transfers.asked'));
+  const running = rowsOf(words('transfers.running'));
+  const recent = rowsOf(words('transfers.recent'));
   const lists = { asked: listIn(asked), running: listIn(running), recent: listIn(recent) };
-  const nothing = nothingYet('receive', 'What you send and receive is shown here.').element;
+  const nothing = nothingYet('receive', words('transfers.none')).element;
   const recentHead = element(
     'div',
     { class: 'row-head' },
-    element('h3', {}, 'Recent'),
-    button('Clear', () => attempt(() => application.clearRecents()), {
+    element('h3', {}, words('transfers.recent')),
+    button(words('transfers.clear'), () => attempt(() => application.clearRecents()), {
       class: 'flat',
-      'aria-label': 'Clear recent transfers',
+      'aria-label': words('transfers.clearRecent'),
     }),
   );
-  const requests = region('requests', 'Waiting for you', element('div', { class: 'card' }, asked));
+  const requests = region(
+    'requests',
+    words('transfers.requests'),
+    element('div', { class: 'card' }, asked),
+  );
   const transfers = region(
     'transfers',
-    'Transfers',
+    words('transfers.title'),
     element('div', { class: 'card' }, nothing, running, recentHead, recent),
   );
 
@@ -64,6 +70,12 @@ export function transfersViews(application, { attempt }) {
     transfers,
     /** @param {HTMLElement} part that holds both */
     update: (part) => bringIn(requests, () => keepingFocus(part, update)),
+    /** Gives the first request the focus, unless somebody is at one already. */
+    lookAtRequest() {
+      if (requests.contains(document.activeElement) || document.querySelector('dialog[open]'))
+        return;
+      /** @type {HTMLElement | null} */ (asked.firstElementChild)?.focus();
+    },
   };
 }
 

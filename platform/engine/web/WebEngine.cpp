@@ -2,10 +2,13 @@
 
 #include "platform/engine/web/NavigationLock.h"
 #include "platform/engine/web/PageSandbox.h"
+#include "platform/engine/web/link/EngineArguments.h"
 #include "platform/engine/web/link/LinkFrame.h"
 #include "platform/foundation/Log.h"
 
 #include <gio/gunixfdlist.h>
+
+#include <algorithm>
 
 namespace brevanholt::platform {
 namespace {
@@ -33,11 +36,8 @@ WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
       files_(messenger_, mainQueue),
       sockets_(messenger_),
       transfers_(messenger_, sockets_.table(), mainQueue),
-      applicationChannel_("engine/application", messenger_) {
-  applicationChannel_.setMethodCallHandler([this](const MethodCall& call, MethodResult result) {
-    if (call.method != "arguments") return std::move(result).notImplemented();
-    std::move(result).success(List(options_.uiArguments.begin(), options_.uiArguments.end()));
-  });
+      application_(messenger_) {
+  answerPage();
   createContext();
   createView();
   load();
@@ -46,6 +46,23 @@ WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
 WebEngine::~WebEngine() {
   g_signal_handlers_disconnect_by_data(webView_.get(), this);
   g_signal_handlers_disconnect_by_data(context_.get(), this);
+}
+
+void WebEngine::answerPage() {
+  application_.answer("arguments", [this](const Map&) {
+    return List(options_.uiArguments.begin(), options_.uiArguments.end());
+  });
+  application_.answer("setZoom", [this](const Map& arguments) {
+    setZoom(sizeIn(arguments, "percent"));
+    return Value();
+  });
+}
+
+void WebEngine::setZoom(std::int64_t percent) {
+  constexpr std::int64_t kLeast = 25;
+  constexpr std::int64_t kMost = 500;
+  const auto zoom = static_cast<double>(std::clamp(percent, kLeast, kMost)) / 100;
+  webkit_web_view_set_zoom_level(webView_.get(), zoom);
 }
 
 void WebEngine::createContext() {

@@ -2,6 +2,7 @@
 
 #include "platform/engine/UiEngine.h"
 #include "platform/engine/web/BundleScheme.h"
+#include "platform/engine/web/EngineApplication.h"
 #include "platform/engine/web/WebBinaryMessenger.h"
 #include "platform/engine/web/files/EngineFiles.h"
 #include "platform/engine/web/sockets/EngineSockets.h"
@@ -39,7 +40,12 @@ class WebEngine final : public UiEngine {
   [[nodiscard]] BinaryMessenger& binaryMessenger() override { return messenger_; }
   void setRunsWhileHidden(bool runs) override;
 
+  // What the page may ask besides the host's methods; it answers “arguments” and “setZoom” itself.
+  [[nodiscard]] EngineApplication& application() { return application_; }
+
  private:
+  void answerPage();
+  void setZoom(std::int64_t percent);
   void createContext();
   void createView();
   void configureSettings();
@@ -55,7 +61,7 @@ class WebEngine final : public UiEngine {
   EngineFiles files_;
   EngineSockets sockets_;
   EngineTransfers transfers_;
-  MethodChannel applicationChannel_;
+  EngineApplication application_;
   GObjectPointer<WebKitWebContext> context_;
   GObjectPointer<WebKitWebView> webView_;
   std::unique_ptr<GtkNativeView> nativeView_;

@@ -10,7 +10,8 @@ InstallLayout InstallLayout::ofThisProcess() {
           .webExtensions = prefix / "lib/brevanholt/web-extensions",
           .previewChild = prefix / "lib/brevanholt/brevanholt-preview",
           .privateFrameworks = prefix / "share/brevanholt/Frameworks",
-          .icons = prefix / "share/icons"};
+          .icons = prefix / "share/icons",
+          .help = prefix / "share/brevanholt/help"};
 }
 
 }  // namespace brevanholt::platform

@@ -13,6 +13,7 @@ struct InstallLayout {
   std::filesystem::path previewChild;       // lib/brevanholt/brevanholt-preview
   std::filesystem::path privateFrameworks;  // share/brevanholt/Frameworks
   std::filesystem::path icons;              // share/icons
+  std::filesystem::path help;               // share/brevanholt/help, by language
 
   static InstallLayout ofThisProcess();
 };

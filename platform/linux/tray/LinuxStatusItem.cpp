@@ -88,6 +88,7 @@ void LinuxStatusItem::setMenu(const Menu& menu) {
 
 void LinuxStatusItem::shownChanged(bool isShown) {
   embeddedIcon_.reset();
+  isInNotifierTray_ = isShown;
   if (isShown) return;
   const bool hasTray = placesWindows_ && XEmbedStatusIcon::hasTray();
   if (!hasTray && !std::exchange(hasWarned_, true)) {
@@ -96,6 +97,15 @@ void LinuxStatusItem::shownChanged(bool isShown) {
   if (!placesWindows_) return;
   embeddedIcon_ = std::make_unique<XEmbedStatusIcon>(symbolicIcon_, appearance_.toolTip,
                                                      [this](int x, int y) { popUpAt(x, y); });
+}
+
+void LinuxStatusItem::setNeedsAttention(bool needs) {
+  appearance_.needsAttention = needs;
+  showAppearance();
+}
+
+bool LinuxStatusItem::isShown() const {
+  return isInNotifierTray_ || (placesWindows_ && XEmbedStatusIcon::hasTray());
 }
 
 void LinuxStatusItem::popUpAt(int x, int y) {

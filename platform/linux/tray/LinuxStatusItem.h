@@ -37,6 +37,11 @@ class LinuxStatusItem final : public StatusItem {
   void setAccessibilityLabel(const std::string& text) override;
   void setMenu(const Menu& menu) override;
 
+  // Whether something waits for the person, which trays that know the status show.
+  void setNeedsAttention(bool needs);
+  // Whether any tray shows it.
+  [[nodiscard]] bool isShown() const;
+
  private:
   void shownChanged(bool isShown);
   void drawImage();
@@ -49,6 +54,7 @@ class LinuxStatusItem final : public StatusItem {
   PanelStyle panelStyle_;
   bool placesWindows_;  // by coordinates, which X11 alone allows
   bool hasWarned_ = false;
+  bool isInNotifierTray_ = false;
   Image image_;
   std::string symbolicIcon_;
   TrayAppearance appearance_;

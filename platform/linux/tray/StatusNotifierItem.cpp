@@ -24,6 +24,7 @@ constexpr const char* kDescription = R"xml(
     <property name="IconAccessibleDesc" type="s" access="read"/>
     <property name="OverlayIconName" type="s" access="read"/>
     <property name="AttentionIconName" type="s" access="read"/>
+    <property name="AttentionIconPixmap" type="a(iiay)" access="read"/>
     <property name="ToolTip" type="(sa(iiay)ss)" access="read"/>
     <property name="ItemIsMenu" type="b" access="read"/>
     <property name="Menu" type="o" access="read"/>
@@ -36,6 +37,7 @@ constexpr const char* kDescription = R"xml(
     <method name="ProvideXdgActivationToken"><arg type="s" direction="in"/></method>
     <signal name="NewTitle"/>
     <signal name="NewIcon"/>
+    <signal name="NewAttentionIcon"/>
     <signal name="NewToolTip"/>
     <signal name="NewStatus"><arg type="s"/></signal>
   </interface>
@@ -50,6 +52,10 @@ GVariant* pixmapArray(const std::vector<TrayPixmap>& pixmaps) {
                                                     pixmap.pixels.size(), 1));
   }
   return g_variant_builder_end(&array);
+}
+
+const char* statusOf(const TrayAppearance& appearance) {
+  return appearance.needsAttention ? "NeedsAttention" : "Active";
 }
 
 GVariant* text(const std::string& value) {
@@ -83,6 +89,10 @@ void StatusNotifierItem::tellOfChanges() {
                         std::ranges::equal(before.pixmaps, told_.pixmaps, {}, &TrayPixmap::pixels,
                                            &TrayPixmap::pixels);
   if (!sameIcon) object_.emit("NewIcon", g_variant_new("()"));
+  if (before.needsAttention != told_.needsAttention) {
+    object_.emit("NewStatus", g_variant_new("(s)", statusOf(told_)));
+    object_.emit("NewAttentionIcon", g_variant_new("()"));
+  }
 }
 
 GVariant* StatusNotifierItem::call(std::string_view method, GVariant* parameters) {
@@ -106,13 +116,16 @@ GVariant* StatusNotifierItem::property(std::string_view name) const {
   if (name == "Category") return g_variant_new_string("Communications");
   if (name == "Id") return g_variant_new_string("brevanholt");
   if (name == "Title") return text(appearance_.title);
-  if (name == "Status") return g_variant_new_string("Active");
+  if (name == "Status") return g_variant_new_string(statusOf(appearance_));
   if (name == "WindowId") return g_variant_new_int32(0);
   if (name == "IconName") return text(appearance_.iconName);
   if (name == "IconThemePath") return text(appearance_.iconThemePath);
   if (name == "IconPixmap") return pixmapArray(appearance_.pixmaps);
   if (name == "IconAccessibleDesc") return text(appearance_.title);
-  if (name == "OverlayIconName" || name == "AttentionIconName") return text("");
+  if (name == "OverlayIconName") return text("");
+  // The same icon: a tray that knows the status marks it in its own way.
+  if (name == "AttentionIconName") return text(appearance_.iconName);
+  if (name == "AttentionIconPixmap") return pixmapArray(appearance_.pixmaps);
   if (name == "ToolTip") {
     return g_variant_new("(s@a(iiay)ss)", "", pixmapArray({}), appearance_.toolTip.c_str(), "");
   }

@@ -24,6 +24,7 @@ struct TrayAppearance {
   std::string iconName;       // looked for in iconThemePath and in the desktop's themes
   std::string iconThemePath;  // empty for the desktop's themes alone
   std::vector<TrayPixmap> pixmaps;
+  bool needsAttention = false;
 };
 
 // The item on the bus, as org.kde.StatusNotifierItem (freedesktop StatusNotifierItem

@@ -4,12 +4,12 @@
 #include "platform/foundation/PlatformError.h"
 #include "platform/gtk/FileUri.h"
 #include "platform/gtk/GLibPointers.h"
+#include "platform/linux/window/ClipboardShare.h"
 
 #include <gdk/gdkwayland.h>
 #include <glib-unix.h>
 #include <glibmm/main.h>
 #include <gtk/gtk.h>
-#include <gtkmm/clipboard.h>
 #include <gtkmm/window.h>
 
 #include <algorithm>
@@ -74,6 +74,7 @@ GtkApplicationHost::GtkApplicationHost(const std::string& identifier, bool isSer
   // entry's StartupWMClass joins the two.
   if (GDK_IS_WAYLAND_DISPLAY(gdk_display_get_default())) g_set_prgname(identifier.c_str());
   application_ = Gtk::Application::create(identifier, flags);
+  gtk_window_set_default_icon_name(identifier.c_str());  // of dialogs too
   application_->signal_activate().connect([this] { activated(); });
   application_->signal_open().connect(
       [this](const std::vector<Glib::RefPtr<Gio::File>>& files, const Glib::ustring&) {
@@ -104,9 +105,9 @@ void GtkApplicationHost::addActions() {
     if (ApplicationDelegate* delegate = launchedDelegate()) delegate->chooseFilesToShare();
   });
   application_->add_action(kShareClipboardAction, [this] {
-    Gtk::Clipboard::get()->request_text([this](const Glib::ustring& text) {
+    readClipboard(pastedPictures_, [this](const ServicePasteboard& pasteboard) {
       if (ApplicationDelegate* delegate = launchedDelegate()) {
-        delegate->shareWithBrevanholt({.files = {}, .text = text});
+        delegate->shareWithBrevanholt(pasteboard);
       }
     });
   });

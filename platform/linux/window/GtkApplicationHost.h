@@ -5,6 +5,7 @@
 
 #include <gtkmm/application.h>
 
+#include <filesystem>
 #include <functional>
 
 namespace brevanholt::platform {
@@ -33,6 +34,9 @@ class GtkApplicationHost final : public Application {
 
   // Runs each time the person starts the program while it runs.
   void setStartedAgainHandler(std::function<void()> handler) { startedAgain_ = std::move(handler); }
+  // Where pictures are saved that are pasted.
+  void setPastedPictures(std::filesystem::path folder) { pastedPictures_ = std::move(folder); }
+  void shareClipboard() { application_->activate_action(kShareClipboardAction); }
   // Ends as terminate() does; wantsRestart() says that the program is to be started anew then.
   void restart();
   [[nodiscard]] bool wantsRestart() const { return wantsRestart_; }
@@ -59,6 +63,7 @@ class GtkApplicationHost final : public Application {
   bool isLaunched_ = false;
   bool wantsRestart_ = false;
   std::function<void()> startedAgain_ = [] {};
+  std::filesystem::path pastedPictures_;
   sigc::connection idleService_;
 };
 

@@ -36,12 +36,16 @@ GtkDropContainer::GtkDropContainer(Bus& sessionBus) : sessionBus_(sessionBus) {
                       Gtk::TargetEntry(kOldFileTransfer)},
                      Gtk::DestDefaults(0), Gdk::ACTION_COPY);
   box_.signal_drag_motion().connect(
-      [this](const Context& context, int, int, guint time) { return dragMotion(context, time); },
+      [this](const Context& context, int x, int y, guint time) {
+        return dragMotion(context, {x, y}, time);
+      },
       false);
   box_.signal_drag_leave().connect([this](const Context& context, guint) { dragLeave(context); },
                                    false);
   box_.signal_drag_drop().connect(
-      [this](const Context& context, int, int, guint time) { return dragDrop(context, time); },
+      [this](const Context& context, int x, int y, guint time) {
+        return dragDrop(context, {x, y}, time);
+      },
       false);
   box_.signal_drag_data_received().connect(
       [this](const Context& context, int, int, const Gtk::SelectionData& data, guint, guint time) {
@@ -62,11 +66,13 @@ void GtkDropContainer::registerForDraggedFiles(DragDestination* destination) {
   destination_ = destination;
 }
 
-bool GtkDropContainer::dragMotion(const Context& context, guint time) {
+bool GtkDropContainer::dragMotion(const Context& context, DragPlace place, guint time) {
   if (destination_ == nullptr) return false;
   if (leaving_.connected() || !isCurrent(context)) {
-    begin(context, time);
+    begin(context, place, time);
   } else if (drag_->info) {
+    drag_->place = place;
+    if (spectator_.moved) spectator_.moved(place, *drag_->info);
     drag_->operation = destination_->draggingUpdated(*drag_->info);
     answer(time);
   }
@@ -82,9 +88,10 @@ void GtkDropContainer::dragLeave(const Context& context) {
   });
 }
 
-bool GtkDropContainer::dragDrop(const Context& context, guint time) {
+bool GtkDropContainer::dragDrop(const Context& context, DragPlace place, guint time) {
   leaving_.disconnect();
   if (!isCurrent(context)) return false;
+  drag_->place = place;
   drag_->dropTime = time;
   if (drag_->info) finish(time);
   return true;
@@ -102,9 +109,9 @@ void GtkDropContainer::dragDataReceived(const Context& context, const Gtk::Selec
   arrived({}, time);
 }
 
-void GtkDropContainer::begin(const Context& context, guint time) {
+void GtkDropContainer::begin(const Context& context, DragPlace place, guint time) {
   if (drag_) leave();
-  drag_ = Drag{.context = context, .info = {}, .dropTime = {}};
+  drag_ = Drag{.context = context, .info = {}, .place = place, .dropTime = {}};
   const std::string target = box_.drag_dest_find_target(context);
   if (target == "NONE") return arrived({}, time);
   box_.drag_get_data(context, target, time);
@@ -123,6 +130,7 @@ void GtkDropContainer::retrieveFromPortal(const std::string& key, guint time) {
 void GtkDropContainer::arrived(DraggingInfo info, guint time) {
   drag_->info = std::move(info);
   drag_->operation = destination_->draggingEntered(*drag_->info);
+  if (spectator_.moved) spectator_.moved(drag_->place, *drag_->info);
   if (drag_->dropTime) return finish(*drag_->dropTime);
   if (!leaving_.connected()) answer(time);
 }
@@ -135,6 +143,8 @@ void GtkDropContainer::answer(guint time) {
 void GtkDropContainer::finish(guint time) {
   const Drag drag = *std::exchange(drag_, std::nullopt);
   const bool takes = drag.operation == DragOperation::kCopy;
+  if (takes && spectator_.dropped) spectator_.dropped(drag.place, *drag.info);
+  if (!takes && spectator_.left) spectator_.left();
   const bool taken = takes && destination_->performDragOperation(*drag.info);
   if (!takes) destination_->draggingExited();
   drag.context->drag_finish(taken, false, time);
@@ -143,6 +153,7 @@ void GtkDropContainer::finish(guint time) {
 void GtkDropContainer::leave() {
   leaving_.disconnect();
   const Drag drag = *std::exchange(drag_, std::nullopt);
+  if (drag.info && spectator_.left) spectator_.left();
   if (drag.info) destination_->draggingExited();
 }
 

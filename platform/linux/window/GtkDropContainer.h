@@ -6,9 +6,16 @@
 
 #include <gtkmm/box.h>
 
+#include <functional>
 #include <optional>
 
 namespace brevanholt::platform {
+
+// Where a drag is, in pixels of the container.
+struct DragPlace {
+  int x = 0;
+  int y = 0;
+};
 
 // A box that is GTK's drop target for all that is in it.
 //
@@ -23,6 +30,15 @@ class GtkDropContainer final : public DropContainer {
   void addSubview(NativeView& view) override;
   void registerForDraggedFiles(DragDestination* destination) override;
 
+  // Who is shown a drag besides the one that takes it.
+  struct Spectator {
+    std::function<void(DragPlace, const DraggingInfo&)> moved;
+    // Before it is taken.
+    std::function<void(DragPlace, const DraggingInfo&)> dropped;
+    std::function<void()> left;
+  };
+  void setSpectator(Spectator spectator) { spectator_ = std::move(spectator); }
+
  private:
   using Context = Glib::RefPtr<Gdk::DragContext>;
 
@@ -30,15 +46,16 @@ class GtkDropContainer final : public DropContainer {
     Context context;
     std::optional<DraggingInfo> info;  // once it is known
     DragOperation operation = DragOperation::kNone;
+    DragPlace place;
     std::optional<guint> dropTime;  // where it was dropped before that
   };
 
-  bool dragMotion(const Context& context, guint time);
+  bool dragMotion(const Context& context, DragPlace place, guint time);
   void dragLeave(const Context& context);
-  bool dragDrop(const Context& context, guint time);
+  bool dragDrop(const Context& context, DragPlace place, guint time);
   void dragDataReceived(const Context& context, const Gtk::SelectionData& data, guint time);
 
-  void begin(const Context& context, guint time);
+  void begin(const Context& context, DragPlace place, guint time);
   void retrieveFromPortal(const std::string& key, guint time);
   void arrived(DraggingInfo info, guint time);
   void answer(guint time);
@@ -52,6 +69,7 @@ class GtkDropContainer final : public DropContainer {
   Gtk::Box box_;
   GtkNativeView view_{box_};
   DragDestination* destination_ = nullptr;
+  Spectator spectator_;
   std::optional<Drag> drag_;
   sigc::connection leaving_;
   Lifetime lifetime_;

@@ -102,8 +102,13 @@ void GtkMainWindow::close() {
 
 bool GtkMainWindow::closeRequested() {
   if (delegate_ == nullptr) return false;
-  delegate_->performClose();
+  if (closeQuestion_ && closeQuestion_()) return true;
+  closeToBackground();
   return true;
+}
+
+void GtkMainWindow::closeToBackground() {
+  if (delegate_ != nullptr) delegate_->performClose();
 }
 
 }  // namespace brevanholt::platform

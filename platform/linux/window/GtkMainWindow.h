@@ -4,6 +4,7 @@
 
 #include <gtkmm/applicationwindow.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -26,6 +27,12 @@ class GtkMainWindow final : public Window {
   void orderOut() override;
   void close() override;
 
+  // Runs when the button of the frame is used; true where something else decides, and calls
+  // closeToBackground() if so.
+  void setCloseQuestion(std::function<bool()> asks) { closeQuestion_ = std::move(asks); }
+  // What closing does without a question.
+  void closeToBackground();
+
   // The token with which the window may take the focus when it is shown next (xdg-activation, or a
   // startup notification's identifier on X11).
   void setActivationToken(std::string token) { activationToken_ = std::move(token); }
@@ -37,6 +44,7 @@ class GtkMainWindow final : public Window {
 
   Gtk::ApplicationWindow window_;
   WindowDelegate* delegate_ = nullptr;
+  std::function<bool()> closeQuestion_;
   std::string activationToken_;
   bool keepsFocus_ = false;  // while it is inactive: only a grab has its keys
   std::optional<std::pair<int, int>> placeWhenHidden_;

@@ -1,0 +1,33 @@
+// What is said while something is dragged over the window. It covers no device: a drop on one sends there.
+
+import { isolated } from '../text/foreign_text.js';
+import { words } from '../text/words.js';
+import { element, setShown, setText } from './dom.js';
+import { icon } from './icons.js';
+
+/** @param {import('../model/application.js').Application} application */
+export function dropHint(application) {
+  const text = element('p');
+  const folders = element('p', { class: 'faint' }, words('drop.noFolders'));
+  const hint = element(
+    'div',
+    { class: 'drop-hint', hidden: true },
+    element('div', {}, icon('add'), element('div', {}, text, folders)),
+  );
+  const update = () => {
+    const { drag } = application;
+    setShown(hint, drag !== null);
+    if (!drag) return;
+    const id = drag.hasFiles ? application.deviceAt(drag) : null;
+    const device = application.devices.find((one) => one.id === id);
+    setShown(text, drag.hasFiles);
+    setText(
+      text,
+      device ? words('drop.onDevice', { device: isolated(device.name) }) : words('drop.here'),
+    );
+    setShown(folders, drag.folders.length > 0 || !drag.hasFiles);
+  };
+  application.addEventListener('drag', update);
+  update();
+  return hint;
+}
