@@ -12,21 +12,24 @@ function control(name) {
 }
 
 function follow({ press, write }) {
+  const at = Date.now();
   if (press) control(press).click();
   if (write) {
     control(write[0]).value = write[1];
     control(write[0]).dispatchEvent(new Event('input', { bubbles: true }));
   }
+  return at;
 }
 
 for (const argument of await uiArguments()) {
   if (!argument.startsWith('hand=')) continue;
   followOrders(argument.slice('hand='.length), async (order) => {
+    let at = 0;
     try {
-      follow(order);
+      at = follow(order);
     } catch (error) {
       return { error: error.message };
     }
-    return { text: document.body.innerText.replace(/\s+/g, ' ') };
+    return { at, text: document.body.innerText.replace(/\s+/g, ' ') };
   });
 }

@@ -131,11 +131,14 @@ class Station:
         self.run(*((SCREENSHOT,) if is_settled else ("import", "-window", "root")), str(picture))
 
     def press(self, name):
-        """Presses the first control whose name begins so, once it is there."""
-        wait_until(
-            lambda: "error" not in self._orders.give({"press": name}),
-            f"“{name}” in {self.name}'s window",
-            30,
+        """Presses the first control whose name begins so, once it is there; returns when it was."""
+        return (
+            wait_until(
+                lambda: self._orders.give({"press": name}).get("at"),
+                f"“{name}” in {self.name}'s window",
+                30,
+            )
+            / 1000
         )
 
     def text(self):

@@ -1,0 +1,70 @@
+"""What processes take of the machine: processor time and memory, theirs and that of all below them."""
+
+import os
+import pathlib
+import re
+import resource
+import subprocess
+import threading
+
+TICKS = os.sysconf("SC_CLK_TCK")
+
+
+def below(process):
+    """A process and its descendants."""
+    family = [process]
+    for one in family:
+        family += map(
+            int,
+            subprocess.run(
+                ["pgrep", "-P", str(one)], capture_output=True, text=True, check=False
+            ).stdout.split(),
+        )
+    return family
+
+
+def processor_seconds(process):
+    """The processor time of a process and all below it, with that of children that have ended."""
+    ticks = 0
+    for one in below(process):
+        try:
+            stat = pathlib.Path(f"/proc/{one}/stat").read_text()
+        except (FileNotFoundError, ProcessLookupError):
+            continue
+        ticks += sum(map(int, stat.rpartition(")")[2].split()[11:15]))
+    return ticks / TICKS
+
+
+def seconds_of_children():
+    """The processor time of this program's children that have ended, and of theirs."""
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+def memory_of(process):
+    """Its share of what it holds, in kB."""
+    try:
+        rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
+    except (FileNotFoundError, ProcessLookupError):
+        return 0
+    return int(re.search(r"^Pss: *(\d+)", rollup, re.MULTILINE)[1])
+
+
+class PeakMemory:
+    """The most memory, in MB, that a process and all below it hold together while this runs."""
+
+    def __init__(self, process):
+        self.largest = 0
+        self._process = process
+        self._over = threading.Event()
+        self._thread = threading.Thread(target=self._watch)
+        self._thread.start()
+
+    def stop(self):
+        self._over.set()
+        self._thread.join()
+        return self.largest
+
+    def _watch(self):
+        while not self._over.wait(0.1):
+            self.largest = max(self.largest, sum(map(memory_of, below(self._process))) / 1000)
