@@ -7,7 +7,7 @@ import subprocess
 import tempfile
 import time
 
-from host import BINARY, wait_until
+from stage.host import BINARY, wait_until
 from usage import processor_seconds, seconds_of_children
 
 LIMIT = 600

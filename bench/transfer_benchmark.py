@@ -1,7 +1,7 @@
 """Transfers between two machines of a network of their own, in turns with other ways to bring files
 from one to the other. Needs root and `scripts/packages bench`:
 
-    /usr/bin/python3 bench/transfer_benchmark.py [RUNS] [MEBIBYTES] [FILES]
+    PYTHONPATH=scripts /usr/bin/python3 bench/transfer_benchmark.py [RUNS] [MEBIBYTES] [FILES]
 """
 
 import os
@@ -13,11 +13,10 @@ import sys
 import time
 
 SOURCE = pathlib.Path(__file__).resolve().parents[1]
-sys.path[:0] = [str(SOURCE / "tests/endtoend"), str(SOURCE / "tests/endtoend/neighbours")]
-from copying import LIMIT, OtherWays  # noqa: E402  (found by the line above)
-from network import Network  # noqa: E402
-from station import Station  # noqa: E402
-from usage import PeakMemory, processor_seconds  # noqa: E402
+from copying import LIMIT, OtherWays
+from stage.network import Network
+from stage.station import Station
+from usage import PeakMemory, processor_seconds
 
 PAUSE = 3  # seconds in which the system ends what the run before began
 

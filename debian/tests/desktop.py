@@ -4,17 +4,15 @@ import os
 import pathlib
 import shlex
 import subprocess
-import sys
 import unittest
 import uuid
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tests/endtoend"))
 
 import dbus
 from gi.repository import Gio
 
-from host import hide_window, output_of, visible_window, wait_until
-from remote import RemoteTest
+from stage.host import hide_window, output_of, visible_window, wait_until
+from cases import RemoteTest
 from tray import picture
 
 HOME = pathlib.Path(os.environ["HOME"])

@@ -25,6 +25,7 @@ trap 'exit 143' TERM INT
 export HOME=$scratch/home XDG_RUNTIME_DIR=$scratch/runtime
 export XDG_CONFIG_HOME=$HOME/.config XDG_DATA_HOME=$HOME/.local/share XDG_CACHE_HOME=$HOME/.cache
 export XDG_STATE_HOME=$HOME/.local/state
+export PYTHONPATH=${desktops%/*}  # for the package "stage"
 mkdir -p "$HOME/Downloads" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME"
 mkdir -m 700 "$XDG_RUNTIME_DIR"
 unset WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS SESSION_MANAGER DESKTOP_STARTUP_ID TMPDIR

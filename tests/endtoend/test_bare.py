@@ -8,8 +8,8 @@ import sys
 import tempfile
 import unittest
 
-from host import BINARY, hide_window, output_of, visible_window, wait_until
-from remote import RemoteTest
+from stage.host import BINARY, hide_window, output_of, visible_window, wait_until
+from cases import RemoteTest
 from tray import GREEN, MENU, darkest, open_menu, picture, pixels_like
 
 NOWHERE = "unix:path=/nonexistent"

@@ -6,9 +6,11 @@ import signal
 import subprocess
 import unittest
 
-from host import BINARY, hide_window, output_of, visible_window, wait_until
-from remote import Remote, RemoteTest
+from stage.host import BINARY, hide_window, output_of, visible_window, wait_until
+from cases import RemoteTest
+from stage.remote import Remote
 
+HERE = pathlib.Path(__file__).parent
 HOME = pathlib.Path(os.environ["HOME"])
 
 
@@ -52,7 +54,7 @@ class CoreTest(RemoteTest):
         self.assertEqual(output_of("xclip", "-selection", "clipboard", "-o"), "copied: naïve 🎈")
 
     def test_keeps_order_and_payloads_and_the_page_inside(self):
-        results = self.run_scenario("transport", f"folder={HOME}")
+        results = self.run_scenario("transport", f"folder={HOME}", more_bundle=HERE / "bundle")
         self.assertEqual(results["inFlight"], list(range(1000)))
         self.assertEqual(results["large"], 64 << 20)
         escapes = results["escapes"]

@@ -14,8 +14,9 @@ import uuid
 import dbus
 from gi.repository import Gio, GLib
 
-from host import BINARY, hide_window, output_of, visible_window, wait_until
-from remote import Remote, RemoteTest
+from stage.host import BINARY, hide_window, output_of, visible_window, wait_until
+from cases import RemoteTest
+from stage.remote import Remote
 
 HOME = pathlib.Path(os.environ["HOME"])
 BUILD = pathlib.Path(BINARY).parents[1]

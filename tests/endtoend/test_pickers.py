@@ -6,8 +6,8 @@ import subprocess
 import sys
 import unittest
 
-from host import SOURCE, output_of, visible_window, wait_until
-from remote import RemoteTest
+from stage.host import SOURCE, output_of, visible_window, wait_until
+from cases import RemoteTest
 from tray import picture
 
 HOME = pathlib.Path(os.environ["HOME"])

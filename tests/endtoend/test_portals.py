@@ -14,8 +14,8 @@ import unittest
 import dbus
 import dbusmock
 
-from host import wait_until
-from remote import RemoteTest
+from stage.host import wait_until
+from cases import RemoteTest
 from test_services import notification_windows
 from tray import picture
 

@@ -6,8 +6,8 @@ import shutil
 import subprocess
 import unittest
 
-from host import output_of, wait_until
-from remote import RemoteTest
+from stage.host import output_of, wait_until
+from cases import RemoteTest
 
 DOWNLOADS = pathlib.Path.home() / "Downloads"
 PDF = b"""%PDF-1.4

@@ -8,8 +8,8 @@ import unittest
 import dbus
 import dbusmock
 
-from host import BINARY, hide_window, output_of, visible_window, wait_until
-from remote import RemoteTest
+from stage.host import BINARY, hide_window, output_of, visible_window, wait_until
+from cases import RemoteTest
 from tray import picture
 
 LOGIND = "org.freedesktop.login1"

@@ -3,8 +3,8 @@
 import re
 import unittest
 
-from host import hide_window, output_of, visible_window, visible_windows, wait_until
-from remote import RemoteTest
+from stage.host import hide_window, output_of, visible_window, visible_windows, wait_until
+from cases import RemoteTest
 from tray import GREEN, ICON, MENU, close_menu, darkest, open_menu, picture, pixels_like
 
 RED, BLUE = (191, 28, 41), (26, 94, 181)

@@ -6,7 +6,8 @@ import shutil
 import subprocess
 import unittest
 
-from host import BINARY, HostTest, managed_windows, output_of, visible_window, wait_until
+from cases import HostTest
+from stage.host import BINARY, managed_windows, output_of, visible_window, wait_until
 from tray import picture
 
 HOME = pathlib.Path(os.environ["HOME"])

@@ -6,7 +6,8 @@ import subprocess
 import tempfile
 import unittest
 
-from host import SOURCE, HostTest, Orders, output_of, visible_window, wait_until
+from cases import HostTest
+from stage.host import SOURCE, Orders, output_of, visible_window, wait_until
 from tray import PICTURES
 
 STATES = (

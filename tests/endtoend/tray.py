@@ -4,7 +4,7 @@ import os
 import pathlib
 import subprocess
 
-from host import SOURCE, holds_within, managed_windows, output_of, visible_windows, wait_until
+from stage.host import SOURCE, holds_within, managed_windows, output_of, visible_windows, wait_until
 
 PICTURES = pathlib.Path(os.environ.get("BREVANHOLT_PICTURES", "/tmp/brevanholt-pictures"))
 ICON = ("1194", "16")  # the panel's tray is left of its clock

@@ -4,8 +4,9 @@
     peer.py answer PORT                   announces itself as "python", meets who calls and accepts
     peer.py pretend NAME PORT             announces what device NAME announces, as "Carol" and at an
                                           address where nobody answers, and takes it back again
+    peer.py garbage ADDRESS PORT          sends what is no handshake, one connection each
 
-Both print JSON lines: the code to compare, who the other side is, and what came of it.
+All print JSON lines: the code to compare, who the other side is, what came of it.
 """
 
 import hashlib
@@ -319,5 +320,28 @@ def pretend(name, port):
             time.sleep(0.1)
 
 
+def garbage(address, port):
+    closed = []
+    for name, content in {
+        "bytes": os.urandom(1 << 16),
+        "request": b"GET / HTTP/1.1\r\n\r\n",
+        "size": b"\xff\xff\xff\xff",
+    }.items():
+        with socket.create_connection((address, int(port)), 10) as connection:
+            connection.settimeout(10)
+            try:
+                connection.sendall(content)
+                while connection.recv(1 << 16):
+                    pass
+                closed.append(name)
+            except ConnectionError:
+                closed.append(name)
+            except TimeoutError:
+                pass
+    say(closed=closed)
+
+
 if __name__ == "__main__":
-    {"call": call, "answer": answer, "pretend": pretend}[sys.argv[1]](*sys.argv[2:])
+    {"call": call, "answer": answer, "pretend": pretend, "garbage": garbage}[sys.argv[1]](
+        *sys.argv[2:]
+    )

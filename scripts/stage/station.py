@@ -1,4 +1,4 @@
-"""A machine of the test's network with a desktop, the program on it, and a hand on its window."""
+"""A machine of a network of its own with a desktop, the program on it, and a hand on its window."""
 
 import os
 import pathlib
@@ -7,22 +7,17 @@ import signal
 import subprocess
 import tempfile
 
-from host import BINARY, SOURCE, Orders, wait_until
+from stage.host import BINARY, HERE, SOURCE, Orders, wait_until
 
 VIRTUAL_DESKTOP = str(SOURCE / "scripts/virtual-desktop")
 SCREENSHOT = str(SOURCE / "scripts/settled-screenshot")
-HERE = pathlib.Path(__file__).parent
 
 
 def bundle_with_hand(folder):
     """The shipped user interface with hand.js beside it."""
     shutil.copytree(SOURCE / "ui", folder)
-    for part in (
-        HERE / "hand.js",
-        HERE.parent / "bundle/orders.js",
-        SOURCE / "tests/ui/accessible_names.js",
-    ):
-        shutil.copy(part, folder)
+    for part in ("hand.js", "bundle/orders.js", "bundle/accessible_names.js"):
+        shutil.copy(HERE / part, folder)
     page = folder / "index.html"
     page.write_text(
         page.read_text().replace("</head>", '<script type="module" src="hand.js"></script></head>')

@@ -1,6 +1,6 @@
-"""A page that the test controls: it makes calls and hears events on the test's behalf."""
+"""A page that is controlled from here: it makes calls and hears events on the caller's behalf."""
 
-from host import HostTest, Orders, visible_window, wait_until
+from stage.host import Orders, wait_until
 
 
 class Remote:
@@ -41,15 +41,3 @@ class Remote:
         """How often the host has asked to look for devices anew."""
         events = self._orders.give({})["events"]
         return sum(method == "discoveryRecoveryRequested" for method, _ in events)
-
-
-class RemoteTest(HostTest):
-    """A test that starts hosts with such a page."""
-
-    def start_remote(self, *options, **how):
-        """Starts the program and returns it and its page, once the page listens."""
-        remote = Remote()
-        host = self.start(*options, scenario="remote", arguments=remote.arguments, **how)
-        wait_until(visible_window, "the window")
-        remote.events()
-        return host, remote

@@ -1,4 +1,4 @@
-"""Runs the host with a test's own user interface, inside the virtual desktop of the test."""
+"""Runs the program with a user interface of the caller's own, inside the virtual desktop it is run in."""
 
 import json
 import os
@@ -8,9 +8,9 @@ import signal
 import subprocess
 import tempfile
 import time
-import unittest
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
+HERE = pathlib.Path(__file__).resolve().parent
+SOURCE = HERE.parents[1]
 BINARY = os.environ.get("BREVANHOLT_BINARY", str(SOURCE / "build/release/bin/brevanholt"))
 TIME_LIMIT = 60
 
@@ -88,7 +88,7 @@ class Host:
         command = [*prefix, BINARY, *options]
         if scenario:
             bundle = self.folder / "bundle"
-            shutil.copytree(SOURCE / "tests/endtoend/bundle", bundle)
+            shutil.copytree(HERE / "bundle", bundle)
             shutil.copytree(SOURCE / "ui/engine", bundle / "engine")
             if more_bundle:
                 shutil.copytree(more_bundle, bundle, dirs_exist_ok=True)
@@ -156,21 +156,3 @@ class Orders:
         self.given += 1
         wait_until(lambda: done.exists() and done.read_text(), f"the page to follow {order}")
         return json.loads(done.read_text())
-
-
-class HostTest(unittest.TestCase):
-    """A test that starts hosts and ends them."""
-
-    def start(self, *options, **how):
-        host = Host(*options, **how)
-        self.addCleanup(host.stop)
-        return host
-
-    def run_beside(self, *command, **how):
-        """Runs another program until the test ends."""
-        process = subprocess.Popen(command, stderr=subprocess.DEVNULL, **how)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.terminate)
-
-    def run_scenario(self, scenario, *arguments, **how):
-        return self.start(scenario=scenario, arguments=arguments, **how).report()

@@ -1,0 +1,1 @@
+"""What tests, benchmarks and ./run --demo run the program with."""
