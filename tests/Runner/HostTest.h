@@ -1,7 +1,6 @@
 #pragma once
 
 #include "tests/support/CapturedLog.h"
-#include "tests/support/PrintValue.h"
 #include "tests/support/RunningHost.h"
 
 #include <gtest/gtest.h>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/linux/bus/Bus.h"
+#include "platform/linux/bus/BusObject.h"
 #include "tests/support/MainLoop.h"
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <deque>
 #include <string>
 
 namespace brevanholt::platform {
@@ -38,35 +38,67 @@ inline std::string replyText(Bus& bus, const BusMethod& method, GVariant* parame
   return text;
 }
 
-// Owns a name on a bus while it lives.
-class OwnedName {
+// A service made by hand: a connection with a name, and objects on it.
+class BusService {
  public:
-  OwnedName(Bus& bus, const std::string& name) {
-    bus.whenConnected([&](GDBusConnection* connection) {
-      id_ = g_bus_own_name_on_connection(connection, name.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE,
-                                         nullptr, nullptr, nullptr, nullptr);
+  using Call = std::function<GVariant*(std::string_view method, GVariant* parameters)>;
+  using Property = std::function<GVariant*(std::string_view name)>;
+
+  BusService(const std::string& address, const std::string& name) : bus_(address) {
+    bus_.whenConnected([&](GDBusConnection* connection) {
+      name_ = g_bus_own_name_on_connection(connection, name.c_str(), G_BUS_NAME_OWNER_FLAGS_NONE,
+                                           nullptr, nullptr, nullptr, nullptr);
     });
   }
-  ~OwnedName() { g_bus_unown_name(id_); }
-  OwnedName(const OwnedName&) = delete;
-  OwnedName& operator=(const OwnedName&) = delete;
+  ~BusService() { vanish(); }
+  BusService(const BusService&) = delete;
+  BusService& operator=(const BusService&) = delete;
+
+  // `description` is the interface in D-Bus introspection XML.
+  BusObject& serve(const char* path, const char* description, Call call,
+                   Property property = nullptr) {
+    return objects_.emplace_back(
+        bus_, path, description,
+        BusObject::Handlers{.call = std::move(call), .property = std::move(property)});
+  }
+  [[nodiscard]] Bus& bus() { return bus_; }
+
+  // Gives the name away.
+  void vanish() {
+    if (name_ != 0) g_bus_unown_name(std::exchange(name_, 0));
+  }
+  // From now on calls are read and never answered.
+  void hang() {
+    const auto drop = [](GDBusConnection*, GDBusMessage* message, gboolean isIncoming,
+                         gpointer) -> GDBusMessage* {
+      const auto type = g_dbus_message_get_message_type(message);
+      if (isIncoming == FALSE || type != G_DBUS_MESSAGE_TYPE_METHOD_CALL) return message;
+      g_object_unref(message);
+      return nullptr;
+    };
+    bus_.whenConnected([&drop](GDBusConnection* connection) {
+      g_dbus_connection_add_filter(connection, drop, nullptr, nullptr);
+    });
+  }
 
  private:
-  unsigned id_ = 0;
+  Bus bus_;
+  std::deque<BusObject> objects_;
+  unsigned name_ = 0;
 };
 
-// From now on calls that come over this connection are read and never answered.
-inline void neverAnswer(Bus& bus) {
-  const auto drop = [](GDBusConnection*, GDBusMessage* message, gboolean isIncoming,
-                       gpointer) -> GDBusMessage* {
-    const auto type = g_dbus_message_get_message_type(message);
-    if (isIncoming == FALSE || type != G_DBUS_MESSAGE_TYPE_METHOD_CALL) return message;
-    g_object_unref(message);
-    return nullptr;
-  };
-  bus.whenConnected([&drop](GDBusConnection* connection) {
-    g_dbus_connection_add_filter(connection, drop, nullptr, nullptr);
-  });
+// Waits until somebody owns the name.
+inline void waitForName(Bus& bus, const char* name) {
+  EXPECT_TRUE(spinUntil([&] {
+    return replyText(bus, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner"},
+                     g_variant_new("(s)", name)) == "(true,)";
+  }));
+}
+
+// Waits for a reply on the bus's connection: what was sent before it has come then.
+inline void settle(Bus& bus) {
+  replyText(bus, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}, nullptr);
+  spinOnce();
 }
 
 }  // namespace brevanholt::platform

@@ -1,5 +1,4 @@
 #include "Runner/StatusMenu/DesktopStatusMenuController.h"
-#include "tests/support/PrintValue.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

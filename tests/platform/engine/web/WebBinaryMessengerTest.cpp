@@ -93,15 +93,6 @@ TEST_F(WebBinaryMessengerTest, HandsOnCallsInOrderAndRepliesByNumber) {
   EXPECT_EQ(stringOf(second->message), "C");
 }
 
-TEST_F(WebBinaryMessengerTest, AnswersOnAChannelThatNobodyServes) {
-  FakePage page(messenger_);
-  page.send(Kind::kMessage, "nobody", 9, "x");
-  const auto reply = page.receive();
-  ASSERT_TRUE(reply);
-  EXPECT_EQ(reply->number, 9U);
-  EXPECT_TRUE(reply->message.empty());
-}
-
 TEST_F(WebBinaryMessengerTest, KeepsEventsUntilThePageListens) {
   messenger_.send("events", text("before any page"));
   FakePage page(messenger_);

@@ -1,4 +1,3 @@
-#include "platform/linux/bus/BusObject.h"
 #include "platform/linux/notifications/FreedesktopNotificationCenter.h"
 #include "tests/fakes/FakeUserDefaults.h"
 #include "tests/support/CapturedLog.h"
@@ -31,23 +30,22 @@ constexpr const char* kDescription = R"(<node><interface name="org.freedesktop.N
 class Server {
  public:
   explicit Server(const std::string& address, std::uint32_t firstNumber = 1)
-      : next_(firstNumber),
-        bus_(address),
-        object_(bus_, "/org/freedesktop/Notifications", kDescription,
-                {.call = [this](std::string_view method,
-                                GVariant* parameters) { return call(method, parameters); },
-                 .property = [](std::string_view) { return g_variant_new_boolean(FALSE); }}),
-        name_(bus_, kService) {}
+      : next_(firstNumber), service_(address, kService) {
+    service_.serve(
+        "/org/freedesktop/Notifications", kDescription,
+        [this](std::string_view method, GVariant* parameters) { return call(method, parameters); },
+        [](std::string_view) { return g_variant_new_boolean(FALSE); });
+  }
 
-  void hang() { neverAnswer(bus_); }
+  void hang() { service_.hang(); }
   // Keeps the answers to Notify back until they are let go.
   void holdAnswers() {
-    bus_.whenConnected([this](GDBusConnection* connection) {
+    service_.bus().whenConnected([this](GDBusConnection* connection) {
       filter_ = g_dbus_connection_add_filter(connection, hold, this, nullptr);
     });
   }
   void letAnswersGo() {
-    bus_.whenConnected([this](GDBusConnection* connection) {
+    service_.bus().whenConnected([this](GDBusConnection* connection) {
       g_dbus_connection_remove_filter(connection, filter_);
       for (GDBusMessage* message : held_) {
         const GObjectPointer<GDBusMessage> copy(g_dbus_message_copy(message, nullptr));
@@ -99,20 +97,14 @@ class Server {
   std::uint32_t next_;
   unsigned filter_ = 0;
   std::vector<GDBusMessage*> held_;
-  Bus bus_;
-  BusObject object_;
-  OwnedName name_;
+  BusService service_;
 };
 
 class NotificationCenterTest : public testing::Test {
  protected:
   void startServer(std::uint32_t firstNumber = 1) {
     server_ = std::make_unique<Server>(address_, firstNumber);
-    EXPECT_TRUE(spinUntil([this] {
-      return replyText(watcher_,
-                       {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner"},
-                       g_variant_new("(s)", kService)) == "(true,)";
-    }));
+    waitForName(watcher_, kService);
   }
   void post(const std::string& identifier, const std::string& title) {
     center_.add({.identifier = identifier, .title = title, .body = "<b> & co"},
@@ -123,13 +115,8 @@ class NotificationCenterTest : public testing::Test {
   // Waits for all that was posted.
   std::vector<std::string> outcomes(std::size_t count) {
     EXPECT_TRUE(spinUntil([&] { return outcomes_.size() >= count; }));
-    settle();
+    settle(bus_);
     return std::exchange(outcomes_, {});
-  }
-  // By a reply on the same connection, what was sent before has come.
-  void settle() {
-    replyText(bus_, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}, nullptr);
-    spinOnce();
   }
   CapturedLog log_;
   PrivateBus privateBus_;
@@ -172,7 +159,7 @@ TEST_F(NotificationCenterTest, DoesNotTakeTheNumbersOfAnotherServerForItsOwn) {
   startServer(5);
   server_->shown[1] = "another program's";
   center_.remove("mine");
-  settle();
+  settle(bus_);
   post("mine", "mine again");
   EXPECT_THAT(outcomes(1), ElementsAre("shown"));
   EXPECT_THAT(server_->shown, ElementsAre(Pair(1, "another program's"), Pair(5, "mine again")));
@@ -217,7 +204,7 @@ TEST_F(NotificationCenterTest, KnowsANotificationWhoseAnswerCameTooLate) {
   post("removed", "slow");
   EXPECT_THAT(outcomes(2), testing::Each(HasSubstr("too long")));
   center_.remove("removed");
-  settle();
+  settle(bus_);
   server_->letAnswersGo();
   EXPECT_TRUE(spinUntil([this] { return server_->shown.size() == 1; }));
 

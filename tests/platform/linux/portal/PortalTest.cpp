@@ -1,4 +1,3 @@
-#include "platform/linux/bus/BusObject.h"
 #include "platform/linux/notifications/PortalNotificationCenter.h"
 #include "platform/linux/session/PortalLoginItem.h"
 #include "platform/linux/session/PortalSleepInhibitor.h"
@@ -42,29 +41,22 @@ class FakePortal {
  public:
   FakePortal(const std::string& address, std::string application)
       : application_(std::move(application)),
-        bus_(address),
-        background_(bus_, kPortalPath, kBackground,
-                    {.call = [this](std::string_view, GVariant* asked) { return decide(asked); },
-                     .property = nullptr}),
-        inhibit_(bus_, kPortalPath, kInhibit,
-                 {.call =
-                      [this](std::string_view, GVariant* asked) {
-                        g_variant_get_child(asked, 1, "u", &inhibited);
-                        return g_variant_new("(o)", kInhibition);
-                      },
-                  .property = nullptr}),
-        inhibition_(bus_, kInhibition, kRequest,
-                    {.call =
-                         [this](std::string_view, GVariant*) {
-                           inhibited = 0;
-                           return g_variant_new("()");
-                         },
-                     .property = nullptr}),
-        notification_(bus_, kPortalPath, kNotification,
-                      {.call = [this](std::string_view method,
-                                      GVariant* asked) { return notify(method, asked); },
-                       .property = [](std::string_view) { return g_variant_new_uint32(2); }}),
-        name_(bus_, kPortal) {}
+        service_(address, kPortal),
+        notification_(service_.serve(
+            kPortalPath, kNotification,
+            [this](std::string_view method, GVariant* asked) { return notify(method, asked); },
+            [](std::string_view) { return g_variant_new_uint32(2); })) {
+    service_.serve(kPortalPath, kBackground,
+                   [this](std::string_view, GVariant* asked) { return decide(asked); });
+    service_.serve(kPortalPath, kInhibit, [this](std::string_view, GVariant* asked) {
+      g_variant_get_child(asked, 1, "u", &inhibited);
+      return g_variant_new("(o)", kInhibition);
+    });
+    service_.serve(kInhibition, kRequest, [this](std::string_view, GVariant*) {
+      inhibited = 0;
+      return g_variant_new("()");
+    });
+  }
 
   void invoke(const char* action) {
     notification_.emit("ActionInvoked",
@@ -93,7 +85,7 @@ class FakePortal {
     GVariant* response = g_variant_new_parsed("(%u, {'background': <%b>, 'autostart': <%b>})",
                                               isGenerous ? 0U : 1U, isGenerous ? TRUE : FALSE,
                                               isGenerous && starts != FALSE ? TRUE : FALSE);
-    bus_.whenConnected([&](GDBusConnection* connection) {
+    service_.bus().whenConnected([&](GDBusConnection* connection) {
       g_dbus_connection_emit_signal(connection, nullptr, path.c_str(),
                                     "org.freedesktop.portal.Request", "Response", response,
                                     nullptr);
@@ -115,12 +107,8 @@ class FakePortal {
   }
 
   std::string application_;
-  Bus bus_;
-  BusObject background_;
-  BusObject inhibit_;
-  BusObject inhibition_;
-  BusObject notification_;
-  OwnedName name_;
+  BusService service_;
+  BusObject& notification_;
 };
 
 class PortalTest : public testing::Test {
@@ -131,10 +119,7 @@ class PortalTest : public testing::Test {
       name = g_dbus_connection_get_unique_name(connection);
     });
     portal_ = std::make_unique<FakePortal>(private_.address(), name);
-    ASSERT_TRUE(spinUntil([this] {
-      return replyText(bus_, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner"},
-                       g_variant_new("(s)", kPortal)) == "(true,)";
-    }));
+    waitForName(bus_, kPortal);
   }
 
   CapturedLog log_;
@@ -211,7 +196,7 @@ TEST_F(PortalTest, LetsTheSystemSuspendWhenTheInhibitorEndsEvenBeforeTheAnswer) 
   PortalSleepInhibitor inhibitor(bus_);
   auto kept = inhibitor.inhibit("a transfer");
   ASSERT_TRUE(spinUntil([&] { return portal_->inhibited == 4; }));
-  replyText(bus_, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}, nullptr);
+  settle(bus_);
   EXPECT_EQ(portal_->inhibited, 4U);
   kept.reset();
   EXPECT_TRUE(spinUntil([&] { return portal_->inhibited == 0; }));

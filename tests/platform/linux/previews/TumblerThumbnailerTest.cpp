@@ -1,4 +1,3 @@
-#include "platform/linux/bus/BusObject.h"
 #include "platform/linux/previews/TumblerRequest.h"
 #include "platform/linux/previews/TumblerThumbnailer.h"
 #include "platform/linux/storage/InstallLayout.h"
@@ -30,16 +29,15 @@ constexpr const char* kDescription =
 class FakeTumbler {
  public:
   explicit FakeTumbler(const std::string& address)
-      : bus_(address),
-        object_(bus_, kTumblerPath, kDescription,
-                {.call = [this](std::string_view method,
-                                GVariant* parameters) { return call(method, parameters); },
-                 .property = [](std::string_view) -> GVariant* { return nullptr; }}),
-        name_(std::make_unique<OwnedName>(bus_, kTumblerService)) {}
+      : service_(address, kTumblerService),
+        object_(service_.serve(kTumblerPath, kDescription,
+                               [this](std::string_view method, GVariant* parameters) {
+                                 return call(method, parameters);
+                               })) {}
 
   void finish(unsigned handle) { object_.emit("Finished", g_variant_new("(u)", handle)); }
-  void vanish() { name_.reset(); }
-  void hang() { neverAnswer(bus_); }
+  void vanish() { service_.vanish(); }
+  void hang() { service_.hang(); }
 
   const char* flavor = "large";
   std::vector<std::string> queued;
@@ -60,9 +58,8 @@ class FakeTumbler {
     return g_variant_new("(u)", handle);
   }
 
-  Bus bus_;
-  BusObject object_;
-  std::unique_ptr<OwnedName> name_;
+  BusService service_;
+  BusObject& object_;
 };
 
 class TumblerThumbnailerTest : public testing::Test {

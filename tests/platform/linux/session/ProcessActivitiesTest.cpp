@@ -19,7 +19,7 @@ namespace {
 // The part of logind that hands out inhibitors. It answers when the test says so.
 class FakeLogind {
  public:
-  explicit FakeLogind(const std::string& address) : bus_(address) {
+  explicit FakeLogind(const std::string& address) : service_(address, "org.freedesktop.login1") {
     const std::unique_ptr<GDBusNodeInfo, FreeWith<g_dbus_node_info_unref>> description(
         g_dbus_node_info_new_for_xml(
             R"(<node><interface name="org.freedesktop.login1.Manager"><method name="Inhibit">
@@ -34,12 +34,11 @@ class FakeLogind {
         nullptr,
         nullptr,
         {}};
-    bus_.whenConnected([&](GDBusConnection* connection) {
+    service_.bus().whenConnected([&](GDBusConnection* connection) {
       g_dbus_connection_register_object(connection, "/org/freedesktop/login1",
                                         description->interfaces[0], &kTable, this, nullptr,
                                         nullptr);
     });
-    name_ = std::make_unique<OwnedName>(bus_, "org.freedesktop.login1");
   }
 
   [[nodiscard]] bool isAsked() const { return invocation_ != nullptr; }
@@ -60,8 +59,7 @@ class FakeLogind {
   }
 
  private:
-  Bus bus_;
-  std::unique_ptr<OwnedName> name_;
+  BusService service_;
   GDBusMethodInvocation* invocation_ = nullptr;
   FileDescriptor inhibitor_;
 };
@@ -80,8 +78,7 @@ TEST(ProcessActivitiesTest, LetsTheSystemSleepWhenATransferEndsEvenBeforeTheAnsw
     ASSERT_TRUE(spinUntil([&] { return logind.isAsked(); }));
     if (endsFirst) transfer.reset();
     logind.answer();
-    // By a reply on the same connection, the answer has come.
-    replyText(bus, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}, nullptr);
+    settle(bus);
     EXPECT_EQ(logind.isInhibited(), !endsFirst);
     transfer.reset();
     EXPECT_FALSE(pageRuns);

@@ -1,7 +1,6 @@
 #include "platform/engine/web/files/FileTable.h"
 #include "platform/engine/web/files/Settling.h"
 #include "tests/fakes/FakeMainQueue.h"
-#include "tests/support/PrintValue.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,5 @@
 #include "platform/engine/web/sockets/SocketTable.h"
 #include "tests/support/MainLoop.h"
-#include "tests/support/PrintValue.h"
 
 #include <gtest/gtest.h>
 
