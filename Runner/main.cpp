@@ -19,8 +19,8 @@ using namespace brevanholt;
 
 constexpr int kRestart = 256;  // no exit status
 
-// Payloads of a mebibyte come and go by the thousand during a transfer. Asking the system for fresh
-// memory each time costs more than moving them; what is kept instead is bounded.
+// A transfer allocates thousands of payloads of 1 MiB. Mapping fresh memory for each costs more
+// than moving the bytes, so up to 32 MiB stay in the heap.
 void keepMemoryBetweenPayloads() {
   ::mallopt(M_MMAP_THRESHOLD, 4 << 20);
   ::mallopt(M_TRIM_THRESHOLD, 32 << 20);
@@ -40,7 +40,7 @@ struct Program {
   std::shared_ptr<MainFlutterWindow> window;
 };
 
-// A caller is told that files it named are not shared, even where everything else went well.
+// Leaving out a named file fails the command, even where the rest was shared.
 int statusOf(const platform::LaunchRequest& request, int status) {
   return request.isIncomplete ? EXIT_FAILURE : status;
 }

@@ -8,7 +8,7 @@ namespace brevanholt {
 // matter: a number may be out of range, and an escape may be half of a surrogate pair.
 [[nodiscard]] bool isJsonScalar(std::string_view token);
 
-// The same of what stands between the quotation marks of a string.
+// The same for the text between the quotation marks of a string.
 [[nodiscard]] bool isJsonStringContent(std::string_view content);
 
 }  // namespace brevanholt

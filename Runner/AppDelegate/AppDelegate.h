@@ -37,7 +37,7 @@ class AppDelegate final : public platform::ApplicationDelegate {
   void showMainWindow();
   // Hides the window and turns into a background agent.
   void hideToBackground();
-  // Keeps discovery and receiving going while nobody looks at the application, or lets that rest.
+  // Keeps discovery and receiving running while the window is hidden, or ends that.
   void setBackgroundAvailability(bool enabled);
   // Whether the session starts the application at login.
   [[nodiscard]] bool launchAtStartupEnabled() const;

@@ -26,7 +26,7 @@ int maximumDimensionIn(const CallArguments& arguments) {
       std::clamp(asked.value_or(kLargestDimension), kSmallestDimension, kLargestDimension));
 }
 
-// What has no preview shows none; why is for the log.
+// Replies null; the reason is logged.
 void answerNone(MethodResult result, const platform::PlatformError& why) {
   platform::logDebug("no preview: " + why.message());
   std::move(result).success();

@@ -12,11 +12,11 @@ namespace {
 
 using Cause = CodecError::Cause;
 
-// What a list reserves on the word of its size alone.
+// The most elements that memory is reserved for before they have been read.
 constexpr std::size_t kTrustedElements = 256;
 
-// A value takes several times the memory of its shortest encoding, so that a message of nothing but
-// nulls would grow to forty times its size.
+// A decoded value takes up to forty times the memory of its encoding (a null is one byte), so the
+// decoded size has a limit of its own.
 constexpr std::size_t kMemoryOfAnyMessage = 64 << 20;
 constexpr std::size_t kMemoryPerByte = 16;
 

@@ -20,8 +20,7 @@ inline constexpr std::size_t kAesGcmOverhead = kAesGcmNonceSize + kAesGcmTagSize
 [[nodiscard]] Bytes sealAesGcm(std::span<const std::uint8_t> key,
                                std::span<const std::uint8_t> plaintext);
 
-// Throws PlatformError, and gives away nothing of the plaintext, unless every bit is as it was
-// sealed with this key.
+// Throws PlatformError, without releasing any plaintext, unless the tag is valid under this key.
 [[nodiscard]] Bytes openAesGcm(std::span<const std::uint8_t> key,
                                std::span<const std::uint8_t> sealed);
 

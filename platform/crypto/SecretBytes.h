@@ -9,8 +9,7 @@
 
 namespace brevanholt::platform {
 
-// Key material. It is wiped when it is dropped, never copied by accident, and compared in a time
-// that says nothing of where two keys differ.
+// Key material: wiped when it is destroyed, never copied implicitly, compared in constant time.
 class SecretBytes {
  public:
   // `size` bytes, all zero.

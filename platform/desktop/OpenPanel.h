@@ -15,10 +15,9 @@ class OpenPanel {
   using Callback = UniqueFunction<void(Locations chosen)>;
 
   virtual ~OpenPanel() = default;
-  // Answers with what was chosen, in the panel's order; with nothing when it was cancelled. What is
-  // answered exists, is of the kind asked for, and has a name that is UTF-8; the user is told of
-  // what was chosen and is not. Panels
-  // that are asked for while one is open are shown one after another.
+  // Answers with the chosen items in the panel's order, or with nothing when it was cancelled.
+  // Every item exists, is of the kind asked for, and has a UTF-8 name; a choice that does not fit
+  // is left out and the user is told. Requests made while a panel is open wait for it.
   virtual void choose(Choice choice, Callback callback) = 0;
 };
 

@@ -4,11 +4,10 @@
 
 namespace brevanholt::platform {
 
-// Room for bytes that somebody is about to write; then they are Bytes, without a copy.
+// A buffer to write into, which then becomes Bytes without a copy.
 //
-// The room is not cleared. Several megabytes are asked for in huge pages, where the system has
-// them: letting the system hand out and clear small pages one by one takes longer than encrypting
-// what is put into them.
+// It is not cleared. A buffer of several megabytes asks for huge pages: faulting in small pages one
+// by one takes longer than encrypting their content.
 class ByteBuffer {
  public:
   explicit ByteBuffer(std::size_t size);

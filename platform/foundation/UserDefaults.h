@@ -8,12 +8,11 @@
 
 namespace brevanholt::platform {
 
-// What lasts from one run to the next, by key; keys are identifiers. Safe on any thread.
+// Values that last from one run to the next, by key; keys are identifiers. Safe on any thread.
 //
 // A value of another type than the one asked for counts as missing. Reading throws PlatformError
-// when it cannot be told what is kept: whoever takes that for missing would put something new in
-// the place of something good. Setting throws PlatformError when the value could not be kept; what
-// was kept before is kept still.
+// when the store cannot be read: a caller that took this for a missing value would overwrite a good
+// one. Setting throws PlatformError when the value could not be stored; the old value stays.
 class UserDefaults {
  public:
   using StringDictionary = std::map<std::string, std::string>;

@@ -5,7 +5,7 @@
 namespace brevanholt::platform {
 
 // Keeps a view on the bundle: no page from elsewhere, no new windows, no downloads, no prompts for
-// permissions, no printing. The context menu is the developer's, and everybody's in text fields.
+// permissions, no printing. Only text fields have a context menu, unless developer tools are on.
 void lockToBundle(WebKitWebView* view, bool developerTools);
 
 // Refuses whatever would be saved to disk behind the host's back.

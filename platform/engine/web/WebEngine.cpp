@@ -113,7 +113,7 @@ void WebEngine::configureSettings() {
   webkit_settings_set_enable_page_cache(settings, FALSE);
   webkit_settings_set_enable_html5_database(settings, FALSE);
   webkit_settings_set_enable_webrtc(settings, FALSE);
-  // The UI is text and lists: drawn by the processor it is there sooner, in half the memory.
+  // Software rendering: text and lists appear sooner, in half the memory.
   webkit_settings_set_hardware_acceleration_policy(settings,
                                                    WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
 }

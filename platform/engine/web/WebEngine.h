@@ -23,7 +23,7 @@ namespace brevanholt::platform {
 
 struct WebEngineOptions {
   std::filesystem::path uiBundle;
-  bool keepsBundle = false;  // what its files are at the start, for as long as the program runs
+  bool keepsBundle = false;             // serves its files as they were at the start
   std::filesystem::path webExtensions;  // holds the module that joins a page to the host
   std::vector<std::string> uiArguments;
   bool developerTools = false;

@@ -14,7 +14,7 @@ struct Rgba {
   friend bool operator==(const Rgba&, const Rgba&) = default;
 };
 
-// As text it stands on something dark.
+// Whether text of this colour implies a dark background.
 [[nodiscard]] bool isLight(const Rgba& color);
 
 // What a colour looks like beside text of the given colour, which stands for the theme.

@@ -7,8 +7,7 @@
 
 namespace brevanholt::platform {
 
-// A menu of more views than anyone scrolls through is shown without those past this number; its
-// commands and separators are all there.
+// The most views that a menu shows. Commands and separators are always shown.
 inline constexpr int kMostShownViews = 200;
 
 [[nodiscard]] inline std::vector<std::shared_ptr<const MenuItem>> shownItems(const Menu& menu) {

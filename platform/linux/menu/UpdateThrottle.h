@@ -9,8 +9,8 @@
 
 namespace brevanholt::platform {
 
-// Does something soon after it is asked to, once for all that asked meanwhile, and not more often
-// than once in an interval.
+// Coalesces requests: runs an action once for all requests since the last run, and at most once in
+// an interval.
 class UpdateThrottle {
  public:
   UpdateThrottle(std::chrono::milliseconds interval, std::function<void()> update)

@@ -7,7 +7,7 @@
 namespace brevanholt::platform {
 
 // The desktop's own settings that keep notifications from appearing, all of them or this
-// application's. Each desktop has its own place for them; one that has none has them on.
+// application's. A desktop without such a setting counts as enabled.
 class NotificationSwitches {
  public:
   using Callback = UniqueFunction<void(bool)>;

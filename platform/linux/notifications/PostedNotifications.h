@@ -14,7 +14,7 @@ class PostedNotifications {
  public:
   explicit PostedNotifications(UserDefaults& store) : store_(store) {}
 
-  // Speaks of this server from now on, by a name that no other server ever has.
+  // Switches to this server's records, by a name that no other server ever has.
   void useServer(const std::string& server);
   // Zero where there is none.
   [[nodiscard]] std::uint32_t find(const std::string& identifier) const;

@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern "C" {  // which this header of glibc 2.36 forgets
+extern "C" {  // missing in this header of glibc 2.36
 #include <sys/pidfd.h>
 }
 

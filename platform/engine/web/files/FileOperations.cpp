@@ -25,7 +25,7 @@ std::int64_t milliseconds(const timespec& time) {
   return static_cast<std::int64_t>(time.tv_sec) * 1000 + time.tv_nsec / 1'000'000;
 }
 
-// Read, because umask() can only be asked by changing it, which other threads would notice.
+// From /proc: umask() tells the mask only by changing it, which would affect other threads.
 mode_t umaskOfProcess() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
