@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Runs a program as Flatpak does, as far as the desktop's portals can tell: with /.flatpak-info,
-# processes numbered anew, and the session bus through a proxy that lets little through.
+# processes numbered anew, no capabilities, and the session bus through a proxy that lets little
+# through. (Root's capability to set priorities would matter: the engine makes threads realtime, and
+# the kernel kills the program at the time limit of zero that the portal names without rtkit.)
 set -euo pipefail
 
 scratch=$(mktemp -d)
@@ -17,7 +19,7 @@ shared=network;ipc;
 sockets=x11;
 EOT
 
-inside=(bwrap --unshare-pid --die-with-parent)
+inside=(bwrap --unshare-pid --die-with-parent --cap-drop ALL)
 for folder in /*; do
   if [[ -L $folder ]]; then
     inside+=(--symlink "$(readlink "$folder")" "$folder")
