@@ -331,7 +331,7 @@ class NeighboursTest(unittest.TestCase):
         self.assertIn("bob Known device", anna.text())
         self.assertNotIn("Carol", anna.text())
         self.send(anna, bob, secret)
-        wait_until((bob.received / "secret (1).txt").exists, "the file once more")
+        wait_until((bob.received / "secret.txt").exists, "the file")
 
 
 if __name__ == "__main__":
