@@ -5,14 +5,12 @@ from one to the other. Needs root and `scripts/packages bench`:
 """
 
 import os
-import pathlib
 import random
 import shutil
 import statistics
 import sys
 import time
 
-SOURCE = pathlib.Path(__file__).resolve().parents[1]
 from copying import LIMIT, OtherWays
 from stage.network import Network
 from stage.station import Station
