@@ -39,16 +39,23 @@ void addBookmarks(const SecurityScopes& scopes, UserDefaults& defaults,
   });
 }
 
+// Calls `visit` with a path and with each folder that it lies in, as keys name them.
+template <class Visit>
+void forEachKeyOf(const std::string& path, Visit visit) {
+  for (std::size_t end = path.size(); end != std::string::npos;
+       end = end == 0 ? std::string::npos : path.rfind('/', end - 1)) {
+    visit(path.substr(0, end));
+  }
+}
+
 // The stored keys that are one of the paths, or a folder that one of them lies in.
 std::set<std::string> matchingKeys(const UserDefaults::StringDictionary& bookmarks,
                                    const std::vector<std::string>& paths) {
   std::set<std::string> keys;
   for (const std::string& path : paths) {
-    for (std::size_t end = path.size(); end != std::string::npos;
-         end = end == 0 ? std::string::npos : path.rfind('/', end - 1)) {
-      std::string key = path.substr(0, end);
+    forEachKeyOf(path, [&](std::string key) {
       if (bookmarks.contains(key)) keys.insert(std::move(key));
-    }
+    });
   }
   return keys;
 }
@@ -76,6 +83,15 @@ void PickedFiles::open(const Locations& locations) {
   for (const std::filesystem::path& location : locations) {
     securityScopedURLs_[location.native()] = scopes_.begin(location);
   }
+}
+
+std::optional<std::filesystem::path> PickedFiles::openItemOf(
+    const std::filesystem::path& path) const {
+  std::optional<std::filesystem::path> found;
+  forEachKeyOf(path.native(), [&](const std::string& key) {
+    if (!found && securityScopedURLs_.contains(key)) found = key;
+  });
+  return found;
 }
 
 void PickedFiles::saveBrevanholtBookmarks(const Locations& locations) {

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,10 @@ class PickedFiles {
   void keep(const Locations& locations);
   // The same, but it is bookmarked soon after.
   void keepSoon(const Locations& locations);
+
+  // The item that is open and that the path names or lies in. Nothing where there is none.
+  [[nodiscard]] std::optional<std::filesystem::path> openItemOf(
+      const std::filesystem::path& path) const;
 
   // Opens access again, as bookmarked, to what the paths are or lie in.
   void restore(const std::vector<std::string>& paths);

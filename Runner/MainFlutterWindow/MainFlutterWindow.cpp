@@ -16,13 +16,16 @@ MainFlutterWindow::MainFlutterWindow(const platform::Services& services, AppDele
       agreementKey_(PersistentAgreementKey(services.userDefaults)),
       receiveFolder_(services.folders, services.mainQueue),
       pickedFiles_(services.securityScopes, services.userDefaults),
+      pageFiles_(ownFolders(), receiveFolder_, pickedFiles_),
       pickAnswers_(services.mainQueue),
       shareStore_(services.folders.downloads) {
   window().setDelegate(this);
+  services_.engine.setFileAccess(&pageFiles_);
 }
 
 MainFlutterWindow::~MainFlutterWindow() {
   services_.networkMonitor.cancel();
+  services_.engine.setFileAccess(nullptr);
   window().setDelegate(nullptr);
   if (bridge_.channel() == platformChannel_.get()) bridge_.setChannel(nullptr);
 }
@@ -48,6 +51,12 @@ void MainFlutterWindow::awakeFromNib() {
   configureDiscoveryRecovery();
   // The next page declares its own background mode.
   uiObserver_ = services_.engine.uiDidEnd.connect([this] { transferActivity_.reset(); });
+}
+
+std::vector<std::filesystem::path> MainFlutterWindow::ownFolders() const {
+  auto folders = services_.engine.bundleNeeds().folders;
+  folders.push_back(appSupport());
+  return folders;
 }
 
 void MainFlutterWindow::performClose() {

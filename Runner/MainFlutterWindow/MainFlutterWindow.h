@@ -5,6 +5,7 @@
 #include "Runner/Intake/FileDropView.h"
 #include "Runner/Intake/PickedFiles.h"
 #include "Runner/MainFlutterWindow/CallArguments.h"
+#include "Runner/MainFlutterWindow/PageFiles.h"
 #include "Runner/ReceiveFolder/ReceiveFolder.h"
 #include "Shared/BrevanholtNativeShareStore.h"
 #include "platform/Services.h"
@@ -53,6 +54,10 @@ class MainFlutterWindow final : public platform::WindowDelegate,
 
   // The handlers of the dispatcher's table that are not just its rows.
   Value platformEventsReady(Arguments);
+  [[nodiscard]] std::filesystem::path appSupport() const {
+    return services_.folders.applicationSupport / "Brevanholt";
+  }
+  [[nodiscard]] std::vector<std::filesystem::path> ownFolders() const;
   Value appSupportPath(Arguments);
   Value appVersion(Arguments);
   Value writeClipboardText(Arguments);
@@ -99,6 +104,7 @@ class MainFlutterWindow final : public platform::WindowDelegate,
   platform::Connection uiObserver_;
 
   PickedFiles pickedFiles_;
+  PageFiles pageFiles_;
   DeliveryOrder pickAnswers_;
   BrevanholtNativeShareStore shareStore_;
   std::unique_ptr<FileDropView> dropView_;

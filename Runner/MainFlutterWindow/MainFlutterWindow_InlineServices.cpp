@@ -28,9 +28,8 @@ Value MainFlutterWindow::platformEventsReady(const CallArguments& /*arguments*/)
 }
 
 Value MainFlutterWindow::appSupportPath(const CallArguments& /*arguments*/) {
-  const std::filesystem::path path = services_.folders.applicationSupport / "Brevanholt";
-  platform::createDirectories(path);
-  return path.string();
+  platform::createDirectories(appSupport());
+  return appSupport().string();
 }
 
 Value MainFlutterWindow::appVersion(const CallArguments& /*arguments*/) {

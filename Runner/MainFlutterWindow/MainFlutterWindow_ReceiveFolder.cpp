@@ -43,6 +43,11 @@ void MainFlutterWindow::openReceiveFolder(const CallArguments& /*arguments*/, Me
 void MainFlutterWindow::publishReceivedFile(const CallArguments& arguments, MethodResult result) {
   const auto path = arguments.path("path");
   if (!path) return replyError(std::move(result), PlatformError("The received path is invalid."));
+  try {
+    platform::Place(pageFiles_.toChange(*path));  // throws where a link leads elsewhere
+  } catch (const PlatformError& error) {
+    return replyError(std::move(result), error);
+  }
   const auto* name = arguments.optional<std::string>("name");
   const auto* relativePath = arguments.optional<std::string>("relativePath");
   receiveFolder_.publishFile(

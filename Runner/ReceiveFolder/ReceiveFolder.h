@@ -11,7 +11,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace brevanholt {
 
@@ -22,6 +26,7 @@ class ReceiveFolder {
  public:
   using Path = std::filesystem::path;
   using Placed = Copies::Placed;
+  using Identity = std::pair<dev_t, ino_t>;
 
   // A file that was received completely, and where it should go below the folder.
   struct Arrival {
@@ -50,6 +55,11 @@ class ReceiveFolder {
   // Where to write a received file before it is published. Nothing is created but the area.
   [[nodiscard]] Path temporaryReceivePath(std::string_view name);
 
+  // The area, once something was to be written there.
+  [[nodiscard]] const std::optional<Path>& scratchArea() const { return scratchArea_; }
+  // The device and inode of the file that this run has placed there.
+  [[nodiscard]] std::optional<Identity> placedAt(const Path& location) const;
+
   // Moves a file into the folder under a free name. `done` gets its final path when that outlasts a
   // power cut, or why the file stays where it was.
   void publishFile(const Arrival& arrival, Placed done);
@@ -64,13 +74,15 @@ class ReceiveFolder {
   [[nodiscard]] const Path& requiredReceiveDirectory() const;
   [[nodiscard]] std::vector<Found> found(const std::vector<std::string>& names) const;
   void create(const Path& folder);
+  void remember(const Path& placed);
   void answerAfterSync(Path placed, Placed done);
 
   platform::KnownFolders folders_;
   std::optional<Path> receiveDirectory_;
   std::string receiveFolderName_ = "Brevanholt";
   std::optional<Path> scratchArea_;
-  Path cleanedDirectory_;         // where leftovers were looked for
+  Path cleanedDirectory_;  // where leftovers were looked for
+  std::unordered_map<std::string, Identity> placed_;
   FolderSync::Folders unsynced_;  // folders with entries that may not be on the disk yet
   FolderSync folderSync_;
   Copies copies_;

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+#include <sys/stat.h>
+
 namespace brevanholt {
 
 namespace fs = std::filesystem;
@@ -47,11 +49,13 @@ void ReceiveFolder::publishFile(const Arrival& arrival, Placed done) {
   if (!placed.ok()) return done(placed.error());
   if (placed.value()) {
     unsynced_.insert(folder);
+    remember(*placed.value());
     return answerAfterSync(*placed.value(), std::move(done));
   }
   copies_.add(arrival.path, folder, name,
               lifetime_.bind([this, done = std::move(done)](Result<fs::path> copied) mutable {
                 if (!copied.ok()) return done(copied.error());
+                remember(copied.value());
                 answerAfterSync(copied.value(), std::move(done));
               }));
 }
@@ -64,6 +68,17 @@ void ReceiveFolder::publishDirectory(std::string_view relativePath, Placed done)
   });
   if (!directory.ok()) return done(directory.error());
   answerAfterSync(directory.value(), std::move(done));
+}
+
+void ReceiveFolder::remember(const fs::path& placed) {
+  struct stat information {};
+  if (::lstat(placed.c_str(), &information) != 0 || !S_ISREG(information.st_mode)) return;
+  placed_[placed.native()] = {information.st_dev, information.st_ino};
+}
+
+std::optional<ReceiveFolder::Identity> ReceiveFolder::placedAt(const fs::path& location) const {
+  const auto found = placed_.find(location.native());
+  return found != placed_.end() ? std::optional(found->second) : std::nullopt;
 }
 
 void ReceiveFolder::answerAfterSync(fs::path placed, Placed done) {

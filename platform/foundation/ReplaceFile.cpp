@@ -7,23 +7,33 @@
 #include <cerrno>
 #include <cstdio>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace brevanholt::platform {
 
 void replaceFile(const std::filesystem::path& path, std::string_view content, mode_t mode) {
-  const std::filesystem::path beside =
-      path.parent_path() / ("." + path.filename().string() + "." + makeUuid());
-  const FileDescriptor file = createFile(beside, mode);
+  const FileDescriptor folder(::open(path.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) throw FileError("replace", path, errno);
+  replaceFile(folder.get(), path.filename(), content, mode);
+}
+
+void replaceFile(int folder, const std::string& name, std::string_view content, mode_t mode) {
+  const std::string beside = "." + name + "." + makeUuid();
+  const FileDescriptor file(
+      ::openat(folder, beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+  if (!file) throw FileError("replace", name, errno);
   try {
     writeAll(file.get(), content);
-    if (::fsync(file.get()) != 0) throw FileError("save", path, errno);
-    if (::rename(beside.c_str(), path.c_str()) != 0) throw FileError("replace", path, errno);
+    if (::fsync(file.get()) != 0 || ::renameat(folder, beside.c_str(), folder, name.c_str()) != 0) {
+      throw SystemError("replace", errno);
+    }
   } catch (const SystemError& error) {
-    ::unlink(beside.c_str());
-    throw FileError("replace", path, error.errorNumber());
+    ::unlinkat(folder, beside.c_str(), 0);
+    throw FileError("replace", name, error.errorNumber());
   }
-  syncDirectory(path.parent_path());
+  const FileDescriptor readable(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!readable || ::fsync(readable.get()) != 0) throw FileError("save the folder of", name, errno);
 }
 
 bool isReplacementOf(std::string_view replaced, std::string_view name) {

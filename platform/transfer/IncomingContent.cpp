@@ -1,7 +1,5 @@
 #include "platform/transfer/IncomingContent.h"
 
-#include "platform/foundation/Files.h"
-
 #include <cerrno>
 #include <utility>
 
@@ -14,18 +12,6 @@ namespace {
 
 [[noreturn]] void refuse() {
   throw SystemError("understand the content", EPROTO);
-}
-
-// A new file, or one that holds the bytes before.
-FileDescriptor openTarget(const std::filesystem::path& path, std::uint64_t offset) {
-  if (offset == 0) return createFile(path);
-  FileDescriptor file(::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  struct stat information {};
-  if (!file || ::fstat(file.get(), &information) != 0) {
-    throw FileError("open the file", path, errno);
-  }
-  if (!S_ISREG(information.st_mode)) throw FileError("open the file", path, EINVAL);
-  return file;
 }
 
 void writeAt(const FileDescriptor& file, std::uint64_t offset,
@@ -67,8 +53,9 @@ bool IncomingContent::begin(const Segment& segment, Arrival& news) {
   news.taken += open_->taken;
   try {
     if (!open_->part.path) return true;
-    if (isAnew) ::unlink(open_->part.path->c_str());
-    open_->file = openTarget(*open_->part.path, open_->part.offset);
+    const Place place(*open_->part.path);
+    if (isAnew) place.remove();
+    open_->file = open_->part.offset == 0 ? place.create() : place.openToWrite();
   } catch (const SystemError& error) {
     fail(error, news);
   }

@@ -1,7 +1,5 @@
 #include "platform/transfer/OutgoingContent.h"
 
-#include "platform/foundation/Files.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <functional>
@@ -27,9 +25,9 @@ std::int64_t milliseconds(const timespec& time) {
 class Source {
  public:
   explicit Source(const OutgoingPart& part) : part_(part) {
-    const auto* path = std::get_if<std::filesystem::path>(&part.source);
-    if (path == nullptr) return;
-    file_ = openRegularFile(*path);
+    const auto* reach = std::get_if<Reach>(&part.source);
+    if (reach == nullptr) return;
+    file_ = Place(*reach).openToRead();
     // Doubles what the system reads ahead.
     ::posix_fadvise(file_.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
   }
@@ -40,7 +38,7 @@ class Source {
       std::ranges::copy(bytes->span().subspan(offset, room.size()), room.begin());
       return;
     }
-    const auto& path = std::get<std::filesystem::path>(part_.source);
+    const std::filesystem::path path = std::get<Reach>(part_.source).path();
     for (std::size_t filled = 0; filled < room.size();) {
       const ssize_t count = ::pread(file_.get(), room.data() + filled, room.size() - filled,
                                     static_cast<off_t>(offset + filled));
@@ -54,14 +52,14 @@ class Source {
   // Looked at after the last byte was read, so it tells of changes before and while it was; by
   // name, so it tells of another file in its place.
   void expectUnchanged() const {
-    const auto* path = std::get_if<std::filesystem::path>(&part_.source);
+    const auto* reach = std::get_if<Reach>(&part_.source);
     struct stat now {};
-    if (path == nullptr) return;
-    const bool isThere = ::stat(path->c_str(), &now) == 0;
+    if (reach == nullptr) return;
+    const bool isThere = Place(*reach).look(now);
     if (!isThere || !S_ISREG(now.st_mode) ||
         static_cast<std::uint64_t>(now.st_size) != part_.size ||
         std::max<std::int64_t>(0, milliseconds(now.st_mtim)) != part_.modified) {
-      changed(*path);
+      changed(reach->path());
     }
   }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/foundation/Bytes.h"
+#include "platform/foundation/Place.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <variant>
 #include <vector>
@@ -18,7 +18,7 @@ using Outcome = std::variant<T, SystemError>;
 // What is to be sent of an entry: the rest of a file from an offset on, or of bytes at hand.
 struct OutgoingPart {
   std::uint32_t entry = 0;
-  std::variant<std::filesystem::path, Bytes> source;
+  std::variant<Reach, Bytes> source;
   std::uint64_t offset = 0;
   std::uint64_t size = 0;     // of the whole entry
   std::int64_t modified = 0;  // of the file, in milliseconds since 1970
@@ -29,7 +29,7 @@ struct OutgoingPart {
 // in all, none is written.
 struct IncomingPart {
   std::uint32_t entry = 0;
-  std::optional<std::filesystem::path> path;
+  std::optional<Reach> path;
   std::uint64_t offset = 0;
   std::uint64_t size = 0;
 };

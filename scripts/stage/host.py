@@ -81,6 +81,7 @@ class Host:
         more_bundle=None,
         directory=None,
         prefix=(),
+        needs=None,
     ):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-e2e-"))
         self.log_path = self.folder / "log"
@@ -93,6 +94,10 @@ class Host:
             if more_bundle:
                 shutil.copytree(more_bundle, bundle, dirs_exist_ok=True)
             given = [f"scenario={scenario}", f"report={self.report_path}", *arguments]
+            values = [text.partition("=")[2] for text in given]
+            folders = [str(self.folder), *(value for value in values if value.startswith("/"))]
+            usual = {"folders": folders, "networks": ["127.0.0.0/8"]}
+            (bundle / "bundle.json").write_text(json.dumps(usual if needs is None else needs))
             command += ["--ui-bundle", str(bundle)]
             command += [part for text in given for part in ("--ui-argument", text)]
         with open(self.log_path, "wb") as log:

@@ -1,5 +1,6 @@
 """A machine of a network of its own with a desktop, the program on it, and a hand on its window."""
 
+import json
 import os
 import pathlib
 import shutil
@@ -44,6 +45,9 @@ class Station:
 
     def start(self):
         self._orders = Orders()
+        manifest = json.loads((SOURCE / "ui/bundle.json").read_text())
+        manifest["folders"] = [str(self._orders.folder)]
+        (self._bundle / "bundle.json").write_text(json.dumps(manifest))
         inside = self.folder / "inside"
         inside.unlink(missing_ok=True)
         program = [

@@ -40,9 +40,11 @@ struct FakeEngine final : UiEngine {
   [[nodiscard]] NativeView& view() override { return nativeView; }
   [[nodiscard]] BinaryMessenger& binaryMessenger() override { return messenger; }
   void setRunsWhileHidden(bool /*runs*/) override {}
+  void setFileAccess(FileAccess* newAccess) override { access = newAccess; }
 
   NativeView nativeView;
   FakeBinaryMessenger messenger;
+  FileAccess* access = nullptr;
 };
 
 // A view over which the test drags.

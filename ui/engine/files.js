@@ -1,6 +1,7 @@
-// Files for UI code. A page reads what the user may read; it writes only to files that it created,
-// and creating never takes an existing name. Each operation resolves when the disk has done it:
-// awaiting a write before the next is all the back-pressure that is needed.
+// Files for UI code. A page reads what the host has handed to it and what is in its own folders
+// (Application Support, the scratch area). Only there it writes, to files that it created, and
+// creating never takes an existing name. Any other path is refused. Each operation resolves when the
+// disk has done it: awaiting a write before the next is all the back-pressure that is needed.
 //
 // Failures are MethodErrors with the code "file_error", the system's text as message, and the
 // error's name, such as "ENOSPC", as details.
@@ -44,14 +45,6 @@ export function list(path) {
  */
 export function move(path, to) {
   return channel.invokeMethod('move', { path, to });
-}
-
-/**
- * Resolves when the names in a folder would outlast a power cut.
- * @param {string} path
- */
-export function sync(path) {
-  return channel.invokeMethod('sync', { path });
 }
 
 /**

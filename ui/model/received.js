@@ -1,6 +1,6 @@
 // What was received, and where it is now.
 
-import { EngineFile } from '../engine/files.js';
+import { list, remove, replace } from '../engine/files.js';
 import { platform } from '../platform.js';
 import { textOf, utf8 } from '../protocol/bytes.js';
 import { plainFileName } from '../text/foreign_text.js';
@@ -13,6 +13,8 @@ import { readWhole } from './whole_file.js';
 const LISTED = 4000;
 /** Bytes of a text that are copied; the file may have grown since. */
 const LARGEST = 64 << 20;
+/** What `replace` may leave of a whole text, too. */
+const TEXT = /^\.?text-[0-9a-f-]{36}/;
 
 /**
  * Drops the locations of what was moved or removed since it was received.
@@ -43,7 +45,8 @@ export function locationIn({ locations }, wanted = locations[0]) {
 }
 
 /**
- * Saves a long text as a file in the receive folder, so that the list of transfers stays small.
+ * Saves a long text as a file in the receive folder, so that the list of transfers stays small, and
+ * whole in a file of this application's own, which it may read in later runs as well.
  * @param {{ locations: string[], text: string | null }} received
  * @param {string} deviceName
  * @returns {Promise<Pick<Transfer, 'locations' | 'text' | 'textLocation'>>}
@@ -52,16 +55,24 @@ export async function keepReceivedText({ locations, text }, deviceName) {
   if (text === null || text.length <= LISTED) return { locations, text };
   const name = plainFileName(words('received.textFile', { device: deviceName }));
   const path = await platform.temporaryReceivePath(name);
-  const file = await EngineFile.create(path);
-  try {
-    await file.write(0, utf8(text));
-    await file.flush();
-  } finally {
-    await file.close();
-  }
+  const bytes = utf8(text);
+  const textLocation = `${await platform.appSupportPath()}/text-${crypto.randomUUID()}`;
+  await replace(textLocation, bytes);
+  await replace(path, bytes);
   const location = await platform.publishReceivedFile({ path, name, relativePath: name });
-  const beginning = text.slice(0, LISTED);
-  return { locations: [...locations, location], text: beginning, textLocation: location };
+  return { locations: [...locations, location], text: text.slice(0, LISTED), textLocation };
+}
+
+/**
+ * Removes the whole texts that no transfer refers to any more.
+ * @param {import('./transfers.js').Transfers} transfers
+ */
+export async function sweepReceivedTexts(transfers) {
+  const folder = await platform.appSupportPath();
+  const needed = new Set(transfers.list.map(({ textLocation }) => textLocation));
+  const texts = (await list(folder)).filter((name) => TEXT.test(name));
+  const paths = texts.map((name) => `${folder}/${name}`).filter((path) => !needed.has(path));
+  await Promise.all(paths.map((path) => remove(path).catch(() => {})));
 }
 
 /**

@@ -9,6 +9,7 @@ import { isKey, words } from '../text/words.js';
 import { Application } from './application.js';
 import { Documents } from './documents.js';
 import { Outbox } from './outbox.js';
+import { sweepReceivedTexts } from './received.js';
 import { fittingValues, isText } from './schema.js';
 import { loadSettings } from './settings.js';
 import { Transfers } from './transfers.js';
@@ -35,6 +36,7 @@ export async function startApplication() {
     loadSettings(documents),
     Outbox.load(documents),
   ]);
+  await sweepReceivedTexts(transfers).catch((error) => console.warn(error));
   const application = new Application({
     documents,
     trust,

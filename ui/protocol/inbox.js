@@ -2,7 +2,7 @@
 // whole and the sender has said that it is as it was offered. What fails concerns one file only, but
 // for a full disk.
 
-import { settle, sync } from '../engine/files.js';
+import { settle } from '../engine/files.js';
 import { platform } from '../platform.js';
 import { textOf } from './bytes.js';
 import { TransferError } from './errors.js';
@@ -43,8 +43,6 @@ export class Inbox {
   #failures = new Map();
   /** By the first piece of the path. @type {Map<string, string>} */
   #locations = new Map();
-  /** @type {Set<string>} */
-  #folders = new Set();
   /** @type {string[]} */
   #texts = [];
 
@@ -131,7 +129,6 @@ export class Inbox {
     if (this.#end) throw this.#end;
     await this.#createDirectories();
     await this.#locateEarlier();
-    await atOnce([...this.#folders], (folder) => sync(folder).catch(() => {}));
     return {
       locations: [...new Set(this.#locations.values())],
       text: this.#texts.length > 0 ? this.#texts.join('\n\n') : null,
@@ -225,9 +222,7 @@ export class Inbox {
     let place = location;
     for (let rest = path; rest.includes('/'); rest = rest.slice(0, rest.lastIndexOf('/'))) {
       place = folderOf(place);
-      this.#folders.add(place);
     }
-    this.#folders.add(folderOf(place));
     const isTop = place === location;
     this.#locations.set(isTop ? location : path.slice(0, path.indexOf('/')), place);
   }

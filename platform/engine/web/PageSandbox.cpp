@@ -5,6 +5,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 
 namespace brevanholt::platform {
 namespace {
@@ -13,12 +14,23 @@ namespace {
 constexpr const char* kBubblewrap = "/usr/bin/bwrap";
 constexpr const char* kBusProxy = "/usr/bin/xdg-dbus-proxy";
 
+// WebKit shows the sandbox the folder that the session bus's socket is in. Of a socket in "/", even
+// of one that is not there, that is everything; and there a file of root's sandbox would stay, by
+// which programs think that they are in a Flatpak.
+bool isBusInRoot() {
+  const char* address = g_getenv("DBUS_SESSION_BUS_ADDRESS");
+  const std::string_view path = "unix:path=/";
+  if (address == nullptr || !std::string_view(address).starts_with(path)) return false;
+  return std::string_view(address + path.size()).find('/') == std::string_view::npos;
+}
+
 // Nothing where bubblewrap can make the namespaces that WebKit asks it for. Takes some
 // milliseconds.
 std::string whyNoSandbox() {
   if (g_file_test(kBusProxy, G_FILE_TEST_IS_EXECUTABLE) == FALSE) {
     return std::string(kBusProxy) + " is missing";
   }
+  if (isBusInRoot()) return "the session bus's socket is in /";
   const std::array<const char*, 11> command{kBubblewrap, "--unshare-all", "--ro-bind", "/",
                                             "/",         "--proc",        "/proc",     "--dev",
                                             "/dev",      "/bin/true",     nullptr};

@@ -1,5 +1,6 @@
 #include "platform/engine/web/WebEngine.h"
 
+#include "platform/engine/web/BundleManifest.h"
 #include "platform/engine/web/NavigationLock.h"
 #include "platform/engine/web/PageSandbox.h"
 #include "platform/engine/web/link/EngineArguments.h"
@@ -31,10 +32,11 @@ void setFeature(WebKitSettings* settings, std::string_view identifier, bool enab
 
 WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
     : options_(std::move(options)),
+      needs_(readBundleManifest(options_.uiBundle)),
       scheme_(options_.uiBundle,
               options_.keepsBundle ? BundleScheme::Source::kMemory : BundleScheme::Source::kFiles),
       files_(messenger_, mainQueue),
-      sockets_(messenger_),
+      sockets_(messenger_, needs_),
       transfers_(messenger_, sockets_.table(), mainQueue),
       application_(messenger_) {
   answerPage();

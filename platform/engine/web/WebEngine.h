@@ -39,6 +39,11 @@ class WebEngine final : public UiEngine {
   [[nodiscard]] NativeView& view() override { return *nativeView_; }
   [[nodiscard]] BinaryMessenger& binaryMessenger() override { return messenger_; }
   void setRunsWhileHidden(bool runs) override;
+  void setFileAccess(FileAccess* access) override {
+    files_.setAccess(access);
+    transfers_.setAccess(access);
+  }
+  [[nodiscard]] BundleNeeds bundleNeeds() const override { return needs_; }
 
   // What the page may ask besides the host's methods; it answers “arguments” and “setZoom” itself.
   [[nodiscard]] EngineApplication& application() { return application_; }
@@ -56,6 +61,7 @@ class WebEngine final : public UiEngine {
   void webProcessEnded(WebKitWebProcessTerminationReason reason);
 
   WebEngineOptions options_;
+  BundleNeeds needs_;
   BundleScheme scheme_;
   WebBinaryMessenger messenger_;
   EngineFiles files_;

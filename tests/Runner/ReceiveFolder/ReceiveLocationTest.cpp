@@ -159,7 +159,7 @@ TEST_F(ReceiveLocationTest, KeepsTheScratchFileOfWhatItRefuses) {
       {publish(path, ".."), kBadPath},
       {publish(path, std::string("a\0b", 3), "a/b"), kBadPath},
       {publish(path, std::string(256, 'n')), "File name too long"},
-      {publish("/nonexistent/scratch", "x"), "No such file"},
+      {publish(path + "-gone", "x"), "No such file"},
       {publishFolder("photos/../.."), kBadPath},
       {publishFolder("file/inside"), "Not a directory"}};
   for (const auto& [words, why] : cases) EXPECT_THAT(words, HasSubstr(why));
@@ -276,9 +276,9 @@ TEST_F(TwoDisksTest, KeepsTheOrderOfCallsBehindACopy) {
 
 TEST_F(TwoDisksTest, CancelsACopyWhenTheProgramEnds) {
   platform_.folders.downloads = other_ / "Downloads";
+  platform_.folders.temporary = disk_.path();
   host_.restart();
-  const std::string path = disk_.path() / "huge";
-  writeFile(path, "");
+  const std::string path = scratch("huge", "");
   fs::resize_file(path, std::uintmax_t{8} << 30);
   const auto reply = platform_.engine.messenger.call("brevanholt/platform", "publishReceivedFile",
                                                      Map{{"path", path}, {"name", "huge"}});

@@ -118,11 +118,12 @@ class SealedConnectionTest : public testing::Test {
     writeFile(path, content);
     struct stat now {};
     EXPECT_EQ(::stat(path.c_str(), &now), 0);
-    return {entry, path, offset, content.size(),
+    return {entry, Reach{.root = folder_.path(), .below = path.filename()}, offset, content.size(),
             now.st_mtim.tv_sec * 1000 + now.st_mtim.tv_nsec / 1'000'000};
   }
   IncomingPart target(const OutgoingPart& part) {
-    return {part.entry, folder_ / ("in" + std::to_string(part.entry)), part.offset, part.size};
+    return {part.entry, Reach{.root = folder_.path(), .below = "in" + std::to_string(part.entry)},
+            part.offset, part.size};
   }
   std::string arrived(std::uint32_t entry) {
     return readFile(folder_ / ("in" + std::to_string(entry)));
@@ -187,7 +188,7 @@ TEST_F(SealedConnectionTest, TellsOfAFullDiskAtOnceAndOfATakenNameAndGoesOn) {
   std::vector<OutgoingPart> parts{file(1, std::string(1 << 20, 'x')), file(2, "taken"),
                                   file(3, "fine")};
   IncomingPart full = target(parts[0]);
-  full.path = disk.path() / "full";
+  full.path = Reach{.root = disk.path(), .below = "full"};
   writeFile(folder_ / "in2", "here before");
   far_->expect({full, target(parts[1]), target(parts[2])});
 

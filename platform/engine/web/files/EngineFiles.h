@@ -17,10 +17,13 @@ class EngineFiles {
  public:
   EngineFiles(BinaryMessenger& messenger, MainQueue& mainQueue);
 
+  // Borrowed; null refuses every path.
+  void setAccess(FileAccess* access) { access_ = access; }
   // Closes what the page that has gone left open.
   void closeAll();
 
  private:
+  FileAccess* access_ = nullptr;
   std::shared_ptr<FileTable> table_ = std::make_shared<FileTable>();  // for the thread alone
   Settling settling_;
   MethodChannel channel_;

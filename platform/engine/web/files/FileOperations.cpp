@@ -1,13 +1,14 @@
 #include "platform/engine/web/files/FileOperations.h"
 
-#include "platform/foundation/Files.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <string>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -15,6 +16,10 @@
 
 namespace brevanholt::platform {
 namespace {
+
+struct CloseDirectory {
+  void operator()(DIR* directory) const { ::closedir(directory); }
+};
 
 const char* kindOf(mode_t mode) {
   if (S_ISREG(mode)) return "file";
@@ -45,25 +50,17 @@ timespec timeOf(std::int64_t milliseconds) {
 
 }  // namespace
 
-Value statFile(const std::filesystem::path& path) {
+Value statFile(const Reach& reach) {
   struct stat information {};
-  if (::stat(path.c_str(), &information) != 0) {
-    if (errno == ENOENT || errno == ENOTDIR) return {};
-    throw FileError("look at", path, errno);
+  try {
+    if (!Place(reach).look(information)) return {};
+  } catch (const SystemError& error) {
+    if (error.errorNumber() == ENOENT) return {};  // nor is there its folder
+    throw;
   }
   return Map{{"kind", kindOf(information.st_mode)},
              {"size", static_cast<std::int64_t>(information.st_size)},
              {"modified", milliseconds(information.st_mtim)}};
-}
-
-FileDescriptor editFile(const std::filesystem::path& path) {
-  FileDescriptor descriptor(::open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  struct stat information {};
-  if (!descriptor || ::fstat(descriptor.get(), &information) != 0) {
-    throw FileError("open the file", path, errno);
-  }
-  if (!S_ISREG(information.st_mode)) throw FileError("open the file", path, EINVAL);
-  return descriptor;
 }
 
 Bytes readRange(int descriptor, std::int64_t offset, std::size_t length) {
@@ -95,43 +92,47 @@ void flushFile(int descriptor) {
   if (::fdatasync(descriptor) != 0) throw FileError("save", "the file", errno);
 }
 
-void settleFile(const std::filesystem::path& path, std::int64_t modified) {
-  const FileDescriptor file = editFile(path);
+void settleFile(const Reach& reach, std::int64_t modified) {
+  const FileDescriptor file = Place(reach).openToWrite();
   const timespec times[] = {{0, UTIME_OMIT}, timeOf(modified)};
   if (::futimens(file.get(), times) != 0 || ::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
       ::fsync(file.get()) != 0) {
-    throw FileError("save", path, errno);
+    throw FileError("save", reach.path(), errno);
   }
 }
 
-std::int64_t freeSpace(const std::filesystem::path& folder) {
+std::int64_t freeSpace(const Place& folder) {
   struct statvfs information {};
-  if (::statvfs(folder.c_str(), &information) != 0) throw FileError("look at", folder, errno);
+  if (::fstatvfs(folder.open(O_RDONLY | O_DIRECTORY).get(), &information) != 0) {
+    throw FileError("look at", folder.path(), errno);
+  }
   return static_cast<std::int64_t>(information.f_bavail * information.f_frsize);
 }
 
-Value listNames(const std::filesystem::path& folder) {
+Value listNames(const Place& folder) {
   List names;
-  std::error_code failure;
-  for (std::filesystem::directory_iterator at(folder, failure), end; !failure && at != end;
-       at.increment(failure)) {
-    names.emplace_back(at->path().filename().native());
+  struct stat information {};
+  if (!folder.look(information)) return names;
+  FileDescriptor opened = folder.open(O_RDONLY | O_DIRECTORY);
+  const std::unique_ptr<DIR, CloseDirectory> listing(::fdopendir(opened.get()));
+  if (!listing) throw FileError("list", folder.path(), errno);
+  static_cast<void>(opened.release());
+  for (;;) {
+    errno = 0;
+    const dirent* entry = ::readdir(listing.get());
+    if (entry == nullptr) break;
+    const std::string_view name = static_cast<const char*>(entry->d_name);
+    if (name != "." && name != "..") names.emplace_back(name);
   }
-  if (failure && failure != std::errc::no_such_file_or_directory) {
-    throw FileError("list", folder, failure.value());
-  }
+  if (errno != 0) throw FileError("list", folder.path(), errno);
   return names;
 }
 
-void moveFile(const std::filesystem::path& from, const std::filesystem::path& to) {
-  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) != 0) {
-    throw FileError("move", from, errno);
+void moveFile(const Place& from, const Place& to) {
+  if (::renameat2(from.folder(), from.name(), to.folder(), to.name(), RENAME_NOREPLACE) != 0) {
+    throw FileError("move", from.path(), errno);
   }
-  syncDirectory(to.parent_path());
-}
-
-void removeFile(const std::filesystem::path& path) {
-  if (::unlink(path.c_str()) != 0 && errno != ENOENT) throw FileError("remove", path, errno);
+  to.syncFolder();
 }
 
 }  // namespace brevanholt::platform

@@ -1,21 +1,17 @@
 #pragma once
 
 #include "platform/channel/Value.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/Place.h"
 
 #include <cstdint>
-#include <filesystem>
 
 namespace brevanholt::platform {
 
 // The blocking halves of the engine's file operations. All throw FileError.
 
 // {"kind": "file", "directory" or "other", "size", "modified" (milliseconds since 1970)}, or null
-// where there is nothing. Links are followed.
-[[nodiscard]] Value statFile(const std::filesystem::path& path);
-
-// A file that createFile() made earlier, to go on writing to it. Links are refused.
-[[nodiscard]] FileDescriptor editFile(const std::filesystem::path& path);
+// where there is nothing.
+[[nodiscard]] Value statFile(const Reach& reach);
 
 // At most `length` bytes; fewer only at the end of the file.
 [[nodiscard]] Bytes readRange(int descriptor, std::int64_t offset, std::size_t length);
@@ -23,19 +19,16 @@ void writeAt(int descriptor, std::int64_t offset, const Bytes& bytes);
 void flushFile(int descriptor);
 
 // Flushes a file that is whole, gives it a modification time (milliseconds since 1970) and the
-// permissions of a file that this user makes (0666 less the umask). Links are refused.
-void settleFile(const std::filesystem::path& path, std::int64_t modified);
+// permissions of a file that this user makes (0666 less the umask).
+void settleFile(const Reach& reach, std::int64_t modified);
 
 // What this user may still write to the file system of a folder, in bytes.
-[[nodiscard]] std::int64_t freeSpace(const std::filesystem::path& folder);
+[[nodiscard]] std::int64_t freeSpace(const Place& folder);
 
 // The names in a folder, hidden ones included, without order; none where there is no folder.
-[[nodiscard]] Value listNames(const std::filesystem::path& folder);
+[[nodiscard]] Value listNames(const Place& folder);
 
 // Renames within one file system; fails where the new name is taken.
-void moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
-
-// Removes a file or a link, never a folder. Nothing there is no error.
-void removeFile(const std::filesystem::path& path);
+void moveFile(const Place& from, const Place& to);
 
 }  // namespace brevanholt::platform

@@ -7,6 +7,7 @@
 #include "platform/foundation/ReplaceFile.h"
 
 #include <algorithm>
+#include <array>
 
 namespace brevanholt::platform {
 namespace {
@@ -14,33 +15,54 @@ namespace {
 constexpr std::size_t kMostOpenFiles = 256;
 constexpr std::int64_t kLongestRead = 16 << 20;
 
+enum class Use { kNone, kRead, kChange };
+
+Use useOf(std::string_view method) {
+  constexpr std::array<std::string_view, 4> kReads{"stat", "open", "list", "space"};
+  constexpr std::array<std::string_view, 5> kChanges{"create", "edit", "replace", "move", "remove"};
+  if (std::ranges::find(kReads, method) != kReads.end()) return Use::kRead;
+  return std::ranges::find(kChanges, method) != kChanges.end() ? Use::kChange : Use::kNone;
+}
+
 std::string_view textOf(const Bytes& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace
 
-Reply FileTable::perform(const MethodCall& call) {
+FileTable::Permitted FileTable::permitted(MethodCall call, FileAccess* access) {
+  Permitted permitted{.call = std::move(call), .path = std::nullopt, .to = std::nullopt};
+  const Map& arguments = argumentsOf(permitted.call);
+  const Use use = useOf(permitted.call.method);
+  if (use == Use::kRead) permitted.path = readableIn(arguments, access);
+  if (use == Use::kChange) permitted.path = changeableIn(arguments, access);
+  if (permitted.call.method == "move") permitted.to = changeableIn(arguments, access, "to");
+  return permitted;
+}
+
+Reply FileTable::perform(const Permitted& permitted) {
   try {
-    return dispatch(call, argumentsOf(call));
+    return dispatch(permitted, argumentsOf(permitted.call));
   } catch (const std::exception& error) {
     return engineError("file_error", error);
   }
 }
 
-Reply FileTable::dispatch(const MethodCall& call, const Map& arguments) {
-  if (call.method == "stat") return statFile(pathIn(arguments));
+Reply FileTable::dispatch(const Permitted& permitted, const Map& arguments) {
+  const MethodCall& call = permitted.call;
+  const auto path = [&] { return Place(permitted.path.value()); };
+  if (call.method == "stat") return statFile(permitted.path.value());
   if (call.method == "open") {
     expectRoom();
-    return add({openRegularFile(pathIn(arguments)), false});
+    return add({path().openToRead(), false});
   }
   if (call.method == "create") {
     expectRoom();
-    return add({createFile(pathIn(arguments)), true});
+    return add({path().create(), true});
   }
   if (call.method == "edit") {
     expectRoom();
-    return add({editFile(pathIn(arguments)), true});
+    return add({path().openToWrite(), true});
   }
   if (call.method == "read") {
     const std::int64_t length = std::min(sizeIn(arguments, "length"), kLongestRead);
@@ -53,17 +75,17 @@ Reply FileTable::dispatch(const MethodCall& call, const Map& arguments) {
     return Value();
   }
   if (call.method == "flush") return flushFile(at(arguments).descriptor.get()), Value();
-  if (call.method == "sync") return syncDirectory(pathIn(arguments)), Value();
-  if (call.method == "space") return freeSpace(pathIn(arguments));
+  if (call.method == "space") return freeSpace(path());
   if (call.method == "close") return open_.erase(sizeIn(arguments, "handle")), Value();
   if (call.method == "replace") {
-    return replaceFile(pathIn(arguments), textOf(bytesIn(arguments))), Value();
+    const Place place = path();
+    return replaceFile(place.folder(), place.name(), textOf(bytesIn(arguments))), Value();
   }
-  if (call.method == "list") return listNames(pathIn(arguments));
+  if (call.method == "list") return listNames(path());
   if (call.method == "move") {
-    return moveFile(pathIn(arguments), pathIn(arguments, "to")), Value();
+    return moveFile(path(), Place(permitted.to.value())), Value();
   }
-  if (call.method == "remove") return removeFile(pathIn(arguments)), Value();
+  if (call.method == "remove") return path().remove(), Value();
   return NotImplemented{};
 }
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/channel/StandardMethodCodec.h"
+#include "platform/engine/FileAccess.h"
 #include "platform/foundation/FileDescriptor.h"
 
 #include <cstdint>
 #include <map>
+#include <optional>
 
 namespace brevanholt::platform {
 
@@ -21,16 +23,25 @@ namespace brevanholt::platform {
 //   replace {path, bytes}         null: the file holds exactly these bytes, or what it held before
 //   list {path}                   the names in a folder
 //   move {path, to}               null; fails where the new name is taken
-//   sync {path}                   null, when the names in a folder are on the disk
 //   space {path}                  bytes that may still be written to a folder's file system
 //   remove {path}                 null; files and links only, and nothing there is no error
 //
-// The page may read what this user may read, writes to files that it created, and replaces whole
-// files. A failure is the error "file_error" with the system's text, and the error's name
-// ("ENOSPC") as details.
+// A failure is the error "file_error" with the system's text, and the error's name ("ENOSPC") as
+// details.
 class FileTable {
  public:
-  [[nodiscard]] Reply perform(const MethodCall& call);
+  // A call, and where the host lets it reach by its "path" and "to".
+  struct Permitted {
+    MethodCall call;
+    std::optional<Reach> path;
+    std::optional<Reach> to;
+  };
+
+  // Asks for the paths that a call names. Throws PlatformError where one is refused. On the main
+  // thread; the rest is for another one.
+  [[nodiscard]] static Permitted permitted(MethodCall call, FileAccess* access);
+
+  [[nodiscard]] Reply perform(const Permitted& permitted);
   void closeAll() { open_.clear(); }
 
  private:
@@ -39,7 +50,7 @@ class FileTable {
     bool isWritable = false;
   };
 
-  [[nodiscard]] Reply dispatch(const MethodCall& call, const Map& arguments);
+  [[nodiscard]] Reply dispatch(const Permitted& permitted, const Map& arguments);
   void expectRoom() const;
   [[nodiscard]] Value add(OpenFile file);
   [[nodiscard]] const OpenFile& at(const Map& arguments) const;

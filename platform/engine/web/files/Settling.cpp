@@ -21,9 +21,9 @@ struct Round {
   std::atomic<std::size_t> left;
 };
 
-Value settled(const std::filesystem::path& path, std::int64_t modified) {
+Value settled(const Reach& reach, std::int64_t modified) {
   try {
-    settleFile(path, modified);
+    settleFile(reach, modified);
     return {};
   } catch (const std::exception& error) {
     MethodError failure = engineError("file_error", error);
@@ -33,11 +33,11 @@ Value settled(const std::filesystem::path& path, std::int64_t modified) {
 
 }  // namespace
 
-void Settling::perform(const MethodCall& call, MethodResult result) {
-  std::vector<std::pair<std::filesystem::path, std::int64_t>> files;
+void Settling::perform(const MethodCall& call, FileAccess* access, MethodResult result) {
+  std::vector<std::pair<Reach, std::int64_t>> files;
   try {
     for (const Value& one : listIn(argumentsOf(call), "files")) {
-      files.emplace_back(pathIn(mapIn(one)), sizeIn(mapIn(one), "modified"));
+      files.emplace_back(changeableIn(mapIn(one), access), sizeIn(mapIn(one), "modified"));
     }
   } catch (const std::exception& error) {
     return std::move(result).error(engineError("file_error", error));

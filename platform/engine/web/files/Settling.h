@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/channel/MethodResult.h"
+#include "platform/engine/FileAccess.h"
 #include "platform/foundation/MainQueue.h"
 #include "platform/foundation/WorkerPool.h"
 
@@ -17,7 +18,7 @@ class Settling {
  public:
   explicit Settling(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
-  void perform(const MethodCall& call, MethodResult result);
+  void perform(const MethodCall& call, FileAccess* access, MethodResult result);
 
  private:
   MainQueue& mainQueue_;

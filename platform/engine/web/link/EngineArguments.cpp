@@ -16,6 +16,17 @@ const T& required(const Map& arguments, std::string_view key, const char* what) 
   return *found;
 }
 
+std::filesystem::path pathIn(const Map& arguments, std::string_view key) {
+  auto path = pathFrom(textIn(arguments, key));
+  if (!path || !path->is_absolute()) throw PlatformError("The path of a file must be absolute.");
+  return *std::move(path);
+}
+
+FileAccess& expected(FileAccess* access) {
+  if (access == nullptr) throw PlatformError("The user interface may not use files yet.");
+  return *access;
+}
+
 }  // namespace
 
 std::int64_t sizeIn(const Map& arguments, std::string_view key) {
@@ -29,10 +40,12 @@ const std::string& textIn(const Map& arguments, std::string_view key) {
   return required<std::string>(arguments, key, "a text");
 }
 
-std::filesystem::path pathIn(const Map& arguments, std::string_view key) {
-  auto path = pathFrom(textIn(arguments, key));
-  if (!path || !path->is_absolute()) throw PlatformError("The path of a file must be absolute.");
-  return *std::move(path);
+Reach readableIn(const Map& arguments, FileAccess* access, std::string_view key) {
+  return expected(access).toRead(pathIn(arguments, key));
+}
+
+Reach changeableIn(const Map& arguments, FileAccess* access, std::string_view key) {
+  return expected(access).toChange(pathIn(arguments, key));
 }
 
 const List& listIn(const Map& arguments, std::string_view key) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/channel/StandardMethodCodec.h"
+#include "platform/engine/FileAccess.h"
 
 #include <cstdint>
 #include <exception>
@@ -15,8 +16,11 @@ namespace brevanholt::platform {
 
 [[nodiscard]] std::int64_t sizeIn(const Map& arguments, std::string_view key);
 [[nodiscard]] const std::string& textIn(const Map& arguments, std::string_view key);
-// Of an absolute path.
-[[nodiscard]] std::filesystem::path pathIn(const Map& arguments, std::string_view key = "path");
+// Where the host lets the page use an absolute path. `access` may be null, which refuses.
+[[nodiscard]] Reach readableIn(const Map& arguments, FileAccess* access,
+                               std::string_view key = "path");
+[[nodiscard]] Reach changeableIn(const Map& arguments, FileAccess* access,
+                                 std::string_view key = "path");
 [[nodiscard]] const List& listIn(const Map& arguments, std::string_view key);
 // Of a list whose entries are maps.
 [[nodiscard]] const Map& mapIn(const Value& entry);

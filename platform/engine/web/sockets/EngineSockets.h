@@ -8,7 +8,8 @@ namespace brevanholt::platform {
 // Sockets for UI code, on the channel "engine/sockets".
 class EngineSockets {
  public:
-  explicit EngineSockets(BinaryMessenger& messenger) : channel_("engine/sockets", messenger) {
+  EngineSockets(BinaryMessenger& messenger, const BundleNeeds& needs)
+      : table_(needs), channel_("engine/sockets", messenger) {
     channel_.setMethodCallHandler([this](const MethodCall& call, MethodResult result) {
       table_.perform(call, std::move(result));
     });

@@ -39,15 +39,20 @@ bool SocketTable::performUdp(const MethodCall& call, MethodResult& result) {
   const Map& arguments = argumentsOf(call);
   if (call.method == "udpBind") {
     expectRoom();
-    auto socket = std::make_unique<UdpSocket>(addressIn(arguments), flagIn(arguments, "isShared"));
+    const SocketAddress address = addressIn(arguments);
+    rules_.expectDatagramPort(address);
+    auto socket = std::make_unique<UdpSocket>(address, flagIn(arguments, "isShared"));
     const Value description = socket->description();
     std::move(result).success(add(std::move(socket), description));
   } else if (call.method == "udpJoin") {
+    rules_.expectDatagramsTo(SocketAddress(textIn(arguments, "group"), 0));
     at<UdpSocket>(arguments).join(textIn(arguments, "group"), textIn(arguments, "interface"));
     std::move(result).success();
   } else if (call.method == "udpSend") {
+    rules_.expectDatagramsTo(addressIn(arguments));
     at<UdpSocket>(arguments).send(bytesIn(arguments), addressIn(arguments), result);
   } else if (call.method == "udpFarewell") {
+    rules_.expectDatagramsTo(addressIn(arguments));
     at<UdpSocket>(arguments).setFarewell(bytesIn(arguments), addressIn(arguments));
     std::move(result).success();
   } else if (call.method == "udpReceive") {
@@ -63,7 +68,7 @@ bool SocketTable::performTcp(const MethodCall& call, MethodResult& result) {
   if (call.method == "tcpListen") {
     expectRoom();
     auto socket = std::make_unique<TcpListener>(
-        addressIn(arguments), static_cast<int>(sizeIn(arguments, "backlog")),
+        addressIn(arguments), static_cast<int>(sizeIn(arguments, "backlog")), rules_,
         [this](std::unique_ptr<TcpConnection> connection) {
           expectRoom();
           const Value description = connection->description();
@@ -94,7 +99,9 @@ bool SocketTable::performTcp(const MethodCall& call, MethodResult& result) {
 void SocketTable::connect(const Map& arguments, MethodResult& result) {
   expectRoom();
   const std::int64_t limit = sizeIn(arguments, "limit");
-  auto owned = std::make_unique<TcpConnection>(addressIn(arguments));
+  const SocketAddress address = addressIn(arguments);
+  rules_.expectPeer(address);
+  auto owned = std::make_unique<TcpConnection>(address);
   TcpConnection& connection = *owned;
   const std::int64_t handle = ++lastHandle_;
   open_.emplace(handle, std::move(owned));

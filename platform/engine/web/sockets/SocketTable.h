@@ -2,6 +2,7 @@
 
 #include "platform/channel/MethodResult.h"
 #include "platform/engine/web/sockets/EngineSocket.h"
+#include "platform/engine/web/sockets/NetworkRules.h"
 
 #include <cstdint>
 #include <map>
@@ -26,10 +27,13 @@ namespace brevanholt::platform {
 //   tcpFinish {handle}                         null: nothing more is sent, the rest can be read
 //   close {handle}                             null; what waits on the socket fails with ECANCELED
 //
-// Addresses are numeric, with a zone where IPv6 needs one ("fe80::1%eth0"). A failure is the error
-// "socket_error" with the system's text, and the error's name ("ECONNREFUSED") as details.
+// Whom the page may talk to is NetworkRules' matter. Addresses are numeric, with a zone where IPv6
+// needs one ("fe80::1%eth0"). A failure is the error "socket_error" with the system's text, and the
+// error's name ("ECONNREFUSED") as details.
 class SocketTable {
  public:
+  explicit SocketTable(const BundleNeeds& needs) : rules_(needs) {}
+
   // Answers now or later, once.
   void perform(const MethodCall& call, MethodResult result);
   void closeAll() { open_.clear(); }
@@ -48,6 +52,7 @@ class SocketTable {
   [[nodiscard]] bool performTcp(const MethodCall& call, MethodResult& result);
   void connect(const Map& arguments, MethodResult& result);
 
+  NetworkRules rules_;
   std::map<std::int64_t, std::unique_ptr<EngineSocket>> open_;
   std::int64_t lastHandle_ = 0;
 };

@@ -26,8 +26,9 @@ FileDescriptor listening(const SocketAddress& address, int backlog) {
 
 }  // namespace
 
-TcpListener::TcpListener(const SocketAddress& address, int backlog, Accepted accepted)
-    : EngineSocket(listening(address, backlog)), accepted_(std::move(accepted)) {}
+TcpListener::TcpListener(const SocketAddress& address, int backlog, const NetworkRules& rules,
+                         Accepted accepted)
+    : EngineSocket(listening(address, backlog)), rules_(rules), accepted_(std::move(accepted)) {}
 
 Value TcpListener::description() const {
   return Map{{"port", SocketAddress::ofSocket(descriptor()).port()}};
@@ -44,6 +45,8 @@ bool TcpListener::acceptNow() {
       ::accept4(descriptor(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
   // Ignores connections that were aborted before accept.
   if (!connection && (errno == EAGAIN || errno == EINTR || errno == ECONNABORTED)) return false;
+  // Hangs up on a peer from elsewhere.
+  if (connection && !rules_.isPeer(SocketAddress::ofPeer(connection.get()))) return false;
   onReadable_.stop();
   if (!connection) {
     accepting_.fail(SystemError("accept a connection", errno));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/engine/web/sockets/EngineSocket.h"
+#include "platform/engine/web/sockets/NetworkRules.h"
 #include "platform/engine/web/sockets/OwedReply.h"
 #include "platform/engine/web/sockets/SocketAddress.h"
 #include "platform/engine/web/sockets/TcpConnection.h"
@@ -17,8 +18,9 @@ class TcpListener final : public EngineSocket {
   // What the page gets for a connection.
   using Accepted = std::function<Value(std::unique_ptr<TcpConnection>)>;
 
-  // Throws SystemError.
-  TcpListener(const SocketAddress& address, int backlog, Accepted accepted);
+  // Throws SystemError. Borrows the rules.
+  TcpListener(const SocketAddress& address, int backlog, const NetworkRules& rules,
+              Accepted accepted);
 
   [[nodiscard]] Value description() const;
   void accept(MethodResult& result);
@@ -27,6 +29,7 @@ class TcpListener final : public EngineSocket {
   // Whether the call was answered.
   bool acceptNow();
 
+  const NetworkRules& rules_;
   Accepted accepted_;
   LoopSource onReadable_;
   OwedReply accepting_;

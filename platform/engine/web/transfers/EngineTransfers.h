@@ -15,6 +15,8 @@ class EngineTransfers {
     });
   }
 
+  // Borrowed; null refuses every path.
+  void setAccess(FileAccess* access) { table_.setAccess(access); }
   // Closes what the page that has gone left open.
   void closeAll() { table_.closeAll(); }
 

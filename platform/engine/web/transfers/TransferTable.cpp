@@ -51,10 +51,10 @@ bool TransferTable::dispatch(const MethodCall& call, MethodResult& result) {
   } else if (call.method == "send") {
     at(arguments).send(typeIn(arguments), bytesIn(arguments), answerTo<Done>(result));
   } else if (call.method == "sendContent") {
-    auto parts = outgoingPartsIn(arguments);
+    auto parts = outgoingPartsIn(arguments, access_);
     at(arguments).sendContent(std::move(parts), answerTo<std::vector<PartFailure>>(result));
   } else if (call.method == "expect") {
-    at(arguments).expect(incomingPartsIn(arguments));
+    at(arguments).expect(incomingPartsIn(arguments, access_));
     std::move(result).success();
   } else if (call.method == "receive") {
     const SealedConnection::Terms terms{static_cast<std::size_t>(sizeIn(arguments, "largest")),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/channel/MethodResult.h"
+#include "platform/engine/FileAccess.h"
 #include "platform/engine/web/sockets/SocketTable.h"
 #include "platform/foundation/Lifetime.h"
 #include "platform/foundation/MainQueue.h"
@@ -41,6 +42,8 @@ class TransferTable {
   TransferTable(SocketTable& sockets, MainQueue& mainQueue)
       : sockets_(sockets), mainQueue_(mainQueue) {}
 
+  // Borrowed; null refuses every path.
+  void setAccess(FileAccess* access) { access_ = access; }
   // Answers now or later, once.
   void perform(const MethodCall& call, MethodResult result);
   void closeAll();
@@ -53,6 +56,7 @@ class TransferTable {
   void close(Connections::iterator connection);
   [[nodiscard]] SealedConnection& at(const Map& arguments) const;
 
+  FileAccess* access_ = nullptr;
   SocketTable& sockets_;
   MainQueue& mainQueue_;
   Connections open_;

@@ -16,10 +16,9 @@ std::uint32_t entryIn(const Map& part) {
   return static_cast<std::uint32_t>(entry);
 }
 
-std::optional<std::filesystem::path> optionalPathIn(const Map& part) {
+bool hasPath(const Map& part) {
   const Value* value = part.find("path");
-  if (value == nullptr || value->isNull()) return std::nullopt;
-  return pathIn(part);
+  return value != nullptr && !value->isNull();
 }
 
 // Where a part begins, and how large its entry is.
@@ -41,21 +40,22 @@ std::vector<Part> partsIn(const Map& arguments, F partOf) {
 
 }  // namespace
 
-std::vector<OutgoingPart> outgoingPartsIn(const Map& arguments) {
-  return partsIn<OutgoingPart>(arguments, [](const Map& part) {
+std::vector<OutgoingPart> outgoingPartsIn(const Map& arguments, FileAccess* access) {
+  return partsIn<OutgoingPart>(arguments, [access](const Map& part) {
     const auto [offset, size] = extentIn(part);
-    auto path = optionalPathIn(part);
-    if (path) {
-      return OutgoingPart{entryIn(part), std::move(*path), offset, size, sizeIn(part, "modified")};
+    if (hasPath(part)) {
+      return OutgoingPart{entryIn(part), readableIn(part, access), offset, size,
+                          sizeIn(part, "modified")};
     }
     return OutgoingPart{entryIn(part), bytesIn(part), offset, size, 0};
   });
 }
 
-std::vector<IncomingPart> incomingPartsIn(const Map& arguments) {
-  return partsIn<IncomingPart>(arguments, [](const Map& part) {
+std::vector<IncomingPart> incomingPartsIn(const Map& arguments, FileAccess* access) {
+  return partsIn<IncomingPart>(arguments, [access](const Map& part) {
     const auto [offset, size] = extentIn(part);
-    return IncomingPart{entryIn(part), optionalPathIn(part), offset, size};
+    auto path = hasPath(part) ? std::optional(changeableIn(part, access)) : std::nullopt;
+    return IncomingPart{entryIn(part), std::move(path), offset, size};
   });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/channel/Value.h"
+#include "platform/engine/FileAccess.h"
 #include "platform/transfer/TransferParts.h"
 
 #include <vector>
@@ -11,9 +12,9 @@ namespace brevanholt::platform {
 // PlatformError.
 
 // [{entry, path or bytes, offset, size, modified}]
-[[nodiscard]] std::vector<OutgoingPart> outgoingPartsIn(const Map& arguments);
+[[nodiscard]] std::vector<OutgoingPart> outgoingPartsIn(const Map& arguments, FileAccess* access);
 // [{entry, path or null, offset, size}]
-[[nodiscard]] std::vector<IncomingPart> incomingPartsIn(const Map& arguments);
+[[nodiscard]] std::vector<IncomingPart> incomingPartsIn(const Map& arguments, FileAccess* access);
 
 // [[entry, the error's name, its text]]
 [[nodiscard]] Value valueOf(const std::vector<PartFailure>& failures);

@@ -1,5 +1,6 @@
 #include "platform/engine/web/files/FileTable.h"
 #include "platform/engine/web/files/Settling.h"
+#include "platform/foundation/PlatformError.h"
 #include "tests/fakes/FakeMainQueue.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -11,10 +12,26 @@
 namespace brevanholt::platform {
 namespace {
 
+// Lets everything in one folder be used.
+struct OneFolder final : FileAccess {
+  explicit OneFolder(std::filesystem::path folder) : root(std::move(folder)) {}
+  Reach toRead(const std::filesystem::path& path) override {
+    const std::string below = path.lexically_relative(root);
+    return {.root = root, .below = below == "." || below == "./" ? "" : below};
+  }
+  Reach toChange(const std::filesystem::path& path) override { return toRead(path); }
+
+  std::filesystem::path root;
+};
+
 class FileTableTest : public testing::Test {
  protected:
   Reply call(const std::string& method, Value arguments) {
-    return table_.perform({method, std::move(arguments)});
+    try {
+      return table_.perform(FileTable::permitted({method, std::move(arguments)}, &access_));
+    } catch (const PlatformError& error) {
+      return MethodError{"file_error", error.message(), {}};
+    }
   }
   Reply at(const std::string& method, const std::filesystem::path& path) {
     return call(method, Map{{"path", path.native()}});
@@ -48,7 +65,7 @@ class FileTableTest : public testing::Test {
       files.push_back(Map{{"path", path}, {"modified", std::int64_t{1'600'000'000'123}}});
     }
     std::optional<Reply> found;
-    Settling(queue_).perform({"settle", Map{{"files", std::move(files)}}},
+    Settling(queue_).perform({"settle", Map{{"files", std::move(files)}}}, &access_,
                              MethodResult([&found](Reply reply) { found = std::move(reply); }));
     queue_.runUntil([&found] { return found.has_value(); });
     std::vector<std::string> outcomes;
@@ -59,6 +76,7 @@ class FileTableTest : public testing::Test {
   }
 
   TemporaryFolder folder_;
+  OneFolder access_{folder_.path()};
   FileTable table_;
   FakeMainQueue queue_;
 };
@@ -88,6 +106,24 @@ TEST_F(FileTableTest, NeverTakesANameThatIsTaken) {
   EXPECT_FALSE(std::filesystem::exists(folder_ / "target"));
 }
 
+TEST_F(FileTableTest, FollowsNoLinksBelowTheRoot) {
+  std::filesystem::create_directory(folder_ / "outside");
+  writeFile(folder_ / "outside/theirs", "theirs");
+  std::filesystem::create_directory(folder_ / "own");
+  std::filesystem::create_symlink(folder_ / "outside", folder_ / "own/folder");
+  std::filesystem::create_symlink(folder_ / "outside/theirs", folder_ / "own/file");
+  for (const char* method : {"open", "edit", "create", "remove", "stat", "list", "replace"}) {
+    const Reply reply =
+        call(method, Map{{"path", (folder_ / "own/folder/theirs").native()}, {"bytes", Bytes()}});
+    EXPECT_EQ(errorOf(reply), "ELOOP") << method;
+  }
+  EXPECT_EQ(errorOf(at("open", folder_ / "own/file")), "ELOOP");
+  EXPECT_EQ(errorOf(at("list", folder_ / "own/folder")), "ENOTDIR");
+  call("replace", Map{{"path", (folder_ / "own/file").native()}, {"bytes", Bytes()}});
+  EXPECT_TRUE(std::filesystem::is_regular_file(folder_ / "own/file")) << "the link is replaced";
+  EXPECT_EQ(readFile(folder_ / "outside/theirs"), "theirs");
+}
+
 TEST_F(FileTableTest, GoesOnWithAFileAndSettlesIt) {
   const std::string path = folder_ / "part";
   call("close", Map{{"handle", handle("create", path)}});
@@ -105,7 +141,6 @@ TEST_F(FileTableTest, GoesOnWithAFileAndSettlesIt) {
   ::umask(mask);
   EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0666 & ~mask));
   EXPECT_GT(std::get<Value>(at("space", folder_.path())).integer(), 0);
-  EXPECT_EQ(at("sync", folder_.path()), Reply(Value()));
 }
 
 TEST_F(FileTableTest, ListsNamesAndMovesOnlyToAFreeName) {

@@ -1,4 +1,5 @@
 #include "platform/engine/web/sockets/SocketTable.h"
+#include "platform/foundation/PlatformError.h"
 #include "tests/support/MainLoop.h"
 
 #include <gtest/gtest.h>
@@ -71,7 +72,9 @@ class SocketTableTest : public testing::Test {
     far_ = number(wait(accepting), "handle");
   }
 
-  SocketTable table_;
+  SocketTable table_{{.folders = {},
+                      .datagrams = {{.port = 0, .to = {"127.0.0.0/8", "239.255.77.66"}}},
+                      .networks = {"127.0.0.0/8"}}};
   std::int64_t near_ = 0;
   std::int64_t far_ = 0;
 };
@@ -146,6 +149,48 @@ TEST_F(SocketTableTest, TellsWhyThereIsNoConnection) {
   std::array<SharedReply, 8> waiting;
   for (SharedReply& reply : waiting) reply = startConnecting("127.0.0.1", port, 300);
   EXPECT_EQ(errorOf(wait(waiting.back())), "ETIMEDOUT");
+}
+
+TEST(NetworkRulesTest, KnowsLocalNetworksAndWhatTheManifestAdds) {
+  NetworkRules rules({.folders = {},
+                      .datagrams = {{.port = 45457, .to = {"239.255.77.66", "ff02::b4e7"}}},
+                      .networks = {"198.51.100.0/25", "not a network", "1.2.3.4/33"}});
+  const auto isPeer = [&](const char* address) { return rules.isPeer(SocketAddress(address, 1)); };
+  for (const char* address : {"10.1.2.3", "172.31.0.1", "192.168.9.9", "169.254.1.1", "fd00::1",
+                              "fe80::1%lo", "::ffff:192.168.1.1", "198.51.100.127"}) {
+    EXPECT_TRUE(isPeer(address)) << address;
+  }
+  for (const char* address :
+       {"127.0.0.1", "::1", "0.0.0.0", "::", "::ffff:127.0.0.1", "172.32.0.1", "198.51.100.128",
+        "203.0.113.7", "2001:db8::1", "224.0.0.1", "255.255.255.255", "::10.1.2.3"}) {
+    EXPECT_FALSE(isPeer(address)) << address;
+  }
+  EXPECT_THROW(rules.expectPeer(SocketAddress("203.0.113.7", 1)), PlatformError);
+  EXPECT_NO_THROW(rules.expectDatagramPort(SocketAddress("0.0.0.0", 45457)));
+  EXPECT_THROW(rules.expectDatagramPort(SocketAddress("0.0.0.0", 0)), PlatformError);
+  EXPECT_NO_THROW(rules.expectDatagramsTo(SocketAddress("ff02::b4e7", 45457)));
+  EXPECT_NO_THROW(rules.expectDatagramsTo(SocketAddress("239.255.77.66", 0))) << "to join it";
+  EXPECT_THROW(rules.expectDatagramsTo(SocketAddress("239.255.77.66", 53)), PlatformError);
+  EXPECT_THROW(rules.expectDatagramsTo(SocketAddress("224.0.0.251", 45457)), PlatformError);
+}
+
+TEST_F(SocketTableTest, TalksToNobodyOutsideOfItsNetworks) {
+  EXPECT_EQ(errorOf(wait(startConnecting("203.0.113.7", 1))),
+            "“203.0.113.7” is not on a local network.");
+  SocketTable strict{BundleNeeds{}};
+  const auto ask = [&](const char* method, Map arguments) {
+    auto reply = std::make_shared<std::optional<Reply>>();
+    strict.perform({method, std::move(arguments)},
+                   MethodResult([reply](Reply answer) { *reply = std::move(answer); }));
+    return reply;
+  };
+  const Reply listener = wait(
+      ask("tcpListen",
+          Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"backlog", std::int64_t{1}}}));
+  const auto accepting = ask("tcpAccept", Map{{"handle", number(listener, "handle")}});
+  const Reply caller = wait(startConnecting("127.0.0.1", number(listener, "port")));
+  EXPECT_EQ(read(number(caller, "handle"), 1, 1), "") << "it is hung up on";
+  EXPECT_FALSE(accepting->has_value());
 }
 
 }  // namespace

@@ -1,0 +1,94 @@
+#include "tests/Runner/HostTest.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+
+namespace brevanholt {
+namespace {
+
+using namespace platform;
+using testing::HasSubstr;
+
+class PageFilesTest : public HostTest {
+ protected:
+  // Where the page may read or change, as "root|below", or "refused".
+  std::string read(const std::string& path) {
+    return said([&] { return platform_.engine.access->toRead(path); });
+  }
+  std::string change(const std::string& path) {
+    return said([&] { return platform_.engine.access->toChange(path); });
+  }
+  std::string textOf(const char* method, const Map& arguments) {
+    const Reply reply = call(method, arguments);
+    if (const auto* error = std::get_if<MethodError>(&reply)) return error->message;
+    return *std::get<Value>(reply).getIf<std::string>();
+  }
+
+ private:
+  template <class Ask>
+  static std::string said(Ask ask) {
+    try {
+      const Reach reach = ask();
+      return reach.root.native() + "|" + reach.below.native();
+    } catch (const PlatformError&) {
+      return "refused";
+    }
+  }
+};
+
+TEST_F(PageFilesTest, ChangesOnlyWhatIsInTheFoldersOfTheUi) {
+  const std::string support = platform_.folders.applicationSupport / "Brevanholt";
+  EXPECT_EQ(change(support + "/settings.json"), support + "|settings.json");
+  const std::string scratch = textOf("temporaryReceivePath", Map{{"name", "x"}});
+  EXPECT_EQ(change(scratch), std::filesystem::path(scratch).parent_path().native() + "|" +
+                                 std::filesystem::path(scratch).filename().native());
+  const std::string home = platform_.home.path();
+  for (const std::string& path :
+       {support, support + "/", support + "x/y", support + "/../x", support + "//x",
+        support + "/./x", home + "/.bashrc", std::string("/"), std::string("x")}) {
+    EXPECT_EQ(change(path), "refused") << path;
+  }
+  EXPECT_EQ(read(support + "/"), support + "|");
+  EXPECT_EQ(change(home + "/.bashrc"), "refused");
+  EXPECT_EQ(log_.count(LogLevel::kWarning, "/.bashrc” may not be used"), 1);
+  EXPECT_THAT(textOf("publishReceivedFile", Map{{"path", home + "/.bashrc"}}),
+              HasSubstr("may not be used"))
+      << "which would move it";
+  std::filesystem::create_directories(support);
+  std::filesystem::create_symlink(home, support + "/link");
+  EXPECT_THAT(textOf("publishReceivedFile", Map{{"path", support + "/link/.bashrc"}}),
+              HasSubstr("symbolic links"));
+}
+
+TEST_F(PageFilesTest, ReadsWhatIsHandedInUntilItIsTakenBack) {
+  EXPECT_EQ(read("/x/folder/in/it"), "refused");
+  const auto answer = host_.begin("pickFiles");
+  platform_.openPanel.answer({"/x/a", "/x/folder"});
+  host_.finish(answer);
+  EXPECT_EQ(read("/x/a"), "/x/a|");
+  EXPECT_EQ(read("/x/folder/in/it"), "/x/folder|in/it");
+  EXPECT_EQ(read("/x/folder/../b"), "refused");
+  EXPECT_EQ(read("/x/ab"), "refused");
+  EXPECT_EQ(change("/x/a"), "refused");
+  call("releasePickedFiles", Map{{"paths", List{"/x/folder/in/it"}}});
+  EXPECT_EQ(read("/x/folder/in/it"), "refused");
+}
+
+TEST_F(PageFilesTest, ReadsTheVeryFileThatWasReceived) {
+  const std::string scratch = textOf("temporaryReceivePath", Map{{"name", "x"}});
+  writeFile(scratch, "x");
+  const std::string placed =
+      textOf("publishReceivedFile", Map{{"path", scratch}, {"name", "letter.txt"}});
+  EXPECT_EQ(read(placed), placed + "|");
+  const auto known = platform_.engine.access->toRead(placed).identity;
+  std::filesystem::rename(placed, placed + ".moved");
+  writeFile(placed, "another");
+  struct stat now {};
+  ASSERT_EQ(::stat(placed.c_str(), &now), 0);
+  EXPECT_NE(known, std::pair(now.st_dev, now.st_ino));
+  EXPECT_EQ(read(placed + ".moved"), "refused");
+}
+
+}  // namespace
+}  // namespace brevanholt
