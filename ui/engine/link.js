@@ -11,7 +11,7 @@ const KIND_MESSAGE = 0;
 const KIND_REPLY = 1;
 const KIND_LISTEN = 2;
 const HEADER = 8;
-const LARGEST_FRAME = 1 << 30; // the host ends the link of a page that sends more
+const LARGEST_FRAME = 128 << 20; // the host answers a larger one with an error
 
 const native = globalThis.brevanholtEngineLink;
 delete globalThis.brevanholtEngineLink;
@@ -38,7 +38,7 @@ function sendFrame(kind, channel, number, parts) {
   const name = textEncoder.encode(channel);
   let size = HEADER + padded(name.length);
   for (const part of parts) size += part.length;
-  if (size > LARGEST_FRAME) throw new CodecError('A message of more than 1 GiB cannot be sent.');
+  if (size > LARGEST_FRAME) throw new CodecError('A message of more than 128 MiB cannot be sent.');
   const header = new Uint8Array(HEADER + padded(name.length));
   header[0] = kind;
   header[1] = name.length;

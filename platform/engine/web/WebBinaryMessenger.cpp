@@ -1,5 +1,6 @@
 #include "platform/engine/web/WebBinaryMessenger.h"
 
+#include "platform/channel/StandardMethodCodec.h"
 #include "platform/foundation/Log.h"
 
 namespace brevanholt::platform {
@@ -41,12 +42,15 @@ void WebBinaryMessenger::setMessageHandler(const std::string& channel, Handler h
 void WebBinaryMessenger::attach(FileDescriptor socket, std::function<void()> onPageGone) {
   detach();
   page_ = std::make_shared<LinkSocket>(
-      std::move(socket), [this](const Bytes& frame) { frameArrived(frame); },
-      [this, onPageGone = std::move(onPageGone)] {
-        const auto tell = onPageGone;  // detaching destroys this very function
-        detach();
-        tell();
-      });
+      std::move(socket),
+      LinkSocket::Events{.onFrame = [this](const Bytes& frame) { frameArrived(frame); },
+                         .onRefused = [this](const Bytes& head) { frameRefused(head); },
+                         .onEnd =
+                             [this, onPageGone = std::move(onPageGone)] {
+                               const auto tell = onPageGone;  // detaching destroys this function
+                               detach();
+                               tell();
+                             }});
 }
 
 void WebBinaryMessenger::detach() {
@@ -69,6 +73,15 @@ void WebBinaryMessenger::frameArrived(const Bytes& bytes) {
     case Kind::kReply:
       return handled(frame->number);
   }
+}
+
+void WebBinaryMessenger::frameRefused(const Bytes& head) {
+  logWarning("a frame from the page is too large");
+  const auto frame = LinkFrame::parse(head);
+  if (!frame || frame->kind != Kind::kMessage || frame->number == 0) return;
+  const MethodError error{"message_too_large", "The message is too large.", {}};
+  page_->send(
+      LinkFrame::encode(Kind::kReply, {}, frame->number, StandardMethodCodec::encodeReply(error)));
 }
 
 void WebBinaryMessenger::callArrived(LinkFrame frame) {

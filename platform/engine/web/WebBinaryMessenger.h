@@ -34,6 +34,7 @@ class WebBinaryMessenger final : public BinaryMessenger {
   void send(Outgoing outgoing);
   void handled(std::uint32_t number);
   void frameArrived(const Bytes& bytes);
+  void frameRefused(const Bytes& head);
   void callArrived(LinkFrame frame);
   void listenerArrived(const std::string& channel);
 

@@ -70,14 +70,18 @@ void PageConnection::connect(JSCValue* receiver) {
 void PageConnection::send(const GPtrArray* arrays) {
   if (!socket_) return;
   std::uint32_t frameSize = 0;
+  std::size_t size = 0;
   std::vector<iovec> parts{{&frameSize, LinkFrame::kSizePrefix}};
   for (guint index = 0; index < arrays->len; ++index) {
     auto* array = static_cast<JSCValue*>(g_ptr_array_index(arrays, index));
     if (jsc_value_is_typed_array(array) == FALSE) continue;
-    const gsize size = jsc_value_typed_array_get_size(array);
-    parts.push_back({dataOf(array), size});
-    frameSize += static_cast<std::uint32_t>(size);
+    parts.push_back({dataOf(array), jsc_value_typed_array_get_size(array)});
+    size += parts.back().iov_len;
   }
+  if (size > UINT32_MAX) {
+    return jsc_context_throw(jsc_context_get_current(), "A frame has a size of 32 bits.");
+  }
+  frameSize = static_cast<std::uint32_t>(size);
 
   std::size_t sent = 0;
   if (outgoing_.empty()) {

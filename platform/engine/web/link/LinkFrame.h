@@ -28,7 +28,10 @@ struct LinkFrame {
   };
 
   static constexpr std::size_t kSizePrefix = 4;
-  static constexpr std::size_t kLargest = std::size_t{1} << 30;
+  // What a page may send. A larger frame is not read, and the call in it is answered with an error.
+  static constexpr std::size_t kLargest = std::size_t{128} << 20;
+  // As much of a frame as says what it is: all but its message.
+  static constexpr std::size_t kLongestHead = 8 + 256;
 
   Kind kind;
   std::string channel;

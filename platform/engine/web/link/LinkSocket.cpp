@@ -1,7 +1,6 @@
 #include "platform/engine/web/link/LinkSocket.h"
 
 #include "platform/engine/web/link/LinkFrame.h"
-#include "platform/foundation/Log.h"
 
 #include <glib-unix.h>
 
@@ -20,12 +19,12 @@ namespace {
 constexpr int kReadsPerTurn = 16;  // then the rest of the main loop has its turn
 constexpr std::size_t kPartsPerWrite = 64;
 constexpr int kSocketBuffer = 4 << 20;
+constexpr std::size_t kRefusedBuffer = 64 << 10;
 
 }  // namespace
 
-LinkSocket::LinkSocket(FileDescriptor socket, std::function<void(Bytes)> onFrame,
-                       std::function<void()> onEnd)
-    : socket_(std::move(socket)), onFrame_(std::move(onFrame)), onEnd_(std::move(onEnd)) {
+LinkSocket::LinkSocket(FileDescriptor socket, Events events)
+    : socket_(std::move(socket)), events_(std::move(events)) {
   g_unix_set_fd_nonblocking(socket_.get(), TRUE, nullptr);
   ::setsockopt(socket_.get(), SOL_SOCKET, SO_SNDBUF, &kSocketBuffer, sizeof(kSocketBuffer));
   onReadable_ = LoopSource::whenReadable(socket_.get(), [this] { readable(); });
@@ -44,35 +43,49 @@ void LinkSocket::readable() {
   }
 }
 
+std::span<std::uint8_t> LinkSocket::room() {
+  if (!incoming_.hasSize) {
+    return std::span(reinterpret_cast<std::uint8_t*>(&incoming_.size), LinkFrame::kSizePrefix)
+        .subspan(incoming_.filled);
+  }
+  const std::size_t left = incoming_.size - incoming_.filled;
+  if (!incoming_.isRefused) return {incoming_.storage.get() + incoming_.filled, left};
+  // Behind the head there is room for what is dropped.
+  const std::size_t at = std::min(incoming_.filled, LinkFrame::kLongestHead);
+  return {incoming_.storage.get() + at, std::min(left, kRefusedBuffer - at)};
+}
+
 bool LinkSocket::readSome() {
-  std::uint8_t* target = incoming_.hasSize ? incoming_.storage.get()
-                                           : reinterpret_cast<std::uint8_t*>(&incoming_.size);
-  const std::size_t wanted = incoming_.hasSize ? incoming_.size : LinkFrame::kSizePrefix;
-  const ssize_t count =
-      ::recv(socket_.get(), target + incoming_.filled, wanted - incoming_.filled, 0);
+  const std::span<std::uint8_t> target = room();
+  const ssize_t count = ::recv(socket_.get(), target.data(), target.size(), 0);
   if (count < 0 && (errno == EAGAIN || errno == EINTR)) return errno == EINTR;
   if (count <= 0) return end(), false;
   incoming_.filled += static_cast<std::size_t>(count);
-  if (incoming_.filled < wanted) return true;
-  if (incoming_.hasSize) return frameArrived();
-  if (incoming_.size == 0 || incoming_.size > LinkFrame::kLargest) {
-    logWarning("invalid frame size from the page");
-    return end(), false;
-  }
+  if (!incoming_.hasSize && incoming_.filled == LinkFrame::kSizePrefix) sizeArrived();
+  return !incoming_.hasSize || incoming_.filled < incoming_.size || frameArrived();
+}
+
+void LinkSocket::sizeArrived() {
   incoming_.hasSize = true;
   incoming_.filled = 0;
+  incoming_.isRefused = incoming_.size > LinkFrame::kLargest;
   try {
-    incoming_.storage = std::make_shared_for_overwrite<std::uint8_t[]>(incoming_.size);
+    const std::size_t size = incoming_.isRefused ? kRefusedBuffer : incoming_.size;
+    incoming_.storage = std::make_shared_for_overwrite<std::uint8_t[]>(size);
   } catch (const std::bad_alloc&) {
-    logWarning("no memory for a frame from the page");
-    return end(), false;
+    incoming_.isRefused = true;
+    incoming_.storage = std::make_shared_for_overwrite<std::uint8_t[]>(kRefusedBuffer);
   }
-  return true;
 }
 
 bool LinkSocket::frameArrived() {
   const Incoming frame = std::exchange(incoming_, {});
-  onFrame_(Bytes({frame.storage.get(), frame.size}, frame.storage));
+  if (frame.isRefused) {
+    const std::size_t size = std::min<std::size_t>(frame.size, LinkFrame::kLongestHead);
+    events_.onRefused(Bytes({frame.storage.get(), size}, frame.storage));
+  } else {
+    events_.onFrame(Bytes({frame.storage.get(), frame.size}, frame.storage));
+  }
   return true;
 }
 
@@ -114,7 +127,7 @@ void LinkSocket::end() {
   onWritable_.stop();
   outgoing_.clear();
   socket_.reset();
-  onEnd_();
+  events_.onEnd();
 }
 
 }  // namespace brevanholt::platform

@@ -1,3 +1,4 @@
+#include "platform/channel/StandardMethodCodec.h"
 #include "platform/engine/web/WebBinaryMessenger.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/MainLoop.h"
@@ -162,20 +163,32 @@ TEST_F(WebBinaryMessengerTest, DropsRepliesToAPageThatHasGone) {
   EXPECT_FALSE(second.receive());
 }
 
-TEST_F(WebBinaryMessengerTest, EndsALinkThatSendsNoFrames) {
-  int gone = 0;
-  FakePage page(messenger_, [&gone] { ++gone; });
-  const std::uint32_t impossible = 0xFFFFFFFF;
-  page.sendRaw(&impossible, sizeof(impossible));
-  EXPECT_TRUE(spinUntil([&] { return gone == 1; }));
-
-  // A frame that is short of its header is skipped; the next one counts.
-  FakePage next(messenger_);
-  const std::array<std::uint8_t, 7> shortFrame{3, 0, 0, 0, 0, 200, 0};
-  next.sendRaw(shortFrame.data(), shortFrame.size());
-  next.send(Kind::kMessage, "nobody", 4, "");
-  EXPECT_EQ(next.receive()->number, 4U);
-  EXPECT_EQ(log_.count(LogLevel::kWarning, "invalid frame from"), 1);
+TEST_F(WebBinaryMessengerTest, RefusesWhatIsTooLargeOrNoFrameAndGoesOn) {
+  FakePage page(messenger_);
+  const Bytes head = LinkFrame::encode(Kind::kMessage, "files", 7, {}).joined();
+  const auto size = static_cast<std::uint32_t>(LinkFrame::kLargest + 1);
+  std::thread sender([&] {
+    page.sendRaw(&size, sizeof(size));
+    page.sendRaw(head.data() + 4, head.size() - 4);
+    const std::vector<std::uint8_t> mebibyte(1 << 20);
+    for (std::size_t left = size - (head.size() - 4); left > 0;) {
+      const std::size_t part = std::min(left, mebibyte.size());
+      page.sendRaw(mebibyte.data(), part);
+      left -= part;
+    }
+    const std::array<std::uint32_t, 2> empty{};
+    page.sendRaw(empty.data(), sizeof(empty));
+    const std::array<std::uint8_t, 7> shortFrame{3, 0, 0, 0, 0, 200, 0};
+    page.sendRaw(shortFrame.data(), shortFrame.size());
+    page.send(Kind::kMessage, "nobody", 4, "");
+  });
+  ASSERT_TRUE(spinUntil([&] { return log_.count(LogLevel::kWarning, "invalid frame from") == 3; }));
+  sender.join();
+  const auto refused = page.receive();
+  EXPECT_EQ(refused->number, 7U);
+  const Reply reply = StandardMethodCodec::decodeReply(refused->message);
+  EXPECT_EQ(std::get<MethodError>(reply).code, "message_too_large");
+  EXPECT_EQ(page.receive()->number, 4U);
 }
 
 }  // namespace
