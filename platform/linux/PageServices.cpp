@@ -102,7 +102,8 @@ void PageServices::watchDrags() {
 
 // Once a run: a page that does not answer does not keep the window open.
 bool PageServices::asksBeforeClosing() {
-  if (access_.statusItem.isShown() || std::exchange(hasAskedBeforeClosing_, true)) return false;
+  if (access_.statusItem.isShown() || !access_.page.isHeard()) return false;
+  if (std::exchange(hasAskedBeforeClosing_, true)) return false;
   access_.page.tell("closeAsked");
   return true;
 }

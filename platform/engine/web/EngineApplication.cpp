@@ -4,9 +4,14 @@
 #include "platform/foundation/PlatformError.h"
 
 namespace brevanholt::platform {
+namespace {
 
-EngineApplication::EngineApplication(BinaryMessenger& messenger)
-    : channel_("engine/application", messenger) {
+constexpr const char* kChannel = "engine/application";
+
+}  // namespace
+
+EngineApplication::EngineApplication(WebBinaryMessenger& messenger)
+    : messenger_(messenger), channel_(kChannel, messenger) {
   channel_.setMethodCallHandler([this](const MethodCall& call, MethodResult result) {
     const auto found = answers_.find(call.method);
     if (found == answers_.end()) return std::move(result).notImplemented();
@@ -32,6 +37,10 @@ void EngineApplication::answerLater(const std::string& method, LaterAnswer answe
 
 void EngineApplication::tell(const std::string& event, Value detail) {
   channel_.invokeMethod(event, std::move(detail));
+}
+
+bool EngineApplication::isHeard() const {
+  return messenger_.isHeard(kChannel);
 }
 
 }  // namespace brevanholt::platform

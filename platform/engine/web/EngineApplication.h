@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/channel/MethodChannel.h"
+#include "platform/engine/web/WebBinaryMessenger.h"
 
 #include <functional>
 #include <map>
@@ -17,13 +18,16 @@ class EngineApplication {
   // For what is answered later.
   using LaterAnswer = std::function<void(const Map& arguments, MethodResult result)>;
 
-  explicit EngineApplication(BinaryMessenger& messenger);
+  explicit EngineApplication(WebBinaryMessenger& messenger);
 
   void answer(const std::string& method, Answer answer);
   void answerLater(const std::string& method, LaterAnswer answer);
   void tell(const std::string& event, Value detail = {});
+  // Whether the page that is loaded now takes what it is told.
+  [[nodiscard]] bool isHeard() const;
 
  private:
+  WebBinaryMessenger& messenger_;
   MethodChannel channel_;
   std::map<std::string, LaterAnswer> answers_;
 };

@@ -24,6 +24,11 @@ class WebBinaryMessenger final : public BinaryMessenger {
   void attach(FileDescriptor socket, std::function<void()> onPageGone);
   void detach();
 
+  // Whether the page that is loaded now listens on a channel.
+  [[nodiscard]] bool isHeard(const std::string& channel) const {
+    return listening_.contains(channel);
+  }
+
  private:
   struct Outgoing {
     std::string channel;
