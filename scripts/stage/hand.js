@@ -1,5 +1,6 @@
 // Uses the page as a person does, on a test's behalf: finds controls by what they are called. Orders
-// are {press: NAME}, {write: [NAME, TEXT]}, or {} to look; each answers what the page says.
+// are {press: NAME}, {write: [NAME, TEXT]}, {log: TEXT}, or {} to look; each answers what the page says
+// and how it looks.
 
 import { uiArguments } from './engine/application.js';
 import { followOrders } from './orders.js';
@@ -11,8 +12,9 @@ function control(name) {
   return found;
 }
 
-function follow({ press, write }) {
+function follow({ press, write, log }) {
   const at = Date.now();
+  if (log) console.warn(log);
   if (press) control(press).click();
   if (write) {
     control(write[0]).value = write[1];
@@ -30,6 +32,15 @@ for (const argument of await uiArguments()) {
     } catch (error) {
       return { error: error.message };
     }
-    return { at, text: document.body.innerText.replace(/\s+/g, ' ') };
+    const { className, style } = document.documentElement;
+    return {
+      at,
+      text: document.body.innerText.replace(/\s+/g, ' '),
+      looks: {
+        isDark: matchMedia('(prefers-color-scheme: dark)').matches,
+        classes: className,
+        accent: style.getPropertyValue('--accent'),
+      },
+    };
   });
 }

@@ -61,8 +61,8 @@ export const setZoom = (percent) => channel.invokeMethod('setZoom', { percent })
 
 /**
  * Hears what the engine tells: “appearanceChanged” (Appearance), “dragMoved” (Drag), “dragLeft”,
- * “dropped” (Drag, before the files of the drop), and “closeAsked” where the window is about to be closed
- * and no status icon shows that the program goes on.
+ * “dropped” (Drag, before the files of the drop), and “closeAsked” where the window is about to
+ * be closed and no status icon shows that the program goes on.
  * @param {(event: string, detail: any) => void} heard
  */
 export const listenToEngine = (heard) => channel.setMethodCallHandler(heard);

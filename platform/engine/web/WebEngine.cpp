@@ -2,6 +2,7 @@
 
 #include "platform/engine/web/BundleManifest.h"
 #include "platform/engine/web/NavigationLock.h"
+#include "platform/engine/web/PageConsole.h"
 #include "platform/engine/web/PageSandbox.h"
 #include "platform/engine/web/link/EngineArguments.h"
 #include "platform/engine/web/link/LinkFrame.h"
@@ -90,6 +91,7 @@ void WebEngine::createView() {
   configureSettings();
   leaveDragsToTheHost();
   lockToBundle(webView_.get(), options_.developerTools);
+  if (options_.developerTools) showPageConsole(webView_.get());
   g_signal_connect(
       webView_.get(), "user-message-received",
       G_CALLBACK(+[](WebKitWebView*, WebKitUserMessage* message, gpointer self) -> gboolean {
@@ -108,8 +110,6 @@ void WebEngine::createView() {
 void WebEngine::configureSettings() {
   WebKitSettings* settings = webkit_web_view_get_settings(webView_.get());
   webkit_settings_set_enable_developer_extras(settings, options_.developerTools ? TRUE : FALSE);
-  webkit_settings_set_enable_write_console_messages_to_stdout(
-      settings, options_.developerTools ? TRUE : FALSE);
   webkit_settings_set_javascript_can_open_windows_automatically(settings, FALSE);
   webkit_settings_set_enable_back_forward_navigation_gestures(settings, FALSE);
   webkit_settings_set_enable_page_cache(settings, FALSE);
