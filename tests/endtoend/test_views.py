@@ -22,6 +22,8 @@ STATES = (
     "long",
 )
 WIDTHS = (380, 640, 1100)
+DIALOGS = ("menu.settings", "menu.shortcuts", "menu.about")
+AXE = SOURCE / "scripts/tools/node_modules/axe-core/axe.min.js"
 
 
 def use_theme(name):
@@ -43,6 +45,9 @@ class ViewsTest(HostTest):
             ignore=shutil.ignore_patterns("index.html", "main.js", "engine"),
         )
         shutil.copytree(SOURCE / "tests/ui", self.bundle, dirs_exist_ok=True)
+        self.has_axe = AXE.exists()  # a tool from npm, which may be out of reach
+        if self.has_axe:
+            shutil.copy(AXE, self.bundle)
 
     def start_views(self):
         orders = Orders()
@@ -76,6 +81,19 @@ class ViewsTest(HostTest):
                             window,
                             PICTURES / f"views-{theme}-{width}-{state}.png",
                         )
+            for order in [{"show": state} for state in STATES] + [
+                {"show": "known", "open": entry} for entry in DIALOGS
+            ]:
+                with self.subTest(theme=theme, **order):
+                    if self.has_axe:
+                        self.assertEqual(give({**order, "axe": True})["faults"], [])
+        for width in WIDTHS[:2]:
+            output_of("xdotool", "windowsize", "--sync", window, str(width), "780")
+            for language in ("de", "ar"):
+                for state in STATES:
+                    with self.subTest(language=language, width=width, state=state):
+                        seen = give({"show": state, "language": language})
+                        self.assertEqual((seen["scrolls"], seen["sticksOut"]), (False, []))
         give({"show": "recents"})
         wait_until(lambda: give({})["pictures"] == 2, "the previews")
 

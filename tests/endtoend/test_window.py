@@ -39,7 +39,7 @@ class WindowTest(HostTest):
         return host
 
     def sees(self, text):
-        wait_until(lambda: text in self.orders.give({})["text"], f"“{text}”", 20)
+        wait_until(lambda: text in self.orders.give({})["text"], f"“{text}”")
 
     def key(self, name):
         output_of("xdotool", "key", "--delay", "60", name)

@@ -36,7 +36,7 @@ export function control(name, root = document) {
 
 /** Opens what an entry of the menu opens. */
 export function open(entry) {
-  control('Menu').click();
+  document.querySelector('[aria-haspopup=menu]').click();
   const found = [...document.querySelectorAll('[role=menuitem]')];
   found.find((one) => one.firstElementChild.textContent === entry).click();
 }

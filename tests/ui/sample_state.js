@@ -149,6 +149,24 @@ export const STATES = {
     transfers: [{ ...CONFIRMING, isConfirmed: true }],
     suggestion: { text: 'Removed 3 items.', label: 'Undo' },
   },
+  known: { devices: DEVICES, knownDevices: KNOWN },
+  namesakes: {
+    devices: [DEVICES[0], { ...DEVICES[1], name: 'Pixel 9', fingerprint: `A1B2 ${FINGERPRINT}` }],
+    outbox: OUTBOX,
+    drag: { x: 200, y: 500, hasFiles: true, folders: [] },
+  },
+  many: {
+    devices: DEVICES,
+    outbox: OUTBOX,
+    transfers: [
+      ACTIVE[0],
+      ...Array.from({ length: 500 }, (_, at) => ({
+        ...RECENTS[at % RECENTS.length],
+        id: `m${at}`,
+        when: Date.now() - at * 86_400_000,
+      })),
+    ],
+  },
   long: {
     devices: DEVICES,
     settings: { ...SETTINGS, showsConsole: true },

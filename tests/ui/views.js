@@ -1,9 +1,14 @@
 // Shows one state of the window after another, as the test orders, and answers what there is to see:
-// {show: NAME} is a state of sample_state.js, afresh; {} only looks.
+// {show: NAME} is a state of sample_state.js, afresh, in a `language` and with a dialog of the menu `open`
+// where those are given; {axe: true} has axe-core look at it; {} only looks.
 
 import { STATES } from './sample_state.js';
 import { followOrders } from './orders.js';
-import { mount, nameOf, settled, useStyle } from './harness.js';
+import { mount, nameOf, open, settled, useStyle } from './harness.js';
+import { MIRRORED } from './mirrored.js';
+import { de } from './text/catalogue/de.js';
+import { en } from './text/catalogue/en.js';
+import { speak, words } from './text/words.js';
 
 async function picture() {
   const canvas = document.createElement('canvas');
@@ -12,14 +17,24 @@ async function picture() {
   return new Uint8Array(await blob.arrayBuffer());
 }
 
-/** What sticks out of the window to the right. */
+const CATALOGUES = { en, de, ar: MIRRORED };
+
+/** What axe-core objects to. */
+async function faults() {
+  await import('./axe.min.js');
+  const { violations } = await globalThis.axe.run();
+  return violations.flatMap(({ id, nodes }) => nodes.map(({ html }) => `${id}: ${html}`));
+}
+
+/** What sticks out of the window at either side. */
 const sticksOut = () =>
   [...document.body.querySelectorAll('*')]
     .filter(
       (element) =>
         element.checkVisibility() &&
         !element.closest('.unseen') &&
-        element.getBoundingClientRect().right > innerWidth + 0.5,
+        (element.getBoundingClientRect().right > innerWidth + 0.5 ||
+          element.getBoundingClientRect().left < -0.5),
     )
     .map((element) => `${element.tagName}.${element.className}: ${nameOf(element).slice(0, 40)}`);
 
@@ -31,10 +46,15 @@ export async function scenario({ folder }) {
     refusals.push(event.violatedDirective),
   );
   let application = mount();
-  await followOrders(folder, async ({ show }) => {
-    if (show) application = mount({ ...STATES[show], picture: bytes });
+  await followOrders(folder, async ({ show, language = 'en', open: entry, axe }) => {
+    if (show) {
+      speak({ languages: [language], time: language, numbers: language }, CATALOGUES);
+      application = mount({ ...STATES[show], picture: bytes });
+      if (entry) open(words(entry));
+    }
     await settled();
     return {
+      faults: axe ? await faults().catch((error) => [String(error)]) : null,
       focus: document.activeElement ? nameOf(document.activeElement).slice(0, 80) : null,
       width: innerWidth,
       scrolls: document.scrollingElement.scrollWidth > innerWidth,

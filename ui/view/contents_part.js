@@ -36,7 +36,7 @@ function lineOf(node) {
     'span',
     { class: 'node' },
     icon(iconOf(node)),
-    element('span', { class: 'title', title: node.name }, node.name),
+    element('span', { class: 'title', dir: 'auto', title: node.name }, node.name),
     element('span', { class: 'faint' }, factsOf(node)),
   );
 }
@@ -77,7 +77,7 @@ function places({ id, locations }, application, attempt) {
     return element(
       'li',
       { class: 'place' },
-      element('span', { class: 'title', title: name }, name),
+      element('span', { class: 'title', dir: 'auto', title: name }, name),
       button(words('transfer.open'), () => attempt(() => application.open(id, location)), {
         'aria-label': words('transfer.openNamed', names),
       }),

@@ -25,7 +25,7 @@ const WORDS = {
  * @returns {import('./keyed_list.js').Row<{ device: Device, standing: import('./devices.js').Standing }>}
  */
 export function deviceRow({ send, choose, agree, forget }) {
-  const title = element('span', { class: 'title' });
+  const title = element('span', { class: 'title', dir: 'auto' });
   const status = element('span', { class: 'faint' });
   const choice = element('input', {
     type: 'checkbox',

@@ -11,7 +11,7 @@ export function dropHint(application) {
   const folders = element('p', { class: 'faint' }, words('drop.noFolders'));
   const hint = element(
     'div',
-    { class: 'drop-hint', hidden: true },
+    { class: 'drop-hint', role: 'status', hidden: true },
     element('div', {}, icon('add'), element('div', {}, text, folders)),
   );
   const update = () => {

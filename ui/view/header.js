@@ -17,7 +17,7 @@ export function headerView(application, notices, entries) {
     await notices.attempt(() => application.changeSettings({ isVisible }));
     update();
   });
-  const name = element('h1');
+  const name = element('h1', { dir: 'auto' });
   const update = () => {
     setText(name, application.self.name);
     setAttribute(name, 'title', application.self.name);

@@ -27,7 +27,7 @@ function factsOf({ since, seen, isNear }) {
  * @returns {import('./keyed_list.js').Row<KnownDevice>}
  */
 function knownDeviceRow({ forget, acceptUpTo }) {
-  const title = element('span', { class: 'title' });
+  const title = element('span', { class: 'title', dir: 'auto' });
   const facts = element('span', { class: 'faint' });
   const fingerprint = element('code', { class: 'fingerprint faint' });
   const forgetting = button(words('known.forget'), forget, { 'data-takes-focus': true });

@@ -45,7 +45,7 @@ function rowsOf(outbox) {
   }
   return chosenIn(outbox).map((item) => {
     const sum = item.kind === 'directory' ? sums.get(item.name) : undefined;
-    return { item, size: item.size, fileCount: 1, ...sum };
+    return { item, size: item.size, fileCount: 0, ...sum };
   });
 }
 
@@ -66,7 +66,7 @@ function factsOf({ item, size, fileCount }) {
 function itemRow(first, remove, preview) {
   let shown = first.item;
   const frame = element('div', { class: 'picture' }, icon(iconOf(first.item)));
-  const title = element('span', { class: 'title' });
+  const title = element('span', { class: 'title', dir: 'auto' });
   const facts = element('span', { class: 'faint' });
   const removal = iconButton('close', '', () => remove(shown), { 'data-takes-focus': true });
   const dropPreview = showPreview(frame, (side) => preview(shown, side));

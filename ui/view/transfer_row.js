@@ -34,7 +34,7 @@ export function transferRow(application, attempt) {
   let dropPreview = null;
   let picture = '';
   const frame = element('div', { class: 'picture' });
-  const title = element('span', { class: 'title' });
+  const title = element('span', { class: 'title', dir: 'auto' });
   const status = element('span', { class: 'status' });
   const facts = element('span', { class: 'faint facts' });
   const time = element('time', { class: 'faint' });
