@@ -74,10 +74,13 @@ export class Notices {
     }
   };
 
-  /** @param {string[]} sentences without their last points */
+  /** @param {string[]} sentences with or without their last points */
   speak(sentences) {
     if (sentences.length === 0) return;
-    setText(this.#spoken, sentences.map((news) => words('news.sentence', { news })).join(' '));
+    const ended = sentences.map((news) =>
+      /[.…?!]$/.test(news) ? news : words('news.sentence', { news }),
+    );
+    setText(this.#spoken, ended.join(' '));
   }
 
   /** @param {string | null} text */

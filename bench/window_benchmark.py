@@ -1,0 +1,45 @@
+"""The window's frames while ten updates a second come, in the virtual desktop it is run in:
+
+    scripts/virtual-desktop --without-panel /usr/bin/python3 bench/window_benchmark.py
+"""
+
+import pathlib
+import shutil
+import sys
+import tempfile
+
+SOURCE = pathlib.Path(__file__).resolve().parents[1]
+sys.path.insert(0, str(SOURCE / "tests/endtoend"))
+import host  # noqa: E402  (found by the line above)
+
+ROWS = (0, 50, 500)
+
+
+def measure(bundle, rows):
+    program = host.Host(scenario="frames", arguments=[f"rows={rows}"], more_bundle=bundle)
+    try:
+        host.wait_until(program.report_path.exists, "the report", 300)
+        return program.report()
+    finally:
+        program.stop()
+
+
+def main():
+    with tempfile.TemporaryDirectory() as folder:
+        bundle = pathlib.Path(folder)
+        left_out = shutil.ignore_patterns("index.html", "main.js", "engine")
+        shutil.copytree(SOURCE / "ui", bundle, dirs_exist_ok=True, ignore=left_out)
+        shutil.copytree(SOURCE / "tests/ui", bundle, dirs_exist_ok=True)
+        shutil.copy(SOURCE / "bench/bundle/frames.js", bundle)
+        first = None
+        for rows in ROWS:
+            times = measure(bundle, rows)
+            first = first or times["late"]
+            print(
+                f"{rows:4} rows: frame {times['median']:5.1f} ms, "
+                f"95th percentile {times['late']:5.1f} ms, {times['late'] / first:.2f} of the first"
+            )
+
+
+if __name__ == "__main__":
+    main()
