@@ -5,12 +5,11 @@
 
 import pathlib
 import shutil
-import sys
 import tempfile
 
+from stage import host
+
 SOURCE = pathlib.Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(SOURCE / "tests/endtoend"))
-import host  # noqa: E402  (found by the line above)
 
 ROWS = (0, 50, 500)
 

@@ -10,12 +10,11 @@ import unittest
 import dbus
 import dbusmock
 
-from host import BINARY, HostTest, Orders, output_of, visible_window, wait_until
+from cases import HostTest
+from stage.host import BINARY, Orders, output_of, visible_window, wait_until
+from stage.station import bundle_with_hand
 from test_bare import BUS
 from tray import picture
-
-sys.path.insert(0, str(pathlib.Path(__file__).parent / "neighbours"))
-from station import bundle_with_hand  # noqa: E402  (found by the line above)
 
 HOME = pathlib.Path(os.environ["HOME"])
 PORTAL = "org.freedesktop.portal.Desktop"
