@@ -11,7 +11,7 @@ import uuid
 import dbus
 from gi.repository import Gio
 
-from stage.host import hide_window, output_of, visible_window, wait_until
+from stage.host import hide_window, output_of, shown_windows, visible_window, wait_until
 from cases import RemoteTest
 from tray import picture
 
@@ -32,17 +32,6 @@ def quit_program():
 def wants_to_send(text):
     """Whether the window keeps something of that name or text to send."""
     return any(text in file.read_text() for file in KEPT.glob("outbox*"))
-
-
-def windows_of(window_class):
-    found = subprocess.run(
-        ["xdotool", "search", "--onlyvisible", "--class", window_class],
-        capture_output=True,
-        text=True,
-        check=False,
-        timeout=30,
-    )
-    return found.stdout.split()
 
 
 class DesktopTest(RemoteTest):
@@ -67,7 +56,7 @@ class DesktopTest(RemoteTest):
         folder.mkdir()
         (folder / f"{file_manager}.txt").write_text("hello")
         self.run_beside(file_manager, str(folder))
-        wait_until(lambda: windows_of(file_manager), "the file manager")
+        wait_until(lambda: shown_windows("class", file_manager), "the file manager")
         picture(f"{file_manager}-window")
         output_of("xdotool", "key", "ctrl+a")
         output_of("xdotool", "key", "Menu")

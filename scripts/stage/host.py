@@ -37,16 +37,21 @@ def output_of(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True, timeout=30).stdout
 
 
-def visible_windows():
-    """The program's X windows that show, menus too."""
+def shown_windows(kind, pattern):
+    """The X windows that show whose "class" or "name" matches."""
     found = subprocess.run(
-        ["xdotool", "search", "--onlyvisible", "--class", "brevanholt"],
+        ["xdotool", "search", "--onlyvisible", f"--{kind}", pattern],
         capture_output=True,
         text=True,
         check=False,
         timeout=30,
     )
     return [int(number) for number in found.stdout.split()]
+
+
+def visible_windows():
+    """The program's X windows that show, menus too."""
+    return shown_windows("class", "brevanholt")
 
 
 def managed_windows():

@@ -14,7 +14,7 @@ import uuid
 import dbus
 from gi.repository import Gio, GLib
 
-from stage.host import BINARY, hide_window, output_of, visible_window, wait_until
+from stage.host import BINARY, hide_window, output_of, shown_windows, visible_window, wait_until
 from cases import RemoteTest
 from stage.remote import Remote
 
@@ -129,16 +129,10 @@ class ActionsTest(IntakeTest):
         self.assertEqual(self.share("--choose-files").returncode, 0)
         wait_until(visible_window, "the window")
         panel = wait_until(
-            lambda: subprocess.run(
-                ["xdotool", "search", "--onlyvisible", "--name", "Choose Files to Send"],
-                check=False,
-                capture_output=True,
-                text=True,
-                timeout=30,
-            ).stdout.split(),
+            lambda: shown_windows("name", "Choose Files to Send"),
             "the panel",
         )
-        output_of("wmctrl", "-i", "-c", panel[0])
+        output_of("wmctrl", "-i", "-c", str(panel[0]))
 
         hide_window()
         self.assertEqual(self.share("--login-item").returncode, 0)

@@ -6,7 +6,7 @@ import subprocess
 import sys
 import unittest
 
-from stage.host import SOURCE, output_of, visible_window, wait_until
+from stage.host import SOURCE, output_of, shown_windows, visible_window, wait_until
 from cases import RemoteTest
 from tray import picture
 
@@ -21,14 +21,7 @@ TARGET = (370, 310)  # within the window
 
 
 def window_titled(title):
-    found = subprocess.run(
-        ["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
-        check=False,
-        capture_output=True,
-        text=True,
-        timeout=30,
-    )
-    return next(iter(found.stdout.split()), None)
+    return next(map(str, shown_windows("name", f"^{title}$")), None)
 
 
 def mouse(*orders):

@@ -8,7 +8,7 @@ import unittest
 import dbus
 import dbusmock
 
-from stage.host import BINARY, hide_window, output_of, visible_window, wait_until
+from stage.host import BINARY, hide_window, output_of, shown_windows, visible_window, wait_until
 from cases import RemoteTest
 from tray import picture
 
@@ -134,14 +134,7 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
 
 
 def notification_windows():
-    found = subprocess.run(
-        ["xdotool", "search", "--onlyvisible", "--class", "xfce4-notifyd"],
-        capture_output=True,
-        text=True,
-        check=False,
-        timeout=30,
-    )
-    return found.stdout.split()
+    return shown_windows("class", "xfce4-notifyd")
 
 
 class NotificationTest(RemoteTest):
@@ -157,7 +150,7 @@ class NotificationTest(RemoteTest):
         host, remote = self.start_remote()
         self.assertEqual(remote.call("requestNotificationPermission"), {"value": True})
         self.show(remote, "Receiving", "photo.jpg")
-        (window,) = self.show(remote, "Received from Ada", "<b>1 & 2</b>.jpg")
+        (window,) = map(str, self.show(remote, "Received from Ada", "<b>1 & 2</b>.jpg"))
         picture("notification", "480x200+800+0")
         hide_window()
         size = output_of("xdotool", "getwindowgeometry", window).split()[-1]
