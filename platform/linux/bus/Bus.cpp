@@ -4,6 +4,9 @@
 
 #include <gio/gunixfdlist.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace brevanholt::platform {
 namespace {
 
@@ -51,13 +54,45 @@ void finishDescriptorCall(GObject* source, GAsyncResult* asyncResult, gpointer d
   (*callback)(FileDescriptor(descriptor));
 }
 
-// How to end a subscription that may not have begun yet: filled in once the bus is there.
-using SharedEnd = std::shared_ptr<UniqueFunction<void()>>;
+constexpr std::chrono::milliseconds kFirstPause{1000};
+constexpr std::chrono::milliseconds kLongestPause{60'000};
+constexpr auto kConnectionFlags = static_cast<GDBusConnectionFlags>(
+    G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
 
-BusSubscription subscriptionOf(SharedEnd end) {
-  return BusSubscription([end = std::move(end)] {
-    if (*end) (*end)();
+void callFinish(GObject*, GAsyncResult* asyncResult, gpointer data) {
+  using Finish = UniqueFunction<void(GAsyncResult*)>;
+  const std::unique_ptr<Finish> finish(static_cast<Finish*>(data));
+  (*finish)(asyncResult);
+}
+
+// What was done with a connection, and is undone when it is done with the next one.
+class Undo {
+ public:
+  ~Undo() { set(nullptr); }
+  Undo() = default;
+  Undo(const Undo&) = delete;
+  Undo& operator=(const Undo&) = delete;
+  void set(UniqueFunction<void()> undo) {
+    if (auto before = std::exchange(undo_, std::move(undo))) before();
+  }
+
+ private:
+  UniqueFunction<void()> undo_;
+};
+
+// `begin` does it, and returns how to undo it.
+template <class Begin>
+BusSubscription onEachConnection(Bus& bus, Begin begin) {
+  const auto undo = std::make_shared<Undo>();
+  auto uses = bus.whenEverConnected([undo, begin](GDBusConnection* connection) {
+    undo->set(nullptr);
+    undo->set(begin(connection));
   });
+  return BusSubscription(
+      [undo, uses = std::make_shared<BusSubscription>(std::move(uses))]() mutable {
+        uses.reset();
+        undo->set(nullptr);
+      });
 }
 
 template <class T>
@@ -68,34 +103,30 @@ void deleteBoxed(gpointer data) {
 }  // namespace
 
 Bus::Bus(GBusType type)
-    : kind_(type == G_BUS_TYPE_SYSTEM ? "system" : "session"), cancellable_(g_cancellable_new()) {
-  auto* self =
-      new UniqueFunction<void(GAsyncResult*)>(lifetime_.bind([this](GAsyncResult* asyncResult) {
-        GError* error = nullptr;
-        GObjectPointer<GDBusConnection> connection(g_bus_get_finish(asyncResult, &error));
-        connected(std::move(connection), GErrorPointer(error));
-      }));
-  g_bus_get(
-      type, cancellable_.get(),
-      [](GObject*, GAsyncResult* asyncResult, gpointer data) {
-        const std::unique_ptr<UniqueFunction<void(GAsyncResult*)>> finish(
-            static_cast<UniqueFunction<void(GAsyncResult*)>*>(data));
-        (*finish)(asyncResult);
-      },
-      self);
+    : type_(type),
+      kind_(type == G_BUS_TYPE_SYSTEM ? "system" : "session"),
+      cancellable_(g_cancellable_new()) {
+  g_bus_get(type, cancellable_.get(), callFinish,
+            new Finish(lifetime_.bind([this](GAsyncResult* asyncResult) {
+              GError* error = nullptr;
+              GObjectPointer<GDBusConnection> connection(g_bus_get_finish(asyncResult, &error));
+              connected(std::move(connection), GErrorPointer(error));
+            })));
 }
 
-Bus::Bus(const std::string& address) : kind_("private"), cancellable_(g_cancellable_new()) {
+Bus::Bus(const std::string& address)
+    : type_(G_BUS_TYPE_NONE),
+      kind_("private"),
+      address_(address),
+      cancellable_(g_cancellable_new()) {
   GError* error = nullptr;
   GObjectPointer<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-      address.c_str(),
-      static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                        G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-      nullptr, nullptr, &error));
+      address.c_str(), kConnectionFlags, nullptr, nullptr, &error));
   connected(std::move(connection), GErrorPointer(error));
 }
 
 Bus::~Bus() {
+  if (connection_) g_signal_handlers_disconnect_by_data(connection_.get(), this);
   g_cancellable_cancel(cancellable_.get());
 }
 
@@ -105,15 +136,65 @@ void Bus::connected(GObjectPointer<GDBusConnection> connection, GErrorPointer er
   if (error) failure_ = errorFrom(error.get()).message();
   if (connection_) {
     g_dbus_connection_set_exit_on_close(connection_.get(), FALSE);
+    g_signal_connect(connection_.get(), "closed",
+                     G_CALLBACK(+[](GDBusConnection*, gboolean, GError*, gpointer self) {
+                       static_cast<Bus*>(self)->closed();
+                     }),
+                     this);
+    if (wasOpen_) logInfo(std::string("the ") + kind_ + " bus is there again");
+    wasOpen_ = true;
+    opened_ = std::chrono::steady_clock::now();
+  } else if (wasOpen_) {
+    onReopen_ = LoopSource::after(pause_, [this] { reopen(); });
   } else {
     logWarning("there is no " + std::string(kind_) + " bus: " + failure_);
   }
   for (auto& use : std::exchange(waiting_, {})) use(connection_.get());
+  for (const auto& [number, use] : std::map(uses_)) {
+    if (uses_.contains(number)) use(connection_.get());
+  }
+}
+
+void Bus::closed() {
+  logWarning(std::string("the ") + kind_ + " bus has closed the connection");
+  g_signal_handlers_disconnect_by_data(connection_.get(), this);
+  connection_.reset();
+  failure_ = "The connection to the bus was closed.";
+  const bool lasted = std::chrono::steady_clock::now() - opened_ > kLongestPause;
+  if (lasted || pause_.count() == 0) {
+    pause_ = {};
+    isSettled_ = false;  // calls wait for it
+    return reopen();
+  }
+  onReopen_ = LoopSource::after(pause_, [this] { reopen(); });
+}
+
+void Bus::reopen() {
+  pause_ = std::clamp(2 * pause_, kFirstPause, kLongestPause);
+  if (address_.empty()) {  // GLib's shared connection is the one that was closed
+    const GCharPointer address(g_dbus_address_get_for_bus_sync(type_, nullptr, nullptr));
+    if (address) address_ = address.get();
+  }
+  g_dbus_connection_new_for_address(
+      address_.c_str(), kConnectionFlags, nullptr, cancellable_.get(), callFinish,
+      new Finish(lifetime_.bind([this](GAsyncResult* asyncResult) {
+        GError* error = nullptr;
+        GObjectPointer<GDBusConnection> connection(
+            g_dbus_connection_new_for_address_finish(asyncResult, &error));
+        connected(std::move(connection), GErrorPointer(error));
+      })));
 }
 
 void Bus::whenConnected(UniqueFunction<void(GDBusConnection*)> use) {
   if (isSettled_) return use(connection_.get());
   waiting_.push_back(std::move(use));
+}
+
+BusSubscription Bus::whenEverConnected(std::function<void(GDBusConnection*)> use) {
+  const int number = ++lastUse_;
+  const auto& kept = uses_[number] = std::move(use);
+  if (isSettled_) kept(connection_.get());
+  return BusSubscription(lifetime_.bind([this, number] { uses_.erase(number); }));
 }
 
 void Bus::call(const BusMethod& method, GVariant* parameters, const char* replyType,
@@ -164,49 +245,43 @@ void Bus::callForDescriptor(const BusMethod& method, GVariant* parameters,
 }
 
 BusSubscription Bus::subscribe(const BusSignal& signal, SignalHandler handler) {
-  const auto end = std::make_shared<UniqueFunction<void()>>();
   if (signal.type != nullptr) {
     handler = [type = signal.type, inner = std::move(handler)](GVariant* parameters) {
       if (g_variant_is_of_type(parameters, G_VARIANT_TYPE(type)) != FALSE) inner(parameters);
     };
   }
-  whenConnected([signal, handler = std::move(handler),
-                 weak = std::weak_ptr(end)](GDBusConnection* connection) mutable {
-    const auto target = weak.lock();
-    if (connection == nullptr || !target) return;
-    const guint id = g_dbus_connection_signal_subscribe(
-        connection, signal.service, signal.interface, signal.signal, signal.path, nullptr,
-        G_DBUS_SIGNAL_FLAGS_NONE,
-        [](GDBusConnection*, const char*, const char*, const char*, const char*,
-           GVariant* parameters,
-           gpointer data) { (*static_cast<SignalHandler*>(data))(parameters); },
-        new SignalHandler(std::move(handler)), deleteBoxed<SignalHandler>);
-    *target = [kept = retained(connection), id] {
-      g_dbus_connection_signal_unsubscribe(kept.get(), id);
-    };
-  });
-  return subscriptionOf(end);
+  return onEachConnection(
+      *this, [signal, handler](GDBusConnection* connection) -> UniqueFunction<void()> {
+        if (connection == nullptr) return nullptr;
+        const guint id = g_dbus_connection_signal_subscribe(
+            connection, signal.service, signal.interface, signal.signal, signal.path, nullptr,
+            G_DBUS_SIGNAL_FLAGS_NONE,
+            [](GDBusConnection*, const char*, const char*, const char*, const char*,
+               GVariant* parameters,
+               gpointer data) { (*static_cast<SignalHandler*>(data))(parameters); },
+            new SignalHandler(handler), deleteBoxed<SignalHandler>);
+        return [kept = retained(connection), id] {
+          g_dbus_connection_signal_unsubscribe(kept.get(), id);
+        };
+      });
 }
 
 BusSubscription Bus::watchName(const std::string& name,
                                std::function<void(const std::string&)> handler) {
   using Handler = std::function<void(const std::string&)>;
-  const auto end = std::make_shared<UniqueFunction<void()>>();
-  whenConnected([name, handler = std::move(handler),
-                 weak = std::weak_ptr(end)](GDBusConnection* connection) mutable {
-    const auto target = weak.lock();
-    if (!target) return;
-    if (connection == nullptr) return handler({});
-    const guint id = g_bus_watch_name_on_connection(
-        connection, name.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE,
-        [](GDBusConnection*, const char*, const char* owner, gpointer data) {
-          (*static_cast<Handler*>(data))(owner);
-        },
-        [](GDBusConnection*, const char*, gpointer data) { (*static_cast<Handler*>(data))({}); },
-        new Handler(std::move(handler)), deleteBoxed<Handler>);
-    *target = [id] { g_bus_unwatch_name(id); };
-  });
-  return subscriptionOf(end);
+  return onEachConnection(*this,
+                          [name, handler](GDBusConnection* connection) -> UniqueFunction<void()> {
+                            if (connection == nullptr) return handler({}), nullptr;
+                            const guint id = g_bus_watch_name_on_connection(
+                                connection, name.c_str(), G_BUS_NAME_WATCHER_FLAGS_NONE,
+                                [](GDBusConnection*, const char*, const char* owner,
+                                   gpointer data) { (*static_cast<Handler*>(data))(owner); },
+                                [](GDBusConnection*, const char*, gpointer data) {
+                                  (*static_cast<Handler*>(data))({});
+                                },
+                                new Handler(handler), deleteBoxed<Handler>);
+                            return [id] { g_bus_unwatch_name(id); };
+                          });
 }
 
 }  // namespace brevanholt::platform

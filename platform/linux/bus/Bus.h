@@ -5,11 +5,13 @@
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueFunction.h"
 #include "platform/gtk/GLibPointers.h"
+#include "platform/gtk/LoopSource.h"
 
 #include <gio/gio.h>
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -54,7 +56,9 @@ class BusSubscription {
 };
 
 // A message bus that may not be there. It is reached in the background; calls made before that wait
-// for it, and every call ends in a reply or an error within its time limit. For the main thread.
+// for it, and every call ends in a reply or an error within its time limit. A connection that the
+// bus closes is opened again, with a growing pause where that happens again soon, and what was
+// subscribed, watched and registered is so there, too. For the main thread.
 class Bus {
  public:
   using ReplyCallback = UniqueFunction<void(Result<GVariantPointer>)>;
@@ -70,6 +74,9 @@ class Bus {
 
   // Runs `use` with the connection as soon as there is one, with null when there will be none.
   void whenConnected(UniqueFunction<void(GDBusConnection*)> use);
+
+  // The same, and again with each later connection, until the result is destroyed.
+  [[nodiscard]] BusSubscription whenEverConnected(std::function<void(GDBusConnection*)> use);
 
   // `parameters` may be floating; `replyType` is the tuple that the reply must have. The text of an
   // error is the service's own.
@@ -91,14 +98,25 @@ class Bus {
                                           std::function<void(const std::string& owner)> handler);
 
  private:
+  using Finish = UniqueFunction<void(GAsyncResult*)>;
   void connected(GObjectPointer<GDBusConnection> connection, GErrorPointer error);
+  void closed();
+  void reopen();
 
+  GBusType type_;
   const char* kind_;
+  std::string address_;
   GObjectPointer<GCancellable> cancellable_;
   GObjectPointer<GDBusConnection> connection_;
   bool isSettled_ = false;
   std::string failure_;
   std::vector<UniqueFunction<void(GDBusConnection*)>> waiting_;
+  std::map<int, std::function<void(GDBusConnection*)>> uses_;
+  int lastUse_ = 0;
+  bool wasOpen_ = false;
+  std::chrono::milliseconds pause_{0};  // before it is opened again
+  std::chrono::steady_clock::time_point opened_;
+  LoopSource onReopen_;
   Lifetime lifetime_;
 };
 

@@ -2,6 +2,8 @@
 
 #include "platform/foundation/Log.h"
 
+#include <utility>
+
 namespace brevanholt::platform {
 namespace {
 
@@ -35,13 +37,19 @@ BusObject::BusObject(Bus& bus, std::string path, const char* description, Handle
     : path_(std::move(path)),
       handlers_(std::move(handlers)),
       description_(g_dbus_node_info_new_for_xml(description, nullptr)) {
-  bus.whenConnected(lifetime_.bind([this](GDBusConnection* connection) {
+  registering_ = bus.whenEverConnected([this](GDBusConnection* connection) {
+    unregister();
     if (connection != nullptr) registerOn(connection);
-  }));
+  });
 }
 
 BusObject::~BusObject() {
-  if (registration_ != 0) g_dbus_connection_unregister_object(connection_.get(), registration_);
+  unregister();
+}
+
+void BusObject::unregister() {
+  const auto connection = std::exchange(connection_, nullptr);
+  if (connection) g_dbus_connection_unregister_object(connection.get(), registration_);
 }
 
 void BusObject::registerOn(GDBusConnection* connection) {

@@ -8,7 +8,7 @@
 
 namespace brevanholt::platform {
 
-// One object on a bus with one interface, for others to call. It is there as soon as the bus is.
+// One object on a bus with one interface, for others to call. It is there while the bus is.
 class BusObject {
  public:
   struct Handlers {
@@ -29,13 +29,14 @@ class BusObject {
 
  private:
   void registerOn(GDBusConnection* connection);
+  void unregister();
 
   std::string path_;
   Handlers handlers_;
   std::unique_ptr<GDBusNodeInfo, FreeWith<g_dbus_node_info_unref>> description_;
   GObjectPointer<GDBusConnection> connection_;
   unsigned registration_ = 0;
-  Lifetime lifetime_;
+  BusSubscription registering_;
 };
 
 }  // namespace brevanholt::platform
