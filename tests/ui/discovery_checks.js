@@ -53,7 +53,7 @@ export const discoveryChecks = {
     neighbours.expire(10 + Time.expireAfterBye);
     equal([...addresses.keys()], ['10.0.0.2']);
     neighbours.bye(bob.party, '10.0.0.2', 4000);
-    neighbours.hear(heardBob, '10.0.0.2', 4000 + Time.announce);
+    neighbours.hear(heardBob, '10.0.0.2', 4000 + Time.announce.longest);
     equal(neighbours.expire(4000 + Time.expireAfterBye), false);
     neighbours.bye(bob.party, '10.0.0.2', 8000);
     equal([neighbours.expire(8000 + Time.expireAfterBye), neighbours.list], [true, []]);

@@ -90,6 +90,23 @@ export class UdpSocket extends Socket {
     return this.call('udpFarewell', { bytes, address, port });
   }
 
+  /**
+   * Has the host send datagrams again and again while the page may sleep, instead of those that it was
+   * given before. The first time is after a pause. A socket does not receive what it sends so.
+   * @param {{ socket: UdpSocket, bytes: Uint8Array, address: string, port: number }[]} datagrams
+   * @param {{ shortest: number, longest: number }} pauses between two times, in milliseconds
+   * @returns {Promise<void>}
+   */
+  static repeat(datagrams, pauses) {
+    return channel.invokeMethod('udpRepeat', {
+      ...pauses,
+      datagrams: datagrams.map(({ socket, ...datagram }) => ({
+        handle: socket.handle,
+        ...datagram,
+      })),
+    });
+  }
+
   /** @returns {Promise<{ bytes: Uint8Array, address: string, port: number }>} */
   receive() {
     return this.call('udpReceive');

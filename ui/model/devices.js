@@ -16,6 +16,7 @@ const CALM = 250;
 /** In milliseconds: how long a proof holds, and the pause after an attempt that failed. */
 const PROOF_HOLDS = 60_000;
 const PROVE_AGAIN = 5000;
+const SOON = 1000;
 
 /** Dispatches “change”. */
 export class Devices extends EventTarget {
@@ -30,8 +31,9 @@ export class Devices extends EventTarget {
   #restart;
   /** When the proof of a device was last asked for, by its id. @type {Map<string, number>} */
   #asked = new Map();
-  /** @type {ReturnType<typeof setInterval> | undefined} */
+  /** @type {ReturnType<typeof setTimeout> | undefined} */
   #proving;
+  #isRunning = false;
 
   /**
    * @param {import('../protocol/handshake.js').Party} self
@@ -57,14 +59,15 @@ export class Devices extends EventTarget {
   }
 
   start() {
-    clearInterval(this.#proving);
-    this.#proving = setInterval(() => this.#proveAll(), 1000);
+    this.#isRunning = true;
+    this.#proveAll();
     return this.#discovery.start();
   }
 
   /** Says that this device leaves. */
   stop() {
-    clearInterval(this.#proving);
+    this.#isRunning = false;
+    clearTimeout(this.#proving);
     return this.#discovery.stop();
   }
 
@@ -151,13 +154,22 @@ export class Devices extends EventTarget {
     return [...addresses.values()].some(({ proven }) => proven > after) ? 'trusted' : 'unproven';
   }
 
+  /** Has known devices prove their keys, and sleeps until one has to do so again. */
   #proveAll() {
+    clearTimeout(this.#proving);
+    if (!this.#isRunning) return;
     const now = performance.now();
+    let next = Infinity;
     for (const one of this.#discovery.neighbours) {
-      const isProven = [...one.addresses.values()].some(({ proven }) => proven > now - PROOF_HOLDS);
+      if (this.#trust.of(one.id, one.key) !== 'trusted') continue;
+      const proven = Math.max(...[...one.addresses.values()].map((place) => place.proven));
       const asked = this.#asked.get(this.#idOf(one)) ?? -Infinity;
-      if (isProven || now - asked < PROVE_AGAIN) continue;
-      if (this.#trust.of(one.id, one.key) === 'trusted') this.#prove(one);
+      const when = Math.max(proven + PROOF_HOLDS, asked + PROVE_AGAIN);
+      if (when <= now) this.#prove(one);
+      else next = Math.min(next, when);
+    }
+    if (next < Infinity) {
+      this.#proving = setTimeout(() => this.#proveAll(), Math.max(next - now, SOON));
     }
   }
 
@@ -173,6 +185,7 @@ export class Devices extends EventTarget {
       await this.#refresh();
     } finally {
       this.#asked.set(id, performance.now());
+      this.#proveAll();
     }
   }
 

@@ -46,7 +46,7 @@ export class Discovery extends EventTarget {
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #showing;
   /** @type {ReturnType<typeof setTimeout> | undefined} */
-  #timer;
+  #expiring;
 
   /**
    * @param {import('./handshake.js').Party} self
@@ -95,7 +95,6 @@ export class Discovery extends EventTarget {
   async start() {
     this.#isRunning = true;
     const round = ++this.#round;
-    clearTimeout(this.#timer);
     const before = this.#outlets;
     this.#outlets = [];
     await Promise.all(before.map(({ socket }) => socket.close().catch(() => {})));
@@ -110,18 +109,20 @@ export class Discovery extends EventTarget {
       ({ isLoopback, addresses }) => !isLoopback && addresses.length > 0,
     );
     this.#changed();
-    await this.#leaveFarewells();
+    await this.#prepareAnnouncements();
     for (const outlet of opened) this.#listen(outlet);
     // More than once: datagrams get lost.
     for (const delay of Time.queries) setTimeout(() => this.#ask(round), delay);
-    this.#tick(round);
+    this.#announce();
+    this.#expireLater();
   }
 
   async stop() {
     await this.announceAt(0);
     this.#isRunning = false;
     ++this.#round;
-    clearTimeout(this.#timer);
+    clearTimeout(this.#expiring);
+    this.#expiring = undefined;
     clearTimeout(this.#answer);
     clearTimeout(this.#showing);
     this.#showing = undefined;
@@ -135,21 +136,27 @@ export class Discovery extends EventTarget {
   async announceAt(port) {
     const before = this.#port;
     this.#port = port;
-    await this.#leaveFarewells();
+    await this.#prepareAnnouncements();
     if (port !== 0) await this.#announce();
     else if (before !== 0) await this.#send({ kind: 'bye', port: before, ...this.#self });
   }
 
-  /** The engine says “bye” when the program ends in whatever way. */
-  async #leaveFarewells() {
+  /** The engine goes on saying “here”, and “bye” when the program ends in whatever way. */
+  async #prepareAnnouncements() {
     const port = this.#port;
-    const bytes =
-      port === 0 ? new Uint8Array(0) : encodeAnnouncement({ kind: 'bye', port, ...this.#self });
-    await Promise.all(
-      this.#outlets.map(({ socket, group }) =>
-        socket.setFarewell(bytes, group, PORT).catch(() => {}),
+    const said = (/** @type {'here' | 'bye'} */ kind) =>
+      port === 0 ? new Uint8Array(0) : encodeAnnouncement({ kind, port, ...this.#self });
+    const bye = said('bye');
+    const here = said('here');
+    const datagrams = this.#outlets.map(({ socket, group }) => {
+      return { socket, bytes: here, address: group, port: PORT };
+    });
+    await Promise.all([
+      UdpSocket.repeat(port === 0 ? [] : datagrams, Time.announce).catch(() => {}),
+      ...this.#outlets.map(({ socket, group }) =>
+        socket.setFarewell(bye, group, PORT).catch(() => {}),
       ),
-    );
+    ]);
   }
 
   #announce() {
@@ -162,14 +169,19 @@ export class Discovery extends EventTarget {
     if (round === this.#round) this.#send({ kind: 'query' });
   }
 
-  /** @param {number} round */
-  #tick(round) {
-    if (round !== this.#round) return;
-    this.#announce();
-    if (this.#neighbours.expire(performance.now())) this.#changed();
-    // Each device a little differently, so that they do not all speak at once.
-    const pause = Time.announce * (0.8 + 0.4 * Math.random());
-    this.#timer = setTimeout(() => this.#tick(round), pause);
+  /** Drops what is not heard again when its time is over; sleeps while there is nothing to drop. */
+  #expireLater() {
+    if (!this.#isRunning || this.#expiring !== undefined) return;
+    const wait = this.#neighbours.nextExpiry - performance.now();
+    if (wait === Infinity) return;
+    this.#expiring = setTimeout(
+      () => {
+        this.#expiring = undefined;
+        if (this.#neighbours.expire(performance.now())) this.#changed();
+        this.#expireLater();
+      },
+      Math.max(wait, Time.expireAgain),
+    );
   }
 
   /** @param {import('./announcement.js').Announcement} announcement */
@@ -204,8 +216,14 @@ export class Discovery extends EventTarget {
       this.#answerQuery();
     } else if (said.id !== this.#self.id) {
       const now = performance.now();
-      if (said.kind === 'bye') this.#neighbours.bye(said, address, now);
-      else if (this.#neighbours.hear(said, address, now)) this.#changed();
+      if (said.kind === 'bye') {
+        this.#neighbours.bye(said, address, now);
+        clearTimeout(this.#expiring);
+        this.#expiring = undefined;
+      } else if (this.#neighbours.hear(said, address, now)) {
+        this.#changed();
+      }
+      this.#expireLater();
     }
   }
 

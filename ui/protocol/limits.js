@@ -54,8 +54,11 @@ export const Limit = {
 
 /** In milliseconds. */
 export const Time = {
-  announce: 2500,
+  /** Between two announcements. */
+  announce: { shortest: 2000, longest: 3000 },
   expire: 8000,
+  /** Between two looks for what has expired, at least. */
+  expireAgain: 500,
   /** After a farewell from an address: longer than the longest pause between announcements. */
   expireAfterBye: 3100,
   answerAgain: 400,

@@ -86,6 +86,12 @@ export class Neighbours {
     return this.#found.size < before;
   }
 
+  /** When the next address is dropped unless it is heard again; Infinity where none is. */
+  get nextExpiry() {
+    const all = this.list.flatMap(({ addresses }) => [...addresses.values()]);
+    return Math.min(...all.map(({ until }) => until));
+  }
+
   /**
    * @param {Heard} heard
    * @param {string} address

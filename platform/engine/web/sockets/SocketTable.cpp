@@ -5,10 +5,14 @@
 #include "platform/engine/web/sockets/TcpListener.h"
 #include "platform/engine/web/sockets/UdpSocket.h"
 
+#include <algorithm>
+
 namespace brevanholt::platform {
 namespace {
 
 constexpr std::size_t kMostSockets = 256;
+constexpr std::int64_t kShortestPause = 100;        // milliseconds
+constexpr std::int64_t kLongestPause = 86'400'000;  // milliseconds
 
 SocketAddress addressIn(const Map& arguments) {
   return {textIn(arguments, "address"), sizeIn(arguments, "port")};
@@ -50,10 +54,14 @@ bool SocketTable::performUdp(const MethodCall& call, MethodResult& result) {
     std::move(result).success();
   } else if (call.method == "udpSend") {
     rules_.expectDatagramsTo(addressIn(arguments));
-    at<UdpSocket>(arguments).send(bytesIn(arguments), addressIn(arguments), result);
+    at<UdpSocket>(arguments).send(bytesIn(arguments), addressIn(arguments));
+    std::move(result).success();
   } else if (call.method == "udpFarewell") {
     rules_.expectDatagramsTo(addressIn(arguments));
     at<UdpSocket>(arguments).setFarewell(bytesIn(arguments), addressIn(arguments));
+    std::move(result).success();
+  } else if (call.method == "udpRepeat") {
+    repeat(arguments);
     std::move(result).success();
   } else if (call.method == "udpReceive") {
     at<UdpSocket>(arguments).receive(result);
@@ -61,6 +69,37 @@ bool SocketTable::performUdp(const MethodCall& call, MethodResult& result) {
     return false;
   }
   return true;
+}
+
+void SocketTable::repeat(const Map& arguments) {
+  std::vector<Announcements::Datagram> datagrams;
+  for (const Value& one : listIn(arguments, "datagrams")) {
+    const Map& datagram = mapIn(one);
+    rules_.expectDatagramsTo(addressIn(datagram));
+    at<UdpSocket>(datagram).ignore(bytesIn(datagram));
+    datagrams.push_back({sizeIn(datagram, "handle"), bytesIn(datagram), addressIn(datagram)});
+  }
+  const std::chrono::milliseconds shortest(
+      std::clamp(sizeIn(arguments, "shortest"), kShortestPause, kLongestPause));
+  const std::chrono::milliseconds longest(
+      std::clamp(sizeIn(arguments, "longest"), shortest.count(), kLongestPause));
+  announcements_.repeat(std::move(datagrams), {shortest, longest},
+                        [this](const auto& datagram) { sendAgain(datagram); });
+}
+
+void SocketTable::sendAgain(const Announcements::Datagram& datagram) {
+  const auto found = open_.find(datagram.socket);
+  if (found == open_.end()) return;
+  try {
+    dynamic_cast<UdpSocket&>(*found->second).send(datagram.bytes, datagram.to);
+  } catch (const SystemError&) {
+    // Its interface is going away; the page hears of that by other means.
+  }
+}
+
+void SocketTable::closeAll() {
+  announcements_.stop();
+  open_.clear();
 }
 
 bool SocketTable::performTcp(const MethodCall& call, MethodResult& result) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/channel/MethodResult.h"
+#include "platform/engine/web/sockets/Announcements.h"
 #include "platform/engine/web/sockets/EngineSocket.h"
 #include "platform/engine/web/sockets/NetworkRules.h"
 
@@ -18,7 +19,13 @@ namespace brevanholt::platform {
 //   udpJoin {handle, group, interface}         null; it sends to groups from there, too
 //   udpSend {handle, bytes, address, port}     null
 //   udpFarewell {handle, bytes, address, port} null: they are sent when the socket closes
+//   udpRepeat {datagrams, shortest, longest}   null: each {handle, bytes, address, port} is sent
+//   again
+//                                              and again, after a random one of these milliseconds,
+//                                              in place of those before; none where the list is
+//                                              empty
 //   udpReceive {handle}                        {bytes, address, port}, when one has come
+//                                              that is not what the socket itself repeats
 //   tcpListen {address, port, backlog}         {handle, port}
 //   tcpAccept {handle}                         {handle, address, port}, when somebody has come
 //   tcpConnect {address, port, limit}          {handle, address, port}; the limit in milliseconds
@@ -36,7 +43,7 @@ class SocketTable {
 
   // Answers now or later, once.
   void perform(const MethodCall& call, MethodResult result);
-  void closeAll() { open_.clear(); }
+  void closeAll();
 
   // Gives up a TCP connection for somebody else to go on with. Throws PlatformError where there is
   // none under that handle. The handle is not used again.
@@ -51,10 +58,13 @@ class SocketTable {
   [[nodiscard]] bool performUdp(const MethodCall& call, MethodResult& result);
   [[nodiscard]] bool performTcp(const MethodCall& call, MethodResult& result);
   void connect(const Map& arguments, MethodResult& result);
+  void repeat(const Map& arguments);
+  void sendAgain(const Announcements::Datagram& datagram);
 
   NetworkRules rules_;
   std::map<std::int64_t, std::unique_ptr<EngineSocket>> open_;
   std::int64_t lastHandle_ = 0;
+  Announcements announcements_;
 };
 
 }  // namespace brevanholt::platform

@@ -1,8 +1,10 @@
 #include "platform/engine/web/sockets/UdpSocket.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <span>
 #include <vector>
 
 #include <net/if.h>
@@ -74,11 +76,10 @@ void UdpSocket::join(const std::string& group, const std::string& interface) {
   if (failed != 0) throw SystemError("send from " + interface, errno);
 }
 
-void UdpSocket::send(const Bytes& bytes, const SocketAddress& to, MethodResult& result) {
+void UdpSocket::send(const Bytes& bytes, const SocketAddress& to) {
   const ssize_t sent =
       ::sendto(descriptor(), bytes.data(), bytes.size(), MSG_NOSIGNAL, to.get(), to.size());
   if (sent < 0) throw SystemError("send to " + to.text(), errno);
-  std::move(result).success();
 }
 
 void UdpSocket::receive(MethodResult& result) {
@@ -93,15 +94,16 @@ bool UdpSocket::receiveNow() {
   const ssize_t count =
       ::recvfrom(descriptor(), buffer.data(), buffer.size(), 0, from.get(), from.sizePointer());
   if (count < 0 && (errno == EAGAIN || errno == EINTR)) return false;
+  const std::span bytes(buffer.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+  if (!bytes.empty() && std::ranges::equal(bytes, ignored_)) return false;
   onReadable_.stop();
   if (count < 0) {
     receiving_.fail(SystemError("receive", errno));
     return true;
   }
-  receiving_.succeed(
-      Map{{"bytes", Bytes(std::vector<std::uint8_t>(buffer.data(), buffer.data() + count))},
-          {"address", from.text()},
-          {"port", from.port()}});
+  receiving_.succeed(Map{{"bytes", Bytes(std::vector<std::uint8_t>(bytes.begin(), bytes.end()))},
+                         {"address", from.text()},
+                         {"port", from.port()}});
   return true;
 }
 

@@ -19,7 +19,10 @@ class UdpSocket final : public EngineSocket {
   [[nodiscard]] Value description() const;
   // Joins a multicast group on one interface, and sends to groups from there.
   void join(const std::string& group, const std::string& interface);
-  void send(const Bytes& bytes, const SocketAddress& to, MethodResult& result);
+  // Throws SystemError.
+  void send(const Bytes& bytes, const SocketAddress& to);
+  // What is this socket's own, and dropped where it comes back.
+  void ignore(const Bytes& bytes) { ignored_ = bytes; }
   void receive(MethodResult& result);
   // What is sent once more when the socket closes, however that comes about; nothing where empty.
   void setFarewell(const Bytes& bytes, const SocketAddress& to);
@@ -27,6 +30,7 @@ class UdpSocket final : public EngineSocket {
  private:
   Bytes farewell_;
   SocketAddress farewellTo_;
+  Bytes ignored_;
   // Whether the call was answered.
   bool receiveNow();
 

@@ -79,6 +79,35 @@ class SocketTableTest : public testing::Test {
   std::int64_t far_ = 0;
 };
 
+TEST_F(SocketTableTest, RepeatsADatagramUntilItIsToldOtherwiseAndDoesNotHearItself) {
+  const auto bind = [this] {
+    return call("udpBind",
+                Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"isShared", false}});
+  };
+  const auto repeat = [this](List datagrams) {
+    return call("udpRepeat", Map{{"datagrams", std::move(datagrams)},
+                                 {"shortest", std::int64_t{100}},
+                                 {"longest", std::int64_t{100}}});
+  };
+  const Reply speaker = bind();
+  const Reply hearer = bind();
+  const std::int64_t from = number(speaker, "handle");
+  const auto here = [&](const Reply& to) {
+    return Map{{"handle", from},
+               {"bytes", bytes("here")},
+               {"address", "127.0.0.1"},
+               {"port", number(to, "port")}};
+  };
+  const auto own = start("udpReceive", Map{{"handle", from}});
+  EXPECT_EQ(repeat({here(speaker), here(hearer)}), Reply(Value()));
+  for (int times = 0; times < 2; ++times) {
+    EXPECT_EQ(number(call("udpReceive", Map{{"handle", number(hearer, "handle")}}), "port"),
+              number(speaker, "port"));
+  }
+  EXPECT_FALSE(own->has_value());
+  EXPECT_EQ(repeat({}), Reply(Value()));
+}
+
 TEST_F(SocketTableTest, WaitsForTheMinimumAndHoldsTheSenderBack) {
   connect();
   const std::string payload(12 << 20, 'x');
