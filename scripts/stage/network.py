@@ -114,6 +114,25 @@ class Network:
             *command,
         ]
 
+    def slow_down(self, machine, rate):
+        """Lets that machine send no faster, by a rate as tc has them: "200mbit"."""
+        limit = ["tbf", "rate", rate, "burst", "256kb", "latency", "50ms"]
+        subprocess.run(
+            [
+                "tc",
+                "-netns",
+                self.namespace(machine),
+                "qdisc",
+                "add",
+                "dev",
+                "eth0",
+                "root",
+                *limit,
+            ],
+            check=True,
+            timeout=30,
+        )
+
     def plug(self, machine, is_in):
         """Puts that machine's cable in, or pulls it."""
         self._on("switch", "link", "set", machine, "up" if is_in else "down")

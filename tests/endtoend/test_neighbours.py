@@ -64,6 +64,9 @@ class NeighboursTest(unittest.TestCase):
     def setUp(self):
         self.network = Network("anna", "bob", "eve")
         self.addCleanup(self.network.close)
+        # Transfers last long enough to be looked at and disturbed.
+        for machine in ("anna", "bob"):
+            self.network.slow_down(machine, "200mbit")
 
     def station(self, name, **how):
         station = Station(self.network, name, **how)
@@ -80,6 +83,7 @@ class NeighboursTest(unittest.TestCase):
         self.compare(anna, bob)
         bob.press("Accept")
         anna.sees("Sent to bob")
+        bob.sees("Received from anna")
         return anna, bob
 
     def compare(self, *stations):
