@@ -21,6 +21,22 @@ export function stat(path) {
   return channel.invokeMethod('stat', { path });
 }
 
+/** @typedef {{ kind: 'file' | 'directory', size: number, modified: number }} Description */
+const KINDS = /** @type {const} */ ([null, 'file', 'directory']);
+
+/**
+ * Looks at many files at once. Null for each that is neither file nor folder, or cannot be looked at.
+ * @param {string[]} paths
+ * @returns {Promise<(Description | null)[]>}
+ */
+export async function describe(paths) {
+  const { kinds, sizes, modified } = await channel.invokeMethod('describe', { paths });
+  return paths.map((_, at) => {
+    const kind = KINDS[kinds[at]];
+    return kind ? { kind, size: sizes[at], modified: modified[at] } : null;
+  });
+}
+
 /**
  * Removes a file or a link, never a folder. Nothing there is no error.
  * @param {string} path

@@ -1,6 +1,6 @@
 // What a person chose, and what that is to the other side.
 
-import { stat } from '../engine/files.js';
+import { describe } from '../engine/files.js';
 import { utf8 } from '../protocol/bytes.js';
 import { TransferError } from '../protocol/errors.js';
 import { Limit } from '../protocol/limits.js';
@@ -9,7 +9,7 @@ import { ReceivablePaths } from '../protocol/receivable_names.js';
 import { isCount, isMissingOr, isOneOf, isRecord, isText } from './schema.js';
 
 /** Files that are looked at at once. */
-const AT_ONCE = 64;
+const AT_ONCE = 1000;
 
 /** @typedef {import('./types.js').Item} Item */
 /** @typedef {import('../protocol/send.js').Outgoing} Outgoing */
@@ -71,7 +71,7 @@ export async function outgoing(items) {
   const folders = new Set();
   for (let at = 0; at < items.length; at += AT_ONCE) {
     const some = items.slice(at, at + AT_ONCE);
-    const found = await Promise.all(some.map(outgoingOf));
+    const found = await outgoingsOf(some);
     for (const [next, item] of some.entries()) {
       const one = found[next];
       const path = one.kind === 'text' ? item.name : paths.take(placeOf(item), one.kind ?? '');
@@ -94,17 +94,26 @@ export async function outgoing(items) {
 }
 
 /**
+ * What items are now.
+ * @param {Item[]} items
+ */
+async function outgoingsOf(items) {
+  const found = await describe(items.map(({ path }) => path));
+  return items.map((item, at) => outgoingOf(item, found[at]));
+}
+
+/**
  * What an item is now; of no kind where it cannot be read.
  * @param {Item} item
+ * @param {import('../engine/files.js').Description | null} found
  */
-async function outgoingOf(item) {
+function outgoingOf(item, found) {
   if (item.kind === 'text') {
     const text = item.text ?? '';
     return { kind: item.kind, size: utf8(text).length, modified: 0, source: '', text };
   }
-  const found = await stat(item.path).catch(() => null);
   const source = item.path;
-  if (!found || found.kind === 'other') return { kind: null, size: 0, modified: 0, source };
+  if (!found) return { kind: null, size: 0, modified: 0, source };
   const { kind, size, modified } = found;
   return kind === 'file'
     ? { kind, size, modified: Math.max(0, modified), source }
@@ -163,12 +172,12 @@ export async function measured(items) {
   const measures = new Map();
   const unknown = items.filter(({ kind, size }) => kind === 'file' && size === 0);
   for (let at = 0; at < unknown.length; at += AT_ONCE) {
-    await Promise.all(
-      unknown.slice(at, at + AT_ONCE).map(async (item) => {
-        const found = await stat(item.path).catch(() => null);
-        if (found?.kind === 'file') measures.set(item, { ...item, size: found.size });
-      }),
-    );
+    const some = unknown.slice(at, at + AT_ONCE);
+    const found = await describe(some.map(({ path }) => path));
+    for (const [next, item] of some.entries()) {
+      const size = found[next]?.kind === 'file' ? found[next].size : 0;
+      if (size > 0) measures.set(item, { ...item, size });
+    }
   }
   return measures;
 }

@@ -5,10 +5,13 @@
 namespace brevanholt::platform {
 
 EngineFiles::EngineFiles(BinaryMessenger& messenger, MainQueue& mainQueue)
-    : settling_(mainQueue), channel_("engine/files", messenger) {
+    : settling_(mainQueue), describing_(thread_, mainQueue), channel_("engine/files", messenger) {
   channel_.setMethodCallHandler([this, &mainQueue](MethodCall call, MethodResult result) {
     if (call.method == "settle") {
       return settling_.perform(call, access_, std::move(result));
+    }
+    if (call.method == "describe") {
+      return describing_.perform(call, access_, std::move(result));
     }
     FileTable::Permitted permitted;
     try {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/channel/MethodChannel.h"
+#include "platform/engine/web/files/Describing.h"
 #include "platform/engine/web/files/FileTable.h"
 #include "platform/engine/web/files/Settling.h"
 #include "platform/foundation/DispatchQueue.h"
@@ -26,6 +27,7 @@ class EngineFiles {
   FileAccess* access_ = nullptr;
   std::shared_ptr<FileTable> table_ = std::make_shared<FileTable>();  // for the thread alone
   Settling settling_;
+  Describing describing_;
   MethodChannel channel_;
   DispatchQueue thread_{"brevanholt.engine-io"};
 };

@@ -26,10 +26,6 @@ const char* kindOf(mode_t mode) {
   return S_ISDIR(mode) ? "directory" : "other";
 }
 
-std::int64_t milliseconds(const timespec& time) {
-  return static_cast<std::int64_t>(time.tv_sec) * 1000 + time.tv_nsec / 1'000'000;
-}
-
 // From /proc: umask() tells the mask only by changing it, which would affect other threads.
 mode_t umaskOfProcess() {
   std::ifstream status("/proc/self/status");
@@ -50,6 +46,10 @@ timespec timeOf(std::int64_t milliseconds) {
 
 }  // namespace
 
+std::int64_t millisecondsOf(const timespec& time) {
+  return static_cast<std::int64_t>(time.tv_sec) * 1000 + time.tv_nsec / 1'000'000;
+}
+
 Value statFile(const Reach& reach) {
   struct stat information {};
   try {
@@ -60,7 +60,7 @@ Value statFile(const Reach& reach) {
   }
   return Map{{"kind", kindOf(information.st_mode)},
              {"size", static_cast<std::int64_t>(information.st_size)},
-             {"modified", milliseconds(information.st_mtim)}};
+             {"modified", millisecondsOf(information.st_mtim)}};
 }
 
 Bytes readRange(int descriptor, std::int64_t offset, std::size_t length) {
@@ -95,8 +95,10 @@ void flushFile(int descriptor) {
 void settleFile(const Reach& reach, std::int64_t modified) {
   const FileDescriptor file = Place(reach).openToWrite();
   const timespec times[] = {{0, UTIME_OMIT}, timeOf(modified)};
+  struct stat information {};
   if (::futimens(file.get(), times) != 0 || ::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
-      ::fsync(file.get()) != 0) {
+      ::fstat(file.get(), &information) != 0 ||
+      (information.st_size > 0 && ::fsync(file.get()) != 0)) {
     throw FileError("save", reach.path(), errno);
   }
 }

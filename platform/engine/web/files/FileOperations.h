@@ -4,10 +4,14 @@
 #include "platform/foundation/Place.h"
 
 #include <cstdint>
+#include <ctime>
 
 namespace brevanholt::platform {
 
 // The blocking halves of the engine's file operations. All throw FileError.
+
+// Milliseconds since 1970.
+[[nodiscard]] std::int64_t millisecondsOf(const timespec& time);
 
 // {"kind": "file", "directory" or "other", "size", "modified" (milliseconds since 1970)}, or null
 // where there is nothing.
@@ -19,7 +23,8 @@ void writeAt(int descriptor, std::int64_t offset, const Bytes& bytes);
 void flushFile(int descriptor);
 
 // Flushes a file that is whole, gives it a modification time (milliseconds since 1970) and the
-// permissions of a file that this user makes (0666 less the umask).
+// permissions of a file that this user makes (0666 less the umask). An empty file has nothing to
+// flush but its name, which its folder's flush saves.
 void settleFile(const Reach& reach, std::int64_t modified);
 
 // What this user may still write to the file system of a folder, in bytes.

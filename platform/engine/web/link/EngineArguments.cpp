@@ -16,8 +16,8 @@ const T& required(const Map& arguments, std::string_view key, const char* what) 
   return *found;
 }
 
-std::filesystem::path pathIn(const Map& arguments, std::string_view key) {
-  auto path = pathFrom(textIn(arguments, key));
+std::filesystem::path absolutePath(const std::string& text) {
+  auto path = pathFrom(text);
   if (!path || !path->is_absolute()) throw PlatformError("The path of a file must be absolute.");
   return *std::move(path);
 }
@@ -41,11 +41,17 @@ const std::string& textIn(const Map& arguments, std::string_view key) {
 }
 
 Reach readableIn(const Map& arguments, FileAccess* access, std::string_view key) {
-  return expected(access).toRead(pathIn(arguments, key));
+  return expected(access).toRead(absolutePath(textIn(arguments, key)));
+}
+
+Reach readable(const Value& path, FileAccess* access) {
+  const auto* text = path.getIf<std::string>();
+  if (text == nullptr) throw PlatformError("A path must be a text.");
+  return expected(access).toRead(absolutePath(*text));
 }
 
 Reach changeableIn(const Map& arguments, FileAccess* access, std::string_view key) {
-  return expected(access).toChange(pathIn(arguments, key));
+  return expected(access).toChange(absolutePath(textIn(arguments, key)));
 }
 
 const List& listIn(const Map& arguments, std::string_view key) {

@@ -19,6 +19,7 @@ namespace brevanholt::platform {
 // Where the host lets the page use an absolute path. `access` may be null, which refuses.
 [[nodiscard]] Reach readableIn(const Map& arguments, FileAccess* access,
                                std::string_view key = "path");
+[[nodiscard]] Reach readable(const Value& path, FileAccess* access);
 [[nodiscard]] Reach changeableIn(const Map& arguments, FileAccess* access,
                                  std::string_view key = "path");
 [[nodiscard]] const List& listIn(const Map& arguments, std::string_view key);
