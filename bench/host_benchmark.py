@@ -17,22 +17,16 @@ from gi.repository import Gio  # noqa: E402  (after the version)
 
 SOURCE = pathlib.Path(__file__).resolve().parents[1]
 from stage import host
+from usage import below, memory_of, wake_ups
 
 RUNS = 5
 FOLDERS, FILES_IN_EACH = 1000, 100
 
 
-def memory_of(pattern):
+def memory_of_named(pattern):
     """The proportional share of memory, in MB, of the processes whose command begins so."""
-    total = 0
-    for process in subprocess.run(
-        ["pgrep", "-f", pattern], capture_output=True, text=True, check=False
-    ).stdout.split():
-        rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
-        total += sum(
-            int(line.split()[1]) for line in rollup.splitlines() if line.startswith("Pss:")
-        )
-    return total / 1000
+    found = subprocess.run(["pgrep", "-f", pattern], capture_output=True, text=True, check=False)
+    return sum(memory_of(int(process)) for process in found.stdout.split()) / 1000
 
 
 def run_once():
@@ -50,9 +44,9 @@ def run_once():
             "1 MiB to the host, ms": timings["writeMebibyte"],
             "1 MiB from the host, ms": timings["readMebibyte"],
             "16 MiB sealed, there and back, ms": timings["seal16Mebibytes"],
-            "host, MB": memory_of(f"^{host.BINARY}"),
-            "page, MB": memory_of("WebKitWebProcess"),
-            "network process, MB": memory_of("WebKitNetworkProcess"),
+            "host, MB": memory_of_named(f"^{host.BINARY}"),
+            "page, MB": memory_of_named("WebKitWebProcess"),
+            "network process, MB": memory_of_named("WebKitNetworkProcess"),
         }
     finally:
         program.stop()
@@ -107,35 +101,22 @@ def share_once():
         shutil.rmtree(folder)
 
 
-def wake_ups(process):
-    """How often the main thread of a process has waited for something and gone on."""
-    status = pathlib.Path(f"/proc/{process}/task/{process}/status").read_text()
-    return int(
-        next(
-            line.split()[1]
-            for line in status.splitlines()
-            if line.startswith("voluntary_ctxt_switches")
-        )
-    )
-
-
 def idle_once():
-    folder = tempfile.mkdtemp(dir="/dev/shm")
-    program = host.Host(
-        scenario="timings", arguments=[f"folder={folder}"], more_bundle=SOURCE / "bench/bundle"
-    )
+    """The user interface that ships, alone on its network. All threads of all processes count."""
+    program = host.Host()
     try:
-        program.report()
+        host.wait_until(host.visible_window, "the window")
         for where in ("in the window", "in the background"):
-            time.sleep(5)  # what was going on ends
+            time.sleep(15)  # what was going on ends
             before = wake_ups(program.process.pid)
-            time.sleep(10)
-            yield f"wake-ups in 10 idle s {where}", wake_ups(program.process.pid) - before
+            time.sleep(30)
+            yield f"wake-ups in 30 idle s {where}", wake_ups(program.process.pid) - before
+            memory = sum(map(memory_of, below(program.process.pid))) / 1000
+            yield f"memory {where}, MB", round(memory)
             if host.visible_window():
                 host.hide_window()
     finally:
         program.stop()
-        shutil.rmtree(folder)
 
 
 def main():

@@ -50,6 +50,19 @@ def memory_of(process):
     return int(re.search(r"^Pss: *(\d+)", rollup, re.MULTILINE)[1])
 
 
+def wake_ups(process):
+    """How often the threads of a process, and of all below it, have waited for something."""
+    total = 0
+    for one in below(process):
+        for status in pathlib.Path(f"/proc/{one}/task").glob("*/status"):
+            try:
+                text = status.read_text()
+            except (FileNotFoundError, ProcessLookupError):
+                continue
+            total += int(re.search(r"^voluntary_ctxt_switches:\s*(\d+)", text, re.MULTILINE)[1])
+    return total
+
+
 class PeakMemory:
     """The most memory, in MB, that a process and all below it hold together while this runs."""
 
