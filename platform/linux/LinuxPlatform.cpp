@@ -13,23 +13,6 @@
 namespace brevanholt::platform {
 namespace {
 
-// Throws PlatformError for a folder that is no bundle.
-std::filesystem::path bundleIn(const std::filesystem::path& folder) {
-  if (!isDirectory(folder)) throw FileError("open the user interface in", folder, ENOTDIR);
-  const auto page = folder / "index.html";
-  if (!fileExists(page)) throw FileError("open the user interface's page", page, ENOENT);
-  return folder;
-}
-
-WebEngineOptions engineOptions(const LaunchOptions& options, const InstallLayout& layout) {
-  return {.uiBundle = bundleIn(options.uiBundle.empty() ? layout.uiBundle : options.uiBundle),
-          .keepsBundle = options.uiBundle.empty(),
-          .webExtensions = layout.webExtensions,
-          .uiArguments = options.uiArguments,
-          .developerTools = options.developerTools,
-          .isInFlatpak = isInFlatpak()};
-}
-
 // Shares that are staged there are removed once nothing needs them any more.
 constexpr const char* kShareInbox = ".NativeShareInbox";
 
@@ -54,7 +37,8 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
     : application_(application),
       isLoginItemLaunch_(options.isLoginItem),
       mainWindow_(application.gtk()),
-      engine_(engineOptions(options, layout_), mainQueue_),
+      uiBundle_(options, layout_),
+      ui_(uiBundle_.makeEngine(options, layout_, mainQueue_)),
       openPanel_(mainWindow_.gtk()),
       images_(kApplicationId),
       statusItem_(sessionBus_,
@@ -78,17 +62,19 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
       processActivities_(*desktop_.sleepInhibitor,
                          [this](bool runs) {
                            if (runs) desktop_.willRunHidden();
-                           engine_.setRunsWhileHidden(runs);
+                           ui_.engine->setRunsWhileHidden(runs);
                          }),
-      pageServices_(sessionBus_, {.page = engine_.application(),
-                                  .application = application_,
-                                  .window = mainWindow_,
-                                  .dropContainer = dropContainer_,
-                                  .statusItem = statusItem_,
-                                  .workspace = *desktop_.workspace,
-                                  .help = layout_.help}),
       updateNotice_(layout_.executable, mainWindow_.gtk(),
                     [this] { processActivities_.whenQuiet([this] { application_.restart(); }); }) {
+  if (ui_.page != nullptr) {
+    pageServices_.emplace(sessionBus_, PageServices::Access{.page = *ui_.page,
+                                                            .application = application_,
+                                                            .window = mainWindow_,
+                                                            .dropContainer = dropContainer_,
+                                                            .statusItem = statusItem_,
+                                                            .workspace = *desktop_.workspace,
+                                                            .help = layout_.help});
+  }
   application_.setPastedPictures(folders_.downloads / kShareInbox);
   application_.setStartedAgainHandler([this] { updateNotice_.check(); });
 }
@@ -96,7 +82,7 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
 Services LinuxPlatform::services() {
   return {.application = application_,
           .mainWindow = mainWindow_,
-          .engine = engine_,
+          .engine = *ui_.engine,
           .mainQueue = mainQueue_,
           .utilityQueue = utilityQueue_,
           .dropContainer = dropContainer_,
@@ -119,7 +105,7 @@ Services LinuxPlatform::services() {
           .folders = folders_,
           .bundleInfo = {.shortVersion = kBuildVersion,
                          .buildNumber = kBuildNumber,
-                         .privateFrameworks = layout_.privateFrameworks},
+                         .privateFrameworks = uiBundle_.privateFrameworks()},
           .isLoginItemLaunch = isLoginItemLaunch_};
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/Services.h"
-#include "platform/engine/web/WebEngine.h"
 #include "platform/gtk/GLibMainQueue.h"
 #include "platform/linux/DesktopAccess.h"
 #include "platform/linux/PageServices.h"
+#include "platform/linux/UiBundle.h"
 #include "platform/linux/bus/Bus.h"
 #include "platform/linux/previews/ChildImagePreviewer.h"
 #include "platform/linux/previews/TumblerThumbnailer.h"
@@ -46,8 +46,9 @@ class LinuxPlatform {
   Bus systemBus_{G_BUS_TYPE_SYSTEM};
   GLibMainQueue mainQueue_;
   GtkMainWindow mainWindow_;
-  WebEngine engine_;
   GtkDropContainer dropContainer_{sessionBus_};
+  UiBundle uiBundle_;
+  RunningUi ui_;  // ends before what its view is in
   GtkOpenPanel openPanel_;
   GtkPasteboard pasteboard_;
   HostnamedHostName hostName_{systemBus_};
@@ -61,7 +62,7 @@ class LinuxPlatform {
   KeyFileUserDefaults portalState_{folders_.configuration / "portal.ini"};
   DesktopAccess desktop_;
   LinuxProcessActivities processActivities_;
-  PageServices pageServices_;
+  std::optional<PageServices> pageServices_;
   UpdateNotice updateNotice_;
   GioNetworkMonitor networkMonitor_;
   DBusWakeNotices wakeNotices_{systemBus_, sessionBus_};

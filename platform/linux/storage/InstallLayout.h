@@ -8,7 +8,8 @@ namespace brevanholt::platform {
 // wherever it is installed.
 struct InstallLayout {
   std::filesystem::path executable;
-  std::filesystem::path uiBundle;           // share/brevanholt/ui
+  std::filesystem::path uiBundle;           // lib/brevanholt/ui-bundle where that is, or
+                                            // share/brevanholt/ui
   std::filesystem::path webExtensions;      // lib/brevanholt/web-extensions
   std::filesystem::path previewChild;       // lib/brevanholt/brevanholt-preview
   std::filesystem::path privateFrameworks;  // share/brevanholt/Frameworks

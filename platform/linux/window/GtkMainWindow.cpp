@@ -31,7 +31,8 @@ GtkMainWindow::GtkMainWindow(const Glib::RefPtr<Gtk::Application>& application)
   window_.set_icon_name(application->get_id());
   window_.set_default_size(kFirstFrame.width, kFirstFrame.height);
   window_.set_size_request(kSmallestFrame.width, kSmallestFrame.height);
-  window_.signal_delete_event().connect([this](GdkEventAny*) { return closeRequested(); });
+  // Before an engine's view in the window hears of it: Flutter's would end the program.
+  window_.signal_delete_event().connect([this](GdkEventAny*) { return closeRequested(); }, false);
   window_.property_is_active().signal_changed().connect([this] { activeChanged(); });
 }
 
