@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 // Applications look for assets where they are on another system: below the application's private
 // frameworks. The session's folder of the program gets a link in that place.
 fs::path frameworksFor(const FlutterBundle& bundle) {
-  const fs::path frameworks = fs::path(g_get_user_runtime_dir()) / "brevanholt/Frameworks";
+  fs::path frameworks = fs::path(g_get_user_runtime_dir()) / "brevanholt/Frameworks";
   const fs::path resources = frameworks / "App.framework/Resources";
   fs::create_directories(resources);
   fs::remove(resources / "flutter_assets");
@@ -46,19 +46,19 @@ UiBundle::UiBundle(const LaunchOptions& options, const InstallLayout& layout)
   }
 }
 
-RunningUi UiBundle::makeEngine(const LaunchOptions& options,
-                                               const InstallLayout& layout,
-                                               MainQueue& mainQueue) const {
+RunningUi UiBundle::makeEngine(const LaunchOptions& options, const InstallLayout& layout,
+                               MainQueue& mainQueue) const {
   if (isFlutter_) {
     return {.engine = std::make_unique<FlutterEngine>(FlutterBundle(folder_), options.uiArguments)};
   }
-  auto engine = std::make_unique<WebEngine>(WebEngineOptions{.uiBundle = folder_,
-                                                             .keepsBundle = options.uiBundle.empty(),
-                                                             .webExtensions = layout.webExtensions,
-                                                             .uiArguments = options.uiArguments,
-                                                             .developerTools = options.developerTools,
-                                                             .isInFlatpak = isInFlatpak()},
-                                            mainQueue);
+  auto engine =
+      std::make_unique<WebEngine>(WebEngineOptions{.uiBundle = folder_,
+                                                   .keepsBundle = options.uiBundle.empty(),
+                                                   .webExtensions = layout.webExtensions,
+                                                   .uiArguments = options.uiArguments,
+                                                   .developerTools = options.developerTools,
+                                                   .isInFlatpak = isInFlatpak()},
+                                  mainQueue);
   EngineApplication& page = engine->application();
   return {.engine = std::move(engine), .page = &page};
 }

@@ -26,11 +26,11 @@ class UiBundle {
   UiBundle(const LaunchOptions& options, const InstallLayout& layout);
 
   // Throws PlatformError where the bundle is incomplete.
-  [[nodiscard]] RunningUi makeEngine(const LaunchOptions& options,
-                                                     const InstallLayout& layout,
-                                                     MainQueue& mainQueue) const;
+  [[nodiscard]] RunningUi makeEngine(const LaunchOptions& options, const InstallLayout& layout,
+                                     MainQueue& mainQueue) const;
 
-  // Where the bundle's packaged assets are, such as the logo; where it has none, the installed ones.
+  // Where the bundle's packaged assets are, such as the logo; where it has none, the installed
+  // ones.
   [[nodiscard]] const std::filesystem::path& privateFrameworks() const { return frameworks_; }
 
  private:

@@ -8,12 +8,12 @@ import struct
 import tempfile
 import threading
 
-from host import TIME_LIMIT, wait_until
+from stage.host import TIME_LIMIT, wait_until
 
 
 class DartSide:
-    """One application, connected to a socket of its own. What it reports is kept in `events`, as
-    (target, name, data)."""
+    """One application, connected to a socket of its own. What it reports is kept: `events` are
+    (target, name, data), `properties` are its window's."""
 
     def __init__(self):
         self.address = str(pathlib.Path(tempfile.mkdtemp()) / "dart")
@@ -26,6 +26,7 @@ class DartSide:
         self._results = 0
         self.details = None
         self.events = []
+        self.properties = {}
         threading.Thread(target=self._serve, daemon=True).start()
 
     def _serve(self):
@@ -52,6 +53,9 @@ class DartSide:
             elif message["action"] == "pageEventFromWeb":
                 event = (payload["eventTarget"], payload["eventName"], payload["eventData"])
                 self.events.append(event)
+            elif message["action"] == "updateControlProps":
+                for properties in payload["props"]:
+                    self.properties.update(properties)
 
     def _send(self, action, payload):
         data = json.dumps({"action": action, "payload": payload}).encode()
@@ -78,7 +82,7 @@ class DartSide:
             {
                 "methodId": number,
                 "methodName": method,
-                "controlId": "page",
+                "controlId": "",
                 "arguments": arguments,
             },
         )

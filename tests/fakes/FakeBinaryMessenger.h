@@ -25,10 +25,14 @@ class FakeBinaryMessenger final : public BinaryMessenger {
     handlers_[channel] = std::move(handler);
   }
 
+  void deliver(const std::string& channel, Bytes message, BinaryReply reply) {
+    if (!hasHandler(channel)) return reply({});
+    handlers_.at(channel)(std::move(message), std::move(reply));
+  }
   // The reply, once there is one.
   std::shared_ptr<std::optional<Reply>> callRaw(const std::string& channel, Bytes message) {
     auto answer = std::make_shared<std::optional<Reply>>();
-    handlers_.at(channel)(std::move(message), [answer](const Message& reply) {
+    deliver(channel, std::move(message), [answer](const Message& reply) {
       if (answer->has_value()) throw std::logic_error("answered twice");
       *answer = StandardMethodCodec::decodeReply(reply.joined());
     });

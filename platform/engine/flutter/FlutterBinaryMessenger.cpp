@@ -47,7 +47,8 @@ class FlutterBinaryMessenger::OwedReplies {
     functions_.fl_binary_messenger_send_response(messenger_, handle.mapped().get(), bytes.get(),
                                                  &failure);
     const GErrorPointer error(failure);
-    if (error) logWarning(std::string("a reply did not reach the user interface: ") + error->message);
+    if (error)
+      logWarning(std::string("a reply did not reach the user interface: ") + error->message);
   }
   void sendAll() {
     while (!handles_.empty()) send(handles_.begin()->first, {});
@@ -160,12 +161,12 @@ void FlutterBinaryMessenger::sendOne(const std::string& channel, Outgoing outgoi
 }
 
 void FlutterBinaryMessenger::answered(std::uint64_t number, const GError* error) {
+  if (!unanswered_.contains(number)) return;  // by Dart code that has ended since
   if (error != nullptr) {
     logWarning(std::string("a message did not reach the user interface: ") + error->message);
     return uiEnded();
   }
   auto sent = unanswered_.extract(number);
-  if (!sent) return;
   const std::string name = std::move(sent.mapped().channel);
   Channel& channel = channels_[name];
   channel.listens = true;

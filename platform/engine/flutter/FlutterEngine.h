@@ -19,8 +19,8 @@ namespace brevanholt::platform {
 // The UI in a Flutter engine, in this process. Its Dart code starts when the view is in a window,
 // also in one that is not shown.
 //
-// Flutter's own view expects that the window it comes into is realized, so it stands in a box and is
-// added when the box is.
+// Flutter's own view expects that the window it comes into is realized, so it stands in a box and
+// is added when the box is.
 //
 // Timers of the Dart code run at full speed in a hidden window, without asking. Dart's exit() ends
 // this process with its status.

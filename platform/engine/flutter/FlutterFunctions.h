@@ -2,8 +2,8 @@
 
 #include <gio/gio.h>
 
-// Types of Flutter's public C interface for GTK, which are not looked into. An FlView is a GtkWidget
-// and a plugin registry, and all of them are GObjects.
+// Types of Flutter's public C interface for GTK, which are not looked into. An FlView is a
+// GtkWidget and a plugin registry, and all of them are GObjects.
 struct _FlDartProject;
 struct _FlView;
 struct _FlEngine;
@@ -36,7 +36,7 @@ struct FlutterFunctions {
   void (*fl_dart_project_set_dart_entrypoint_arguments)(FlDartProject* project, char** arguments);
 
   FlView* (*fl_view_new)(FlDartProject* project);
-  FlEngine* (*fl_view_get_engine)(FlView* view);                          // borrowed
+  FlEngine* (*fl_view_get_engine)(FlView* view);                           // borrowed
   FlBinaryMessenger* (*fl_engine_get_binary_messenger)(FlEngine* engine);  // borrowed
 
   // A null handler removes the one that is set.

@@ -8,8 +8,8 @@ InstallLayout InstallLayout::ofThisProcess() {
   // A link counts even where it leads nowhere: then starting says so.
   const auto chosen = prefix / "lib/brevanholt/ui-bundle";
   std::error_code error;
-  const bool isChosen =
-      std::filesystem::symlink_status(chosen, error).type() != std::filesystem::file_type::not_found;
+  const bool isChosen = std::filesystem::symlink_status(chosen, error).type() !=
+                        std::filesystem::file_type::not_found;
   return {.executable = executable,
           .uiBundle = isChosen ? chosen : prefix / "share/brevanholt/ui",
           .webExtensions = prefix / "lib/brevanholt/web-extensions",

@@ -34,7 +34,8 @@ LinuxStatusItem::LinuxStatusItem(Bus& sessionBus, Options options,
       applicationIcon_(std::move(options.applicationIcon)),
       activationTokenGiven_(std::move(activationTokenGiven)),
       panelStyle_(panelStyle(options.currentDesktop)),
-      placesWindows_(canPlaceWindows(gdk_display_get_default())) {
+      placesWindows_(canPlaceWindows(gdk_display_get_default())),
+      ownPictures_(std::move(options.ownPictures)) {
   Gtk::IconTheme::get_default()->append_search_path(options.iconThemePath);
   appearance_.iconThemePath = std::move(options.iconThemePath);
   const auto settings = Gtk::Settings::get_default();
@@ -56,13 +57,18 @@ void LinuxStatusItem::setImage(const Image& image) {
 void LinuxStatusItem::drawImage() {
   const bool hasDrawing = !std::holds_alternative<Image::Nothing>(image_.content);
   symbolicIcon_ = hasDrawing ? applicationIcon_ + "-symbolic" : "";
-  if (panelStyle_.colorsNamedIcons) {
-    appearance_.iconName = symbolicIcon_;
-  } else {
+  const bool isNamed = panelStyle_.colorsNamedIcons && isOwnIcon();
+  appearance_.iconName = isNamed ? symbolicIcon_ : "";
+  if (!isNamed) {
     appearance_.pixmaps =
         trayPixmaps(image_, applicationIcon_, panelColor(panelStyle_, textColorOf(Gtk::Window())));
   }
   showAppearance();
+}
+
+bool LinuxStatusItem::isOwnIcon() const {
+  const auto* drawing = std::get_if<Image::PictureDrawing>(&image_.content);
+  return drawing == nullptr || drawing->picture.native().starts_with(ownPictures_.native());
 }
 
 void LinuxStatusItem::setToolTip(const std::string& text) {

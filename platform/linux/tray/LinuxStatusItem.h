@@ -7,6 +7,7 @@
 #include "platform/linux/tray/StatusNotifierItem.h"
 #include "platform/linux/tray/XEmbedStatusIcon.h"
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,7 +26,8 @@ class LinuxStatusItem final : public StatusItem {
   struct Options {
     std::string applicationIcon;  // its name, in the icon theme below
     std::string iconThemePath;
-    std::string currentDesktop;  // as XDG_CURRENT_DESKTOP
+    std::string currentDesktop;         // as XDG_CURRENT_DESKTOP
+    std::filesystem::path ownPictures;  // a folder; pictures in it show what the icon does
   };
 
   LinuxStatusItem(Bus& sessionBus, Options options,
@@ -45,6 +47,8 @@ class LinuxStatusItem final : public StatusItem {
  private:
   void shownChanged(bool isShown);
   void drawImage();
+  // Whether the image is what the application's icon shows.
+  [[nodiscard]] bool isOwnIcon() const;
   void popUpAt(int x, int y);
   void showAppearance();
 
@@ -55,6 +59,7 @@ class LinuxStatusItem final : public StatusItem {
   bool placesWindows_;  // by coordinates, which X11 alone allows
   bool hasWarned_ = false;
   bool isInNotifierTray_ = false;
+  std::filesystem::path ownPictures_;
   Image image_;
   std::string symbolicIcon_;
   TrayAppearance appearance_;
