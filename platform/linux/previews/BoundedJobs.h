@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <list>
@@ -8,7 +9,9 @@
 namespace brevanholt::platform {
 
 // Jobs of which only so many are under way at once; the others wait in order. One that takes long
-// may stand aside: it goes on, and another one starts in its place.
+// may stand aside: it goes on, and another one starts in its place. Where all that are under way
+// have stood aside and others wait, the latest is interrupted, and begins anew once none waits that
+// has not been begun.
 template <class Job>
 class BoundedJobs {
  public:
@@ -20,8 +23,10 @@ class BoundedJobs {
     std::size_t aside = 0;  // beyond those
   };
 
-  BoundedJobs(Most most, std::function<void(Position)> start)
-      : most_(most), start_(std::move(start)) {}
+  // Without `interrupt`, no job is interrupted.
+  BoundedJobs(Most most, std::function<void(Position)> start,
+              std::function<void(Position)> interrupt = nullptr)
+      : most_(most), start_(std::move(start)), interrupt_(std::move(interrupt)) {}
 
   void add(Job job) {
     waiting_.push_back(std::move(job));
@@ -42,22 +47,37 @@ class BoundedJobs {
   }
 
   void startWaiting() {
-    while (!waiting_.empty() && running_.size() < most_.running + aside()) {
-      running_.splice(running_.end(), waiting_, waiting_.begin());
-      start_(std::prev(running_.end()));
-    }
+    while (!waiting_.empty() && (hasRoom() || makeRoom())) startFirstOf(waiting_);
+    while (!interrupted_.empty() && hasRoom()) startFirstOf(interrupted_);
   }
 
  private:
-  [[nodiscard]] std::size_t aside() const {
+  [[nodiscard]] std::size_t slow() const {
     std::size_t slow = 0;
     for (const Job& job : running_) slow += job.isSlow ? 1U : 0U;
-    return slow < most_.aside ? slow : most_.aside;
+    return slow;
+  }
+  [[nodiscard]] bool hasRoom() const {
+    return running_.size() < most_.running + std::min(slow(), most_.aside);
+  }
+  bool makeRoom() {
+    if (!interrupt_ || slow() < running_.size()) return false;
+    const Position latest = std::prev(running_.end());
+    latest->isSlow = false;
+    interrupted_.splice(interrupted_.end(), running_, latest);
+    interrupt_(latest);
+    return true;
+  }
+  void startFirstOf(std::list<Job>& jobs) {
+    running_.splice(running_.end(), jobs, jobs.begin());
+    start_(std::prev(running_.end()));
   }
 
   Most most_;
   std::function<void(Position)> start_;
+  std::function<void(Position)> interrupt_;
   std::list<Job> waiting_;
+  std::list<Job> interrupted_;
   std::list<Job> running_;
 };
 

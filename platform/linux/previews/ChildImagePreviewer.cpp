@@ -48,8 +48,13 @@ Result<Picture> pictureIn(const CollectedProcess::Outcome& outcome, int maximumD
 
 ChildImagePreviewer::ChildImagePreviewer(Options options)
     : options_(std::move(options)),
-      jobs_({.running = options_.mostChildren, .aside = options_.mostSlowChildren},
-            [this](Jobs::Position job) { start(job); }),
+      jobs_(
+          {.running = options_.mostChildren, .aside = options_.mostSlowChildren},
+          [this](Jobs::Position job) { start(job); },
+          [](Jobs::Position job) {
+            job->onSlow.stop();
+            job->child.reset();
+          }),
       sandbox_(options_.child, options_.bubblewrap, options_.isInFlatpak,
                options_.retrySandboxAfter) {}
 

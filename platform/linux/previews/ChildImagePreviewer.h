@@ -8,7 +8,7 @@
 namespace brevanholt::platform {
 
 // Decodes each image in a process of its own, brevanholt-preview, that has no rights and ends with
-// its answer. A few run at once; what is asked for beyond that waits in order. A few that take long
+// its answer. A few run at once; what is asked for beyond that waits in order. Those that take long
 // do not keep the others waiting.
 class ChildImagePreviewer final : public ImagePreviewer {
  public:
