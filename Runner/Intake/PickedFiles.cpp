@@ -39,12 +39,12 @@ void addBookmarks(const SecurityScopes& scopes, UserDefaults& defaults,
   });
 }
 
-// Calls `visit` with a path and with each folder that it lies in, as keys name them.
+// Calls `visit` with a path and with each folder that it lies in, as keys name them, until it
+// returns false.
 template <class Visit>
 void forEachKeyOf(const std::string& path, Visit visit) {
-  for (std::size_t end = path.size(); end != std::string::npos;
+  for (std::size_t end = path.size(); end != std::string::npos && visit(path.substr(0, end));
        end = end == 0 ? std::string::npos : path.rfind('/', end - 1)) {
-    visit(path.substr(0, end));
   }
 }
 
@@ -55,6 +55,7 @@ std::set<std::string> matchingKeys(const UserDefaults::StringDictionary& bookmar
   for (const std::string& path : paths) {
     forEachKeyOf(path, [&](std::string key) {
       if (bookmarks.contains(key)) keys.insert(std::move(key));
+      return true;
     });
   }
   return keys;
@@ -89,7 +90,8 @@ std::optional<std::filesystem::path> PickedFiles::openItemOf(
     const std::filesystem::path& path) const {
   std::optional<std::filesystem::path> found;
   forEachKeyOf(path.native(), [&](const std::string& key) {
-    if (!found && securityScopedURLs_.contains(key)) found = key;
+    if (securityScopedURLs_.contains(key)) found = key;
+    return !found;
   });
   return found;
 }
