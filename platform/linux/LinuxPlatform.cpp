@@ -39,7 +39,7 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
       mainWindow_(application.gtk()),
       uiBundle_(options, layout_),
       ui_(uiBundle_.makeEngine(options, layout_, mainQueue_)),
-      openPanel_(mainWindow_.gtk()),
+      openPanel_(mainWindow_.gtk(), userDefaults_),
       images_(kApplicationId),
       statusItem_(sessionBus_,
                   {.applicationIcon = kApplicationId,

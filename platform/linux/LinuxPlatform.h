@@ -42,6 +42,7 @@ class LinuxPlatform {
   bool isLoginItemLaunch_;
   KnownFolders folders_ = xdgFolders();
   InstanceLock instanceLock_{folders_.configuration};
+  KeyFileUserDefaults userDefaults_{folders_.configuration / "defaults.ini"};
   Bus sessionBus_{G_BUS_TYPE_SESSION};
   Bus systemBus_{G_BUS_TYPE_SYSTEM};
   GLibMainQueue mainQueue_;
@@ -57,7 +58,6 @@ class LinuxPlatform {
   GdkScreens screens_;
   ChildImagePreviewer imagePreviewer_;
   TumblerThumbnailer thumbnailer_;
-  KeyFileUserDefaults userDefaults_{folders_.configuration / "defaults.ini"};
   KeyFileUserDefaults sessionState_;
   KeyFileUserDefaults portalState_{folders_.configuration / "portal.ini"};
   DesktopAccess desktop_;

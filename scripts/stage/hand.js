@@ -35,6 +35,7 @@ for (const argument of await uiArguments()) {
     const { className, style } = document.documentElement;
     return {
       at,
+      focus: nameOf(document.activeElement),
       text: document.body.innerText.replace(/\s+/g, ' '),
       looks: {
         isDark: matchMedia('(prefers-color-scheme: dark)').matches,

@@ -1,6 +1,8 @@
 #include "platform/linux/window/GtkOpenPanel.h"
 
 #include "platform/foundation/Files.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Utf8.h"
 
 #include <gtk/gtk.h>
@@ -8,6 +10,9 @@
 namespace brevanholt::platform {
 
 namespace {
+
+constexpr const char* kDefaultsKey = "openPanel";
+constexpr const char* kFolder = "folder";
 
 // Why an item cannot be taken; empty where it can.
 std::string problemWith(const std::filesystem::path& item, OpenPanel::Choice choice) {
@@ -22,7 +27,8 @@ std::string problemWith(const std::filesystem::path& item, OpenPanel::Choice cho
 
 }  // namespace
 
-GtkOpenPanel::GtkOpenPanel(Gtk::Window& parent) : parent_(parent), folder_(g_get_home_dir()) {}
+GtkOpenPanel::GtkOpenPanel(Gtk::Window& parent, UserDefaults& defaults)
+    : parent_(parent), defaults_(defaults) {}
 
 GtkOpenPanel::~GtkOpenPanel() {
   panel_.reset();
@@ -42,9 +48,28 @@ void GtkOpenPanel::showNext() {
       "_Select", "_Cancel");
   panel_->set_select_multiple(!wantsFolder);
   panel_->set_modal(true);
-  panel_->set_current_folder(folder_);
+  panel_->set_current_folder(lastFolder());
   panel_->signal_response().connect([this](int response) { answered(response); });
   panel_->show();
+}
+
+std::string GtkOpenPanel::lastFolder() const {
+  try {
+    const auto kept = defaults_.stringDictionary(kDefaultsKey);
+    const auto folder = kept.find(kFolder);
+    if (folder != kept.end() && isDirectory(folder->second)) return folder->second;
+  } catch (const PlatformError& error) {
+    logInfo("the last folder is not known: " + error.message());
+  }
+  return g_get_home_dir();
+}
+
+void GtkOpenPanel::rememberFolder(const std::filesystem::path& folder) {
+  try {
+    defaults_.setStringDictionary(kDefaultsKey, {{kFolder, folder.native()}});
+  } catch (const PlatformError& error) {
+    logInfo("the last folder is not kept: " + error.message());
+  }
 }
 
 void GtkOpenPanel::answered(int response) {
@@ -59,7 +84,7 @@ void GtkOpenPanel::answered(int response) {
         problems += problem + '\n';
       }
     }
-    if (!chosen.empty()) folder_ = chosen.front().parent_path();
+    if (!chosen.empty()) rememberFolder(chosen.front().parent_path());
   }
   // Kept until this is over: it is in the middle of its own signal.
   const auto finished = std::exchange(panel_, {});

@@ -1,34 +1,39 @@
 #pragma once
 
 #include "platform/desktop/OpenPanel.h"
+#include "platform/foundation/UserDefaults.h"
 
 #include <gtkmm/filechoosernative.h>
 #include <gtkmm/messagedialog.h>
 #include <gtkmm/window.h>
 
 #include <deque>
+#include <filesystem>
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace brevanholt::platform {
 
 // GTK's file chooser (the portal's in a sandbox), modal for the window that it is given. It begins
-// in the folder in which something was chosen last. Names can be typed into it, so what it answers
-// is checked.
+// in the folder in which something was chosen last, in this run or another. Names can be typed into
+// it, so what it answers is checked.
 class GtkOpenPanel final : public OpenPanel {
  public:
-  explicit GtkOpenPanel(Gtk::Window& parent);
+  GtkOpenPanel(Gtk::Window& parent, UserDefaults& defaults);
   // Cancels what is still open.
   ~GtkOpenPanel() override;
   void choose(Choice choice, Callback callback) override;
 
  private:
   void showNext();
+  [[nodiscard]] std::string lastFolder() const;
+  void rememberFolder(const std::filesystem::path& folder);
   void answered(int response);
   void explain(const std::string& problems);
 
   Gtk::Window& parent_;
-  std::string folder_;
+  UserDefaults& defaults_;
   std::deque<std::pair<Choice, Callback>> waiting_;  // the first is the one that is shown
   Glib::RefPtr<Gtk::FileChooserNative> panel_;
   std::unique_ptr<Gtk::MessageDialog> explanation_;

@@ -142,7 +142,9 @@ TEST_F(StatusNotifierItemTest, SaysWhatItLooksLike) {
                         .toolTip = "Brevanholt — 12 %",
                         .iconName = "icon-symbolic",
                         .iconThemePath = "/icons",
-                        .pixmaps = {{.width = 1, .height = 1, .pixels = {255, 1, 2, 3}}}});
+                        .pixmaps = {{.width = 1, .height = 1, .pixels = {255, 1, 2, 3}}},
+                        .needsAttention = true});
+  EXPECT_EQ(property("Status"), "(<'NeedsAttention'>,)");
   EXPECT_EQ(property("ToolTip"), "(<('', @a(iiay) [], 'Brevanholt — 12 %', '')>,)");
   EXPECT_EQ(property("IconPixmap"), "(<[(1, 1, [byte 0xff, 0x01, 0x02, 0x03])]>,)");
   EXPECT_EQ(property("Menu"), "(<objectpath '/StatusMenu'>,)");
