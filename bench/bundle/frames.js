@@ -2,14 +2,14 @@
 // end of the drawing that it causes, which is when a message that was posted before it arrives.
 
 import { mount, settled, useStyle } from './harness.js';
-import { ACTIVE, STATES } from './sample_state.js';
+import { ACTIVE, MANY } from './sample_state.js';
 
 const UPDATES = 100;
 const INTERVAL = 100;
 
 export async function scenario({ rows }) {
   await useStyle();
-  const { transfers, ...given } = STATES.many;
+  const { transfers, ...given } = MANY;
   const over = transfers.slice(1, 1 + Number(rows));
   const application = mount({ ...given, transfers: [...ACTIVE, ...over] });
   await settled();

@@ -155,22 +155,24 @@ export const STATES = {
     outbox: OUTBOX,
     drag: { x: 200, y: 500, hasFiles: true, folders: [] },
   },
-  many: {
-    devices: DEVICES,
-    outbox: OUTBOX,
-    transfers: [
-      ACTIVE[0],
-      ...Array.from({ length: 500 }, (_, at) => ({
-        ...RECENTS[at % RECENTS.length],
-        id: `m${at}`,
-        when: Date.now() - at * 86_400_000,
-      })),
-    ],
-  },
   long: {
     devices: DEVICES,
     settings: { ...SETTINGS, showsConsole: true },
     self: { name: `${DEVICES[2].name}, and on`, fingerprint: FINGERPRINT, version: '1.0.0' },
     problem: 'The network cannot be used. What you choose to send stays here.',
   },
+};
+
+/** More than the list of transfers keeps, whose rows have names alike. */
+export const MANY = {
+  devices: DEVICES,
+  outbox: OUTBOX,
+  transfers: [
+    ACTIVE[0],
+    ...Array.from({ length: 500 }, (_, at) => ({
+      ...RECENTS[at % RECENTS.length],
+      id: `m${at}`,
+      when: Date.now() - at * 86_400_000,
+    })),
+  ],
 };

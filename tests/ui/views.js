@@ -2,7 +2,7 @@
 // {show: NAME} is a state of sample_state.js, afresh, in a `language` and with a dialog of the menu `open`
 // where those are given; {axe: true} has axe-core look at it; {} only looks.
 
-import { STATES } from './sample_state.js';
+import { MANY, STATES } from './sample_state.js';
 import { followOrders } from './orders.js';
 import { mount, nameOf, open, settled, useStyle } from './harness.js';
 import { MIRRORED } from './mirrored.js';
@@ -49,7 +49,7 @@ export async function scenario({ folder }) {
   await followOrders(folder, async ({ show, language = 'en', open: entry, axe }) => {
     if (show) {
       speak({ languages: [language], time: language, numbers: language }, CATALOGUES);
-      application = mount({ ...STATES[show], picture: bytes });
+      application = mount({ ...(show === 'many' ? MANY : STATES[show]), picture: bytes });
       if (entry) open(words(entry));
     }
     await settled();
