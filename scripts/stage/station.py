@@ -26,6 +26,14 @@ def bundle_with_hand(folder):
     return folder
 
 
+def follow_orders(bundle, orders):
+    """Lets the bundle use the orders' folder, and returns the options that run it."""
+    manifest = json.loads((SOURCE / "ui/bundle.json").read_text())
+    manifest["folders"] = [str(orders.folder)]
+    (bundle / "bundle.json").write_text(json.dumps(manifest))
+    return ["--ui-bundle", str(bundle), "--ui-argument", f"hand={orders.folder}"]
+
+
 class Station:
     """The commands of `wrapper` run the program. Without a panel the window has the whole screen."""
 
@@ -45,19 +53,9 @@ class Station:
 
     def start(self):
         self._orders = Orders()
-        manifest = json.loads((SOURCE / "ui/bundle.json").read_text())
-        manifest["folders"] = [str(self._orders.folder)]
-        (self._bundle / "bundle.json").write_text(json.dumps(manifest))
         inside = self.folder / "inside"
         inside.unlink(missing_ok=True)
-        program = [
-            *self._wrapper,
-            BINARY,
-            "--ui-bundle",
-            str(self._bundle),
-            "--ui-argument",
-            f"hand={self._orders.folder}",
-        ]
+        program = [*self._wrapper, BINARY, *follow_orders(self._bundle, self._orders)]
         script = '{ echo $$; env; } >"$0.new"; mv "$0.new" "$0"; exec "$@" 2>>"${0%/*}/log"'
         self._desktop = subprocess.Popen(
             self.network.command(

@@ -12,7 +12,7 @@ import dbusmock
 
 from cases import HostTest
 from stage.host import BINARY, Orders, output_of, visible_window, wait_until
-from stage.station import bundle_with_hand
+from stage.station import bundle_with_hand, follow_orders
 from test_bare import BUS
 from tray import picture
 
@@ -25,14 +25,8 @@ class WindowTest(HostTest):
     def start_window(self, **environment):
         self.orders = Orders()
         bundle = bundle_with_hand(pathlib.Path(tempfile.mkdtemp()) / "bundle")
-        host = self.start(
-            "--ui-bundle",
-            str(bundle),
-            "--ui-argument",
-            f"hand={self.orders.folder}",
-            "--developer-tools",
-            environment=environment,
-        )
+        options = follow_orders(bundle, self.orders)
+        host = self.start(*options, "--developer-tools", environment=environment)
         self.window = wait_until(visible_window, "the window")
         output_of("wmctrl", "-i", "-a", self.window)
         return host
