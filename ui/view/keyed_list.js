@@ -11,6 +11,8 @@ import { setAttribute } from './dom.js';
 export class KeyedList {
   /** @type {Map<string, { item: Item, row: Row<Item> }>} */
   #rows = new Map();
+  /** @type {Item[]} */
+  #items = [];
   #container;
   #keyOf;
   #create;
@@ -28,6 +30,9 @@ export class KeyedList {
 
   /** @param {Item[]} items replaced where they change, never mutated */
   update(items) {
+    const before = this.#items;
+    this.#items = items;
+    if (items.length === before.length && items.every((item, at) => item === before[at])) return;
     /** @type {Map<string, { item: Item, row: Row<Item> }>} */
     const rows = new Map();
     for (const item of items) {
