@@ -15,11 +15,13 @@ namespace {
 
 std::atomic<bool> engineRuns = false;
 
-// Dart's exit() is the C library's, in the middle of what the host does. The destructors of what
-// other threads work with must not run then.
+// Dart's exit() is the C library's, in the middle of what the host does. Whoever calls it, the
+// destructors of what the engine's threads work with must not run: its library may keep them
+// running when the view is gone.
 void endAtOnce(int status, void*) {
-  if (!engineRuns) return;
-  logWarning("the user interface ended the program with status " + std::to_string(status));
+  if (engineRuns) {
+    logWarning("the user interface ended the program with status " + std::to_string(status));
+  }
   std::fflush(nullptr);
   std::_Exit(status);
 }
