@@ -267,7 +267,7 @@ BusSubscription Bus::subscribe(const BusSignal& signal, SignalHandler handler) {
 }
 
 BusSubscription Bus::watchName(const std::string& name,
-                               std::function<void(const std::string&)> handler) {
+                               const std::function<void(const std::string&)>& handler) {
   using Handler = std::function<void(const std::string&)>;
   return onEachConnection(*this,
                           [name, handler](GDBusConnection* connection) -> UniqueFunction<void()> {

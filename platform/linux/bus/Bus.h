@@ -94,8 +94,8 @@ class Bus {
 
   [[nodiscard]] BusSubscription subscribe(const BusSignal& signal, SignalHandler handler);
   // Tells, from now on, whether `name` has an owner (its unique name; empty for none).
-  [[nodiscard]] BusSubscription watchName(const std::string& name,
-                                          std::function<void(const std::string& owner)> handler);
+  [[nodiscard]] BusSubscription watchName(
+      const std::string& name, const std::function<void(const std::string& owner)>& handler);
 
  private:
   using Finish = UniqueFunction<void(GAsyncResult*)>;
