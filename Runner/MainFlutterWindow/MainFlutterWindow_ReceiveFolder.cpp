@@ -43,17 +43,13 @@ void MainFlutterWindow::openReceiveFolder(const CallArguments& /*arguments*/, Me
 void MainFlutterWindow::publishReceivedFile(const CallArguments& arguments, MethodResult result) {
   const auto path = arguments.path("path");
   if (!path) return replyError(std::move(result), PlatformError("The received path is invalid."));
-  try {
-    platform::Place(pageFiles_.toChange(*path));  // throws where a link leads elsewhere
-  } catch (const PlatformError& error) {
-    return replyError(std::move(result), error);
-  }
   const auto* name = arguments.optional<std::string>("name");
   const auto* relativePath = arguments.optional<std::string>("relativePath");
   receiveFolder_.publishFile(
       {.path = *path,
        .name = name != nullptr ? *name : "",
-       .relativePath = relativePath != nullptr ? std::optional(*relativePath) : std::nullopt},
+       .relativePath = relativePath != nullptr ? std::optional(*relativePath) : std::nullopt,
+       .isReadable = pageFiles_.isOwn(*path)},
       replyPath(std::move(result)));
 }
 

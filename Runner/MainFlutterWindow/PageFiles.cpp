@@ -1,6 +1,7 @@
 #include "Runner/MainFlutterWindow/PageFiles.h"
 
 #include "platform/foundation/Log.h"
+#include "platform/foundation/Place.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <string_view>
@@ -56,6 +57,18 @@ Reach PageFiles::toChange(const Path& path) {
   auto own = inOwnFolder(*named);
   if (!own || own->below.empty()) refuse(path, "it is outside of the user interface's own folders");
   return std::move(*own);
+}
+
+bool PageFiles::isOwn(const Path& path) const {
+  const auto named = plain(path);
+  const auto own = named ? inOwnFolder(*named) : std::nullopt;
+  if (!own || own->below.empty()) return false;
+  try {
+    (void)platform::Place(*own);
+    return true;
+  } catch (const platform::PlatformError&) {
+    return false;
+  }
 }
 
 std::optional<Reach> PageFiles::inOwnFolder(const Path& path) const {

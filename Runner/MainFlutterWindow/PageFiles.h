@@ -23,6 +23,8 @@ class PageFiles final : public platform::FileAccess {
 
   [[nodiscard]] platform::Reach toRead(const Path& path) override;
   [[nodiscard]] platform::Reach toChange(const Path& path) override;
+  // Whether the path is of something that the UI may change, with no link on the way.
+  [[nodiscard]] bool isOwn(const Path& path) const;
 
  private:
   [[nodiscard]] std::optional<platform::Reach> inOwnFolder(const Path& path) const;

@@ -33,6 +33,7 @@ class ReceiveFolder {
     Path path;
     std::string name;
     std::optional<std::string> relativePath;
+    bool isReadable = true;  // to the UI, once it is placed
   };
   struct Found {
     std::string name;
@@ -57,7 +58,7 @@ class ReceiveFolder {
 
   // The area, once something was to be written there.
   [[nodiscard]] const std::optional<Path>& scratchArea() const { return scratchArea_; }
-  // The device and inode of the file that this run has placed there.
+  // The device and inode of the readable file that this run has placed there.
   [[nodiscard]] std::optional<Identity> placedAt(const Path& location) const;
 
   // Moves a file into the folder under a free name. `done` gets its final path when that outlasts a

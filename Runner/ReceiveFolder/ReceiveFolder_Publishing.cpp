@@ -49,13 +49,14 @@ void ReceiveFolder::publishFile(const Arrival& arrival, Placed done) {
   if (!placed.ok()) return done(placed.error());
   if (placed.value()) {
     unsynced_.insert(folder);
-    remember(*placed.value());
+    if (arrival.isReadable) remember(*placed.value());
     return answerAfterSync(*placed.value(), std::move(done));
   }
   copies_.add(arrival.path, folder, name,
-              lifetime_.bind([this, done = std::move(done)](Result<fs::path> copied) mutable {
+              lifetime_.bind([this, isReadable = arrival.isReadable,
+                              done = std::move(done)](Result<fs::path> copied) mutable {
                 if (!copied.ok()) return done(copied.error());
-                remember(copied.value());
+                if (isReadable) remember(copied.value());
                 answerAfterSync(copied.value(), std::move(done));
               }));
 }

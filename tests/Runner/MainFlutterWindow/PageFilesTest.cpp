@@ -1,14 +1,11 @@
 #include "tests/Runner/HostTest.h"
 
-#include <gmock/gmock.h>
-
 #include <sys/stat.h>
 
 namespace brevanholt {
 namespace {
 
 using namespace platform;
-using testing::HasSubstr;
 
 class PageFilesTest : public HostTest {
  protected:
@@ -52,13 +49,19 @@ TEST_F(PageFilesTest, ChangesOnlyWhatIsInTheFoldersOfTheUi) {
   EXPECT_EQ(read(support + "/"), support + "|");
   EXPECT_EQ(change(home + "/.bashrc"), "refused");
   EXPECT_EQ(log_.count(LogLevel::kWarning, "/.bashrc” may not be used"), 1);
-  EXPECT_THAT(textOf("publishReceivedFile", Map{{"path", home + "/.bashrc"}}),
-              HasSubstr("may not be used"))
-      << "which would move it";
+}
+
+TEST_F(PageFilesTest, DoesNotReadWhatWasOnlyPublished) {
+  const std::string home = platform_.home.path();
+  const std::string support = platform_.folders.applicationSupport / "Brevanholt";
   std::filesystem::create_directories(support);
   std::filesystem::create_symlink(home, support + "/link");
-  EXPECT_THAT(textOf("publishReceivedFile", Map{{"path", support + "/link/.bashrc"}}),
-              HasSubstr("symbolic links"));
+  for (const std::string& path : {home + "/secret", support + "/link/secret"}) {
+    writeFile(home + "/secret", "not written by the UI");
+    const std::string placed = textOf("publishReceivedFile", Map{{"path", path}, {"name", "x"}});
+    EXPECT_TRUE(std::filesystem::exists(placed)) << placed;
+    EXPECT_EQ(read(placed), "refused");
+  }
 }
 
 TEST_F(PageFilesTest, ReadsWhatIsHandedInUntilItIsTakenBack) {
