@@ -66,7 +66,7 @@ class PreviewsTest(RemoteTest):
             self.assertEqual(previews[5:], [previews[4]] * 39)
             wait_until(
                 lambda: subprocess.run(
-                    ["pgrep", "-P", str(host.process.pid), "bwrap|brevanholt-prev"],
+                    ["pgrep", "-P", str(host.process.pid), "-f", "brevanholt-preview"],
                     check=False,
                     stdout=subprocess.DEVNULL,
                 ).returncode

@@ -6,8 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 #include <sys/socket.h>
@@ -145,7 +147,8 @@ TEST_F(SealedConnectionTest, MovesFilesAndTextsInOrderAndSaysWhatIsWhole) {
   parts.push_back({6, bytesOf("a text"), 0, 6, 0});
   for (std::uint32_t entry = 10; entry < 200; ++entry) parts.push_back(file(entry, "small"));
   std::vector<IncomingPart> targets;
-  for (const OutgoingPart& part : parts) targets.push_back(target(part));
+  std::ranges::transform(parts, std::back_inserter(targets),
+                         [this](const OutgoingPart& part) { return target(part); });
   targets[3].path.reset();
   writeFile(folder_ / "in5", "res");
   far_->expect({targets[0]});
@@ -154,7 +157,7 @@ TEST_F(SealedConnectionTest, MovesFilesAndTextsInOrderAndSaysWhatIsWhole) {
   const Heard heard = hear(kTrusted, targets);
 
   EXPECT_EQ(heard.record, 8);
-  EXPECT_EQ(heard.taken, large.size() + 7 + 6 + 190 * 5);
+  EXPECT_EQ(heard.taken, large.size() + 7 + 6 + 190 * std::size_t{5});
   EXPECT_EQ(heard.whole.size(), parts.size());
   EXPECT_EQ(heard.text, "a text");
   EXPECT_EQ(arrived(1), large);
