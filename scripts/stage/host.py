@@ -74,6 +74,15 @@ def hide_window():
     wait_until(lambda: not visible_window(), "hiding")
 
 
+def web_processes_of(program):
+    """The processes of a program's page, which may lie in a sandbox below it."""
+    rows = [row.split() for row in output_of("ps", "-eo", "pid=,ppid=,comm=").splitlines()]
+    below = {program}
+    while more := {int(row[0]) for row in rows if int(row[1]) in below} - below:
+        below |= more
+    return [int(row[0]) for row in rows if int(row[0]) in below and row[2] == "WebKitWebProces"]
+
+
 class Host:
     """One run of the program. Its standard error is kept in `log`."""
 
@@ -130,17 +139,8 @@ class Host:
             return None
 
     def web_processes(self):
-        """The page's processes of this run, which may be inside a sandbox."""
-        rows = [line.split() for line in output_of("ps", "-eo", "pid=,ppid=,comm=").splitlines()]
-        parents = {int(row[0]): int(row[1]) for row in rows}
-        found = []
-        for process in (int(row[0]) for row in rows if row[2].startswith("WebKitWebProces")):
-            above = process
-            while above in parents and above != self.process.pid:
-                above = parents[above]
-            if above == self.process.pid:
-                found.append(process)
-        return found
+        """The page's processes of this run."""
+        return web_processes_of(self.process.pid)
 
     def stop(self, with_signal=signal.SIGTERM):
         """Ends the program and returns its exit status."""

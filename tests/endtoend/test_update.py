@@ -3,11 +3,19 @@
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import unittest
 
 from cases import HostTest
-from stage.host import BINARY, managed_windows, output_of, visible_window, wait_until
+from stage.host import (
+    BINARY,
+    managed_windows,
+    output_of,
+    visible_window,
+    wait_until,
+    web_processes_of,
+)
 from tray import picture
 
 HOME = pathlib.Path(os.environ["HOME"])
@@ -59,7 +67,7 @@ class UpdateTest(HostTest):
         install()
         (UI / "main.js").write_text("throw new Error('this is of another version');")
         shutil.rmtree(KEPT)
-        output_of("pkill", "--signal", "KILL", "--parent", str(old), "-f", "WebKitWebProcess")
+        os.kill(web_processes_of(old)[0], signal.SIGKILL)
         wait_until(lambda: any(KEPT.glob("*.json")), "the page, loaded again")
 
         output_of(PROGRAM)
