@@ -26,10 +26,12 @@ void endAtOnce(int status, void*) {
   std::_Exit(status);
 }
 
+// What is registered last runs first at the exit, before the destructors that the engine's library
+// has registered until now.
 void watchForExit() {
-  engineRuns = true;
-  static const int kRegistered = ::on_exit(endAtOnce, nullptr);
-  if (kRegistered != 0) logWarning("an exit of the user interface will not be noticed");
+  if (::on_exit(endAtOnce, nullptr) != 0) {
+    logWarning("an exit of the user interface will not be noticed");
+  }
 }
 
 // Dart's print() writes to standard output; the log is on standard error.
@@ -78,6 +80,7 @@ FlutterEngine::~FlutterEngine() {
   gtk_widget_destroy(widget_.get());
   widget_.reset();
   engineRuns = false;
+  watchForExit();
 }
 
 void FlutterEngine::createView(const FlutterBundle& bundle,
@@ -122,6 +125,7 @@ void FlutterEngine::start() {
   plugins_.registerIn(flutterView(), functions_);  // they look for the window
   gtk_widget_show(widget_.get());
   realizeAll(widget_.get(), nullptr);
+  engineRuns = true;
   watchForExit();
   gtk_widget_grab_focus(widget_.get());
   messenger_->start();
