@@ -35,7 +35,10 @@ exec 4<>"$scratch/ready"  # the proxy ends once nobody has this open
 "${inside[@]}" xdg-dbus-proxy --fd=3 "$DBUS_SESSION_BUS_ADDRESS" "$scratch/bus" --filter \
   --own=org.brevanholt.Brevanholt '--talk=org.freedesktop.portal.*' \
   --talk=org.kde.StatusNotifierWatcher 3>&4 4<&- &
-read -r -n 1 -u 4
+proxy=$!
+until read -r -n 1 -t 1 -u 4; do
+  kill -0 "$proxy"  # it has ended where bubblewrap cannot work
+done
 DBUS_SESSION_BUS_ADDRESS=unix:path=$scratch/bus "${inside[@]}" "$@" 4<&- &
 trap 'kill -TERM %2' TERM INT
 wait %2
