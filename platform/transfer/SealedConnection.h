@@ -44,7 +44,7 @@ class SealedConnection {
     bool readsAhead = false;
   };
 
-  // Throws PlatformError for keys that are none.
+  // Throws PlatformError for a key that has not 32 bytes.
   SealedConnection(Options options, MainQueue& mainQueue);
   // Waits for what the threads are doing: close() first, and wait for its callback.
   ~SealedConnection();

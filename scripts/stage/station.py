@@ -1,4 +1,4 @@
-"""A machine of a network of its own with a desktop, the program on it, and a hand on its window."""
+"""A machine in a test network: a desktop, the program on it, and ways to use its window."""
 
 import json
 import os

@@ -73,7 +73,11 @@ class CoreTest(RemoteTest):
 
     def test_loads_the_page_again_when_its_process_dies(self):
         host, remote = self.start_remote()
-        os.kill(host.web_processes()[0], signal.SIGKILL)
+        dead = host.web_processes()[0]
+        os.kill(dead, signal.SIGKILL)
+        wait_until(lambda: set(host.web_processes()) - {dead}, "another page")
+        self.assertNotIn(dead, host.web_processes())
+        self.assertIn("loading it again", host.log)
         self.assertEqual(remote.call("unknown"), {"missing": True})
 
     def test_starts_in_the_background_and_hides_when_closed(self):

@@ -41,7 +41,7 @@ UdpSocket::UdpSocket(const SocketAddress& address, bool isShared)
 
 UdpSocket::~UdpSocket() {
   if (farewell_.size() == 0) return;
-  // Nobody is left to hear of a failure.
+  // A failure is not reported: the socket is closing.
   static_cast<void>(::sendto(descriptor(), farewell_.data(), farewell_.size(), MSG_NOSIGNAL,
                              farewellTo_.get(), farewellTo_.size()));
 }
