@@ -1,8 +1,6 @@
 """A message there and back between the host and the UI's code, in the web engine and in Flutter's:
 
     scripts/virtual-desktop /usr/bin/python3 bench/engines_benchmark.py
-
-Needs a build with the tests, of which it uses the program that exchanges messages with Dart code.
 """
 
 import os
@@ -10,13 +8,12 @@ import pathlib
 import re
 import statistics
 import subprocess
-import sys
 import tempfile
 
+from stage import host
+from stage.dart_side import DartSide
+
 SOURCE = pathlib.Path(__file__).resolve().parents[1]
-sys.path.append(str(SOURCE / "tests/endtoend"))
-from stage import host  # noqa: E402  (after the path)
-from dart_side import DartSide  # noqa: E402
 
 RUNS = 3
 MESSAGES = 10_000

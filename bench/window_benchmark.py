@@ -8,6 +8,7 @@ import shutil
 import tempfile
 
 from stage import host
+from stage.station import bundle_of_views
 
 SOURCE = pathlib.Path(__file__).resolve().parents[1]
 
@@ -25,10 +26,7 @@ def measure(bundle, rows):
 
 def main():
     with tempfile.TemporaryDirectory() as folder:
-        bundle = pathlib.Path(folder)
-        left_out = shutil.ignore_patterns("index.html", "main.js", "engine")
-        shutil.copytree(SOURCE / "ui", bundle, dirs_exist_ok=True, ignore=left_out)
-        shutil.copytree(SOURCE / "tests/ui", bundle, dirs_exist_ok=True)
+        bundle = bundle_of_views(pathlib.Path(folder))
         shutil.copy(SOURCE / "bench/bundle/frames.js", bundle)
         first = None
         for rows in ROWS:

@@ -13,12 +13,11 @@ const source = fileURLToPath(new URL('..', import.meta.url));
 const [count = 100_000, seed = 1] = process.argv.slice(2).map(Number);
 const LONG = 250; // ms
 
-// The tests' own modules stand beside those of the page.
+// The peers' modules stand beside those of the page.
 const folder = mkdtempSync(join(tmpdir(), 'brevanholt-fuzz-'));
 process.on('exit', () => rmSync(folder, { recursive: true }));
 cpSync(join(source, 'ui'), folder, { recursive: true });
-for (const name of ['pipe.js', 'people.js'])
-  cpSync(join(source, 'tests/ui', name), join(folder, name));
+cpSync(join(source, 'scripts/stage/page'), folder, { recursive: true });
 writeFileSync(join(folder, 'package.json'), '{"type":"module"}');
 const load = (path) => import(pathToFileURL(join(folder, path)));
 

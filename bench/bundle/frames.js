@@ -1,7 +1,7 @@
 // How long the page takes for a frame while transfers go on beside a long list: from the update to the
 // end of the drawing that it causes, which is when a message that was posted before it arrives.
 
-import { mount, settled, useStyle } from './harness.js';
+import { mount, settled, useStyle } from './mounted.js';
 import { ACTIVE, MANY } from './sample_state.js';
 
 const UPDATES = 100;

@@ -26,6 +26,15 @@ def bundle_with_hand(folder):
     return folder
 
 
+def bundle_of_views(folder, *pages):
+    """The shipped views with a made-up application (page/) and the files of `pages` beside them, for a
+    host to run as more of its bundle."""
+    left_out = shutil.ignore_patterns("index.html", "main.js", "engine")
+    for part in (SOURCE / "ui", HERE / "page", *pages):
+        shutil.copytree(part, folder, dirs_exist_ok=True, ignore=left_out)
+    return folder
+
+
 def follow_orders(bundle, orders):
     """Lets the bundle use the orders' folder, and returns the options that run it."""
     manifest = json.loads((SOURCE / "ui/bundle.json").read_text())

@@ -9,6 +9,7 @@ import sys
 import tempfile
 import unittest
 
+from stage.dart_side import DartSide
 from stage.host import (
     BINARY,
     SOURCE,
@@ -19,7 +20,6 @@ from stage.host import (
     wait_until,
 )
 from cases import HostTest
-from dart_side import DartSide
 from test_pickers import bookmarks, glide, mouse, window_titled
 from tray import picture
 

@@ -8,6 +8,7 @@ import unittest
 
 from cases import HostTest
 from stage.host import SOURCE, Orders, output_of, visible_window, wait_until
+from stage.station import bundle_of_views
 from tray import PICTURES
 
 STATES = (
@@ -36,15 +37,8 @@ def use_theme(name):
 class ViewsTest(HostTest):
     def setUp(self):
         """Makes a bundle of the shipped views and the tests' own pages."""
-        self.bundle = pathlib.Path(tempfile.mkdtemp())
+        self.bundle = bundle_of_views(pathlib.Path(tempfile.mkdtemp()), SOURCE / "tests/ui")
         self.addCleanup(shutil.rmtree, self.bundle)
-        shutil.copytree(
-            SOURCE / "ui",
-            self.bundle,
-            dirs_exist_ok=True,
-            ignore=shutil.ignore_patterns("index.html", "main.js", "engine"),
-        )
-        shutil.copytree(SOURCE / "tests/ui", self.bundle, dirs_exist_ok=True)
         self.has_axe = AXE.exists()  # a tool from npm, which may be out of reach
         if self.has_axe:
             shutil.copy(AXE, self.bundle)

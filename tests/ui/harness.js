@@ -1,30 +1,10 @@
-// What the checks are made of: the shipped views on a made-up application, the controls that a person
-// would find there, and the comparison of what is seen with what is expected.
+// What the checks are made of: the controls that a person would find in the window, and the comparison of
+// what is seen with what is expected.
 
-import { FakeApplication } from './fake_application.js';
 import { nameOf, shown } from './accessible_names.js';
-import { mountWindow } from './view/window.js';
+import { mount, settled, useStyle } from './mounted.js';
 
-export { nameOf, shown };
-
-/** Mounts the window afresh and answers what it shows. */
-export function mount(state = {}) {
-  const application = new FakeApplication(state);
-  mountWindow(document.body, application, { invoke: async () => null, listen: () => {} });
-  return application;
-}
-
-/** Loads the style sheet that ships. */
-export function useStyle() {
-  const link = document.createElement('link');
-  link.rel = 'stylesheet';
-  link.href = 'style.css';
-  return new Promise((resolve, reject) => {
-    link.onload = resolve;
-    link.onerror = reject;
-    document.head.append(link);
-  });
-}
+export { mount, nameOf, settled, shown, useStyle };
 
 /** The one control of that name that can be seen. */
 export function control(name, root = document) {
@@ -49,9 +29,6 @@ export async function answerable() {
     await new Promise((resolve) => setTimeout(resolve, 50));
   }
 }
-
-/** Until what was begun by a click or an event has been shown. */
-export const settled = () => new Promise((resolve) => setTimeout(resolve));
 
 export function equal(actual, expected) {
   const [one, other] = [JSON.stringify(actual), JSON.stringify(expected)];

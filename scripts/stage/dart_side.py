@@ -1,4 +1,4 @@
-"""Commands for the Dart application of the test's Flutter bundle, which connects to a socket and does
+"""Commands for the Dart application of scripts/flutter-bundle, which connects to a socket and does
 what it is told there: JSON messages behind their size, in either direction."""
 
 import json

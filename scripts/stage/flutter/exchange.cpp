@@ -6,9 +6,10 @@
 //   event NAME      sends the event to the Dart code, and writes "handled NAME" once it has run
 //   echoes COUNT    sends as many calls, one after another, and writes how long each took
 //   payload BYTES   sends a call with as many bytes
-//   error METHOD    replies to that method with an error from now on, and writes this line;
-//   likewise nothing METHOD  with "not implemented", and hold METHOD     not at all end removes the
-//   engine, replies or not, and ends
+//   error METHOD    replies to that method with an error from now on, and writes this line
+//   nothing METHOD  likewise, with "not implemented"
+//   hold METHOD     likewise, but does not reply
+//   end             removes the engine, whether it owes replies or not, and ends
 
 #include "platform/channel/MethodChannel.h"
 #include "platform/engine/flutter/FlutterEngine.h"
