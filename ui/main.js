@@ -36,9 +36,9 @@ try {
   const heard = {
     appearanceChanged: show,
     closeAsked,
-    dragMoved: (drag) => application.dragMoved(drag),
-    dragLeft: () => application.dragLeft(),
-    dropped: (drag) => application.dropped(drag),
+    dragMoved: (drag) => application.dropping.moved(drag),
+    dragLeft: () => application.dropping.left(),
+    dropped: (drag) => application.dropping.dropped(drag),
   };
   listenToEngine((event, detail) => heard[event]?.(detail));
 } catch (error) {

@@ -131,7 +131,8 @@ class ViewsTest(HostTest):
             press("Tab", name)
         output_of("xdotool", "key", "Return")
         wait_until(
-            lambda: give({})["calls"] == [["addText", "hello"], ["accept", "a1"]], "the calls"
+            lambda: give({})["calls"] == [["choosing.addText", "hello"], ["courier.accept", "a1"]],
+            "the calls",
         )
 
 

@@ -15,22 +15,22 @@ import {
 
 /** What each button of a full window asks for. */
 const ASKED_BY = {
-  'They match': ['confirmCode', 'a2', true],
-  'They differ': ['confirmCode', 'a2', false],
-  'Accept IMG_2041.jpg and 3 more from Pixel 9': ['accept', 'a1'],
-  'Decline IMG_2041.jpg and 3 more from Pixel 9': ['decline', 'a1'],
-  'Cancel Photos': ['cancel', 's2'],
-  'Open sunset.png': ['open', 'r1'],
-  'Show sunset.png in its folder': ['reveal', 'r1'],
-  'Copy the received text': ['copyText', 'r3'],
-  'Try again to send backup.iso': ['retry', 'r5'],
-  'Remove movie.mkv from the list': ['removeTransfer', 'r6'],
-  'Clear recent transfers': ['clearRecents'],
-  'Add files': ['pickFiles'],
-  'Add folder': ['pickFolder'],
-  'Remove holiday.jpg': ['removeItem', OUTBOX[0]],
-  'Clear what will be sent': ['clearOutbox'],
-  'Send to Pixel 9': ['send', ['1']],
+  'They match': ['courier.answer', 'a2', true],
+  'They differ': ['courier.answer', 'a2', false],
+  'Accept IMG_2041.jpg and 3 more from Pixel 9': ['courier.accept', 'a1'],
+  'Decline IMG_2041.jpg and 3 more from Pixel 9': ['courier.answer', 'a1', false],
+  'Cancel Photos': ['courier.cancel', 's2'],
+  'Open sunset.png': ['history.open', 'r1'],
+  'Show sunset.png in its folder': ['history.reveal', 'r1'],
+  'Copy the received text': ['history.copyText', 'r3'],
+  'Try again to send backup.iso': ['sending.retry', 'r5'],
+  'Remove movie.mkv from the list': ['history.remove', 'r6'],
+  'Clear recent transfers': ['history.clear'],
+  'Add files': ['choosing.pickFiles'],
+  'Add folder': ['choosing.pickFolder'],
+  'Remove holiday.jpg': ['choosing.remove', OUTBOX[0]],
+  'Clear what will be sent': ['choosing.clear'],
+  'Send to Pixel 9': ['sending.send', ['1']],
 };
 
 export const actionsChecks = {
@@ -92,9 +92,9 @@ export const actionsChecks = {
     control('Forget this device').click();
     await settled();
     equal(application.calls, [
-      ['send', ['1', '2']],
-      ['agreeToNewKey', '2'],
-      ['forgetDevice', 'key 2'],
+      ['sending.send', ['1', '2']],
+      ['known.agreeToNewKey', '2'],
+      ['known.forget', 'key 2'],
     ]);
   },
 
@@ -129,8 +129,8 @@ export const actionsChecks = {
     most.dispatchEvent(new Event('change'));
     await settled();
     equal(application.calls, [
-      ['forgetDevice', '04ab'],
-      ['acceptUpTo', '04cd', 1e8],
+      ['known.forget', '04ab'],
+      ['known.acceptUpTo', '04cd', 1e8],
     ]);
     const known = [{ key: '04ab', name: 'Alice' }];
     equal(distinctName({ key: '04ab', name: 'Alice' }, known), 'Alice');

@@ -93,15 +93,16 @@ function listen(application) {
       hear(/** @type {CustomEvent} */ (event).detail),
     );
   const take = (/** @type {any} */ entries) => {
-    if (Array.isArray(entries)) application.add(entries).catch((error) => console.error(error));
+    if (Array.isArray(entries))
+      application.choosing.add(entries).catch((error) => console.error(error));
   };
   on('sharedEntries', take);
   on('filesDropped', (entries) => {
-    application.dragOver(false);
+    application.dropping.over(false);
     if (Array.isArray(entries))
-      application.takeDrop(entries).catch((error) => console.error(error));
+      application.dropping.take(entries).catch((error) => console.error(error));
   });
-  on('dragActiveChanged', (isActive) => application.dragOver(isActive === true));
+  on('dragActiveChanged', (isActive) => application.dropping.over(isActive === true));
   on('discoveryRecoveryRequested', () => application.recover());
   listenToPlatform();
 }

@@ -36,7 +36,7 @@ export function addressPart(application, attempt) {
     if (given === '') return;
     find.disabled = true;
     setText(found, words('address.finding'));
-    const isThere = await attempt(() => application.reach(given));
+    const isThere = await attempt(() => application.presence.reach(given));
     setText(found, isThere ? words('address.found') : '');
     refresh();
   });

@@ -78,12 +78,16 @@ function places({ id, locations }, application, attempt) {
       'li',
       { class: 'place' },
       element('span', { class: 'title', dir: 'auto', title: name }, name),
-      button(words('transfer.open'), () => attempt(() => application.open(id, location)), {
+      button(words('transfer.open'), () => attempt(() => application.history.open(id, location)), {
         'aria-label': words('transfer.openNamed', names),
       }),
-      button(words('transfer.showShort'), () => attempt(() => application.reveal(id, location)), {
-        'aria-label': words('transfer.showNamed', names),
-      }),
+      button(
+        words('transfer.showShort'),
+        () => attempt(() => application.history.reveal(id, location)),
+        {
+          'aria-label': words('transfer.showNamed', names),
+        },
+      ),
     );
   });
   return element('ul', { role: 'list' }, ...rows);

@@ -29,7 +29,7 @@ export function devicesView(application, notices) {
 
   /** @param {string[]} ids */
   const send = async (ids) => {
-    if (await attempt(() => application.send(ids))) chosen.clear();
+    if (await attempt(() => application.sending.send(ids))) chosen.clear();
     update();
   };
   /** @type {KeyedList<{ device: Device, standing: Standing }>} */
@@ -43,8 +43,8 @@ export function devicesView(application, notices) {
           chosen[isChosen ? 'add' : 'delete'](id);
           update();
         },
-        agree: () => attempt(() => application.agreeToNewKey(id)),
-        forget: () => attempt(() => application.forgetDevice(key)),
+        agree: () => attempt(() => application.known.agreeToNewKey(id)),
+        forget: () => attempt(() => application.known.forget(key)),
       }),
   );
 
@@ -107,7 +107,7 @@ export function devicesView(application, notices) {
     );
     return under && section.contains(under) ? under : null;
   };
-  application.deviceAt = (place) => deviceAt(place)?.dataset.device ?? null;
+  application.dropping.deviceAt = (place) => deviceAt(place)?.dataset.device ?? null;
   application.addEventListener('drag', () => {
     const target = application.drag?.hasFiles ? deviceAt(application.drag) : null;
     for (const row of rows.children) row.classList.toggle('drop-here', row === target);

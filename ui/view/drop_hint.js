@@ -18,7 +18,7 @@ export function dropHint(application) {
     const { drag } = application;
     setShown(hint, drag !== null);
     if (!drag) return;
-    const id = drag.hasFiles ? application.deviceAt(drag) : null;
+    const id = drag.hasFiles ? application.dropping.deviceAt(drag) : null;
     const device = application.devices.find((one) => one.id === id);
     setShown(text, drag.hasFiles);
     setText(

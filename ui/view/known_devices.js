@@ -79,8 +79,8 @@ export function knownDevicesPart(application, attempt) {
     ({ key }) => key,
     (device) =>
       knownDeviceRow({
-        forget: () => attempt(() => application.forgetDevice(device.key)),
-        acceptUpTo: (bytes) => attempt(() => application.acceptUpTo(device.key, bytes)),
+        forget: () => attempt(() => application.known.forget(device.key)),
+        acceptUpTo: (bytes) => attempt(() => application.known.acceptUpTo(device.key, bytes)),
       }),
   );
   const part = element(

@@ -97,10 +97,10 @@ function itemRow(first, remove, preview) {
  */
 export function outboxView(application, notices) {
   const { attempt } = notices;
-  const writing = textDialog((text) => attempt(() => application.addText(text)));
+  const writing = textDialog((text) => attempt(() => application.choosing.addText(text)));
   const rows = element('ul', { class: 'rows', role: 'list', 'aria-label': words('send.list') });
   const total = element('span', { class: 'faint' });
-  const clear = button(words('send.clear'), () => attempt(() => application.clearOutbox()), {
+  const clear = button(words('send.clear'), () => attempt(() => application.choosing.clear()), {
     class: 'flat',
     'aria-label': words('send.clearAll'),
   });
@@ -113,8 +113,8 @@ export function outboxView(application, notices) {
     (chosen) =>
       itemRow(
         chosen,
-        (shown) => attempt(() => application.removeItem(shown)),
-        (shown, side) => application.itemPreview(shown, side),
+        (shown) => attempt(() => application.choosing.remove(shown)),
+        (shown, side) => application.choosing.preview(shown, side),
       ),
   );
 
@@ -124,8 +124,8 @@ export function outboxView(application, notices) {
     'aria-label': words('send.add'),
   });
   for (const [picture, label, run] of /** @type {const} */ ([
-    ['files', words('send.addFiles'), () => attempt(() => application.pickFiles())],
-    ['folder', words('send.addFolder'), () => attempt(() => application.pickFolder())],
+    ['files', words('send.addFiles'), () => attempt(() => application.choosing.pickFiles())],
+    ['folder', words('send.addFolder'), () => attempt(() => application.choosing.pickFolder())],
     ['text', words('send.writeText'), () => writing.open()],
   ])) {
     const made = button('', run);

@@ -10,13 +10,15 @@ import { element, setShown, showText } from './dom.js';
  */
 export function suggestionBanner(application, attempt) {
   const text = element('p');
-  const taking = button('', () => attempt(() => application.takeSuggestion()), { class: 'flat' });
+  const taking = button('', () => attempt(() => application.suggestions.take()), { class: 'flat' });
   const banner = element(
     'div',
     { class: 'banner suggestion', hidden: true },
     text,
     taking,
-    iconButton('close', words('notices.dismissSuggestion'), () => application.dismissSuggestion()),
+    iconButton('close', words('notices.dismissSuggestion'), () =>
+      application.suggestions.dismiss(),
+    ),
   );
   const update = () => {
     const { suggestion } = application;

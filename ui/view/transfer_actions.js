@@ -35,12 +35,12 @@ function answers(transfer, application) {
         id: 'match',
         label: words('transfer.match'),
         isMain: true,
-        run: () => application.confirmCode(id, true),
+        run: () => application.courier.answer(id, true),
       },
       {
         id: 'differ',
         label: words('transfer.differ'),
-        run: () => application.confirmCode(id, false),
+        run: () => application.courier.answer(id, false),
       },
     ];
   }
@@ -50,13 +50,13 @@ function answers(transfer, application) {
       label: words('transfer.accept'),
       name: words('transfer.acceptNamed', names),
       isMain: true,
-      run: () => application.accept(id),
+      run: () => application.courier.accept(id),
     },
     {
       id: 'decline',
       label: words('transfer.decline'),
       name: words('transfer.declineNamed', names),
-      run: () => application.decline(id),
+      run: () => application.courier.answer(id, false),
     },
   ];
 }
@@ -72,7 +72,7 @@ function steering({ id, state, name: bareName }, application) {
     id: 'cancel',
     label: words('transfer.cancel'),
     name: words('transfer.cancelNamed', { name }),
-    run: () => application.cancel(id),
+    run: () => application.courier.cancel(id),
   };
   if (state !== 'active') return [cancel];
   return [
@@ -80,7 +80,7 @@ function steering({ id, state, name: bareName }, application) {
       id: 'pause',
       label: words('transfer.pause'),
       name: words('transfer.pauseNamed', { name }),
-      run: () => application.pause(id),
+      run: () => application.courier.pause(id),
     },
     cancel,
   ];
@@ -100,7 +100,7 @@ function resumption(transfer, application) {
       id: 'retry',
       label: words(isPaused ? 'transfer.resume' : 'transfer.retry'),
       name: words(isPaused ? 'transfer.resumeNamed' : 'transfer.retryNamed', { name }),
-      run: () => application.retry(transfer.id),
+      run: () => application.sending.retry(transfer.id),
     },
   ];
 }
@@ -121,7 +121,7 @@ function uses({ id, state, text, locations, name: bareName }, application) {
       label: words('transfer.copy'),
       name: words('transfer.copyText'),
       done: words('transfer.copied'),
-      run: () => application.copyText(id),
+      run: () => application.history.copyText(id),
     });
   }
   // Of several, each has its own in the opened row.
@@ -131,13 +131,13 @@ function uses({ id, state, text, locations, name: bareName }, application) {
         id: 'open',
         label: words('transfer.open'),
         name: words('transfer.openNamed', { name }),
-        run: () => application.open(id),
+        run: () => application.history.open(id),
       },
       {
         id: 'reveal',
         label: words('transfer.show'),
         name: words('transfer.showNamed', { name }),
-        run: () => application.reveal(id),
+        run: () => application.history.reveal(id),
       },
     );
   }
@@ -156,6 +156,6 @@ export function removalOf({ id, state, name }, application) {
     id: 'remove',
     label: words('transfer.remove'),
     name: words('transfer.removeNamed', { name: isolated(name) }),
-    run: () => application.removeTransfer(id),
+    run: () => application.history.remove(id),
   };
 }

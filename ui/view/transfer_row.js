@@ -64,7 +64,7 @@ export function transferRow(application, attempt) {
     if (wanted !== picture && !dropPreview) frame.replaceChildren(icon(wanted));
     picture = wanted;
     if (dropPreview || transfer.state !== 'complete' || transfer.locations.length === 0) return;
-    dropPreview = showPreview(frame, (side) => application.preview(transfer.id, side));
+    dropPreview = showPreview(frame, (side) => application.history.preview(transfer.id, side));
   };
 
   return {

@@ -37,7 +37,7 @@ export function transfersViews(application, { attempt }) {
     'div',
     { class: 'row-head' },
     element('h3', {}, words('transfers.recent')),
-    button(words('transfers.clear'), () => attempt(() => application.clearRecents()), {
+    button(words('transfers.clear'), () => attempt(() => application.history.clear()), {
       class: 'flat',
       'aria-label': words('transfers.clearRecent'),
     }),

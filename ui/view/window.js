@@ -33,13 +33,13 @@ let forget = () => {};
 function endings(application, attempt) {
   const quitting = questionDialog(
     { title: words('quit.title'), safe: words('dialog.cancel'), other: words('quit.now') },
-    { onOther: () => attempt(() => application.quit()) },
+    { onOther: () => attempt(() => application.program.quit()) },
   );
   const staying = questionDialog(
     { title: words('stays.title'), safe: words('stays.keep'), other: words('stays.quit') },
     {
-      onSafe: () => attempt(() => application.closeWindow()),
-      onOther: () => attempt(() => application.quit()),
+      onSafe: () => attempt(() => application.program.closeWindow()),
+      onOther: () => attempt(() => application.program.quit()),
     },
   );
   return {
@@ -48,11 +48,11 @@ function endings(application, attempt) {
     quit() {
       const count = application.transfers.filter((one) => !hasEnded(one)).length;
       if (count > 0) quitting.ask(words('quit.words', { count }));
-      else attempt(() => application.quit());
+      else attempt(() => application.program.quit());
     },
     /** The window is about to be closed, and nothing on the desktop shows that the program stays. */
     async tellItStays() {
-      if (application.settings.knowsItStays) return application.closeWindow();
+      if (application.settings.knowsItStays) return application.program.closeWindow();
       await attempt(() => application.changeSettings({ knowsItStays: true }));
       staying.ask(words('stays.words'));
     },
@@ -101,15 +101,15 @@ export function mountWindow(root, application, host) {
     attempt(() => application.changeSettings({ zoom }));
   };
   const deeds = {
-    addFiles: () => attempt(() => application.pickFiles()),
-    paste: () => attempt(() => application.paste()),
+    addFiles: () => attempt(() => application.choosing.pickFiles()),
+    paste: () => attempt(() => application.program.paste()),
     settings: settings.open,
-    help: () => attempt(() => application.openHelp()),
+    help: () => attempt(() => application.program.openHelp()),
     shortcuts: shortcuts.open,
     larger: () => zoomBy(ZOOM.step),
     smaller: () => zoomBy(-ZOOM.step),
     normal: () => zoomBy(0),
-    close: () => attempt(() => application.askToClose()),
+    close: () => attempt(() => application.program.askToClose()),
     quit: ends.quit,
   };
   const keys = keysText();

@@ -3,39 +3,18 @@
 
 import { FINGERPRINT, SETTINGS } from './sample_state.js';
 
-const ACTIONS = [
-  'pickFiles',
-  'pickFolder',
-  'addText',
-  'removeItem',
-  'clearOutbox',
-  'send',
-  'confirmCode',
-  'accept',
-  'decline',
-  'cancel',
-  'pause',
-  'retry',
-  'reach',
-  'removeTransfer',
-  'clearRecents',
-  'open',
-  'reveal',
-  'copyText',
-  'agreeToNewKey',
-  'forgetDevice',
-  'openReceiveFolder',
-  'openFormerFolder',
-  'acceptUpTo',
-  'requestNotifications',
-  'takeSuggestion',
-  'dismissSuggestion',
-  'paste',
-  'openHelp',
-  'askToClose',
-  'closeWindow',
-  'quit',
-];
+/** What can be asked of the application itself and of each of its parts. */
+const OWN_ACTIONS = ['openReceiveFolder', 'openFormerFolder', 'requestNotifications'];
+const ACTIONS = {
+  choosing: ['pickFiles', 'pickFolder', 'addText', 'remove', 'clear'],
+  sending: ['send', 'retry'],
+  courier: ['answer', 'accept', 'cancel', 'pause'],
+  history: ['remove', 'clear', 'open', 'reveal', 'copyText'],
+  presence: ['reach'],
+  known: ['agreeToNewKey', 'forget', 'acceptUpTo'],
+  suggestions: ['take', 'dismiss'],
+  program: ['paste', 'openHelp', 'askToClose', 'closeWindow', 'quit'],
+};
 
 export class FakeApplication extends EventTarget {
   self = { name: 'Kitchen computer', fingerprint: FINGERPRINT, version: '1.0.0 (build 42)' };
@@ -49,17 +28,24 @@ export class FakeApplication extends EventTarget {
   knownDevices = [];
   settings = SETTINGS;
 
-  /** What was asked for, in order: [name, ...arguments]. */
+  /** What was asked for, in order: [“part.action”, ...arguments]. */
   calls = [];
   /** Why the next action fails; null where it does not. */
   nextFailure = null;
-  /** What preview() answers. */
+  /** What a preview of something received is. */
   picture = null;
+  dropping = { deviceAt: () => null };
 
   constructor(state) {
     super();
     Object.assign(this, state);
-    for (const name of ACTIONS) this[name] = (...given) => this.#act(name, given);
+    for (const name of OWN_ACTIONS) this[name] = (...given) => this.#act(name, given);
+    for (const [part, names] of Object.entries(ACTIONS)) {
+      const actOn = (name) => [name, (...given) => this.#act(`${part}.${name}`, given)];
+      this[part] = Object.fromEntries(names.map(actOn));
+    }
+    this.choosing.preview = async () => null;
+    this.history.preview = async () => this.picture;
   }
 
   /** Replaces state and tells of it. */
@@ -73,14 +59,6 @@ export class FakeApplication extends EventTarget {
   async changeSettings(partial) {
     await this.#act('changeSettings', [partial]);
     this.change({ settings: { ...this.settings, ...partial } });
-  }
-
-  async preview() {
-    return this.picture;
-  }
-
-  async itemPreview() {
-    return null;
   }
 
   async #act(name, given) {
