@@ -1,6 +1,8 @@
 // Named channels of method calls between the UI and the host.
 
-import { CodecError, Reader, Writer } from './codec.js';
+import { CodecError } from './codec.js';
+import { Reader } from './codec_reader.js';
+import { Writer } from './codec_writer.js';
 import { listen, sendMessage } from './link.js';
 
 /** The host answered a call with an error. */

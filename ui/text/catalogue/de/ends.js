@@ -1,0 +1,66 @@
+// How transfers end, and what could not be used or read.
+
+/** @type {Record<keyof typeof import('../en/ends.js').ends, import('../en.js').Message>} */
+export const ends = {
+  'end.busy': '{device} ist beschäftigt. Versuchen Sie es später erneut.',
+  'end.cancelled': 'Abgebrochen.',
+  'end.cancelled-there': 'Auf {device} abgebrochen.',
+  'end.changed-key':
+    '{device} erkennt dieses Gerät nicht mehr. Vertrauen Sie dort seinem neuen Schlüssel und versuchen Sie es dann erneut.',
+  'end.changed-file': 'Alle Dateien haben sich geändert, während sie gesendet wurden.',
+  'end.code-differs':
+    'Die Codes stimmten nicht überein. Vielleicht hört in diesem Netzwerk jemand mit.',
+  'end.declined': '{device} hat abgelehnt.',
+  'end.disk-full': 'Auf der Festplatte ist nicht genug Platz.',
+  'end.disk-full-there': 'Auf der Festplatte von {device} ist nicht genug Platz.',
+  'end.failed-there': '{device} konnte {file} nicht speichern.',
+  'end.hidden': '{device} empfängt zurzeit nichts.',
+  'end.interrupted': 'Brevanholt wurde geschlossen, bevor das fertig war.',
+  'end.lost': 'Die Verbindung ging verloren.',
+  'end.new-key':
+    'Der Schlüssel von {device} hat sich geändert. Es ist vielleicht nicht mehr dasselbe Gerät.',
+  'end.no-answer': '{device} hat nicht geantwortet.',
+  'end.not-saved': 'Die Dateien konnten nicht gespeichert werden.',
+  'end.not-understood': '{device} hat etwas gesendet, das Brevanholt nicht versteht.',
+  'end.paused': 'Angehalten.',
+  'end.paused-there': 'Auf {device} angehalten.',
+  'end.other-key': 'An Stelle von {device} hat ein anderes Gerät geantwortet.',
+  'end.too-large': 'Das ist mehr, als auf einmal gesendet werden kann.',
+  'end.unreachable': '{device} ist nicht erreichbar.',
+  'end.unreadable': 'Nichts davon lässt sich noch lesen.',
+  'end.unreceivable': 'Der Name kann nicht empfangen werden.',
+  'end.version': '{device} hat eine andere Version von Brevanholt, die diese nicht versteht.',
+  'end.theOther': 'Das andere Gerät',
+  'end.because': '{sentence} {reason}',
+  'fileEnd.changed-file': '{name} hat sich beim Senden geändert',
+  'fileEnd.unreadable': '{name} konnte nicht gelesen werden',
+  'fileEnd.unreceivable': '{name} hat einen Pfad, der nicht empfangen werden kann',
+  'fileEnd.not-saved': '{name} konnte nicht gespeichert werden',
+  'failures.one': '{list}.',
+  'failures.some': {
+    one: '{failed} von {count} Datei ist nicht angekommen: {list}.',
+    other: '{failed} von {count} Dateien sind nicht angekommen: {list}.',
+  },
+  'renamed.one': '{from} wird als {to} empfangen, weil nicht jedes Gerät den Namen annimmt.',
+  'renamed.some': {
+    one: '{from} wird als {to} empfangen, und {count} weiteres wird auch umbenannt, weil nicht jedes Gerät die Namen annimmt.',
+    other:
+      '{from} wird als {to} empfangen, und {count} weitere werden auch umbenannt, weil nicht jedes Gerät die Namen annimmt.',
+  },
+  'space.lacking': 'Auf der Festplatte ist nicht genug Platz ({size} frei).',
+  'received.moved': 'Es ist nicht mehr dort, wo es empfangen wurde.',
+  'received.textMoved': 'Der Text ist nicht mehr dort, wo er empfangen wurde.',
+  'received.noApplication': 'Keine Anwendung kann {file} öffnen.',
+  'received.textFile': 'Text von {device}.txt',
+  'network.none': 'Dieses Gerät ist mit keinem Netzwerk verbunden.',
+  'network.failed': 'Das Netzwerk kann nicht benutzt werden: {why}',
+  'network.noIdentity': 'Dieses Gerät kann nicht beweisen, wer es ist. {why}',
+  'damage.all': 'Gespeicherte Daten waren nicht lesbar. Sie wurden als {names} aufgehoben.',
+  'damage.because':
+    'Gespeicherte Daten waren nicht lesbar ({consequences}). Sie wurden als {names} aufgehoben.',
+  'damage.settings': 'dieses Gerät ist unsichtbar',
+  'damage.trusted-devices': 'jedes Gerät gilt als neu',
+  'damage.transfers': 'die Liste der Übertragungen ist leer',
+  'damage.outbox': 'was gesendet werden sollte, ist nicht mehr aufgeführt',
+  'damage.inTheWay': 'Die beschädigte Datei {name} ist im Weg.',
+};

@@ -1,0 +1,60 @@
+// The window, its menu, its dialogs and how sizes and lists are written.
+
+/** @type {Record<keyof typeof import('../en/general.js').general, import('../en.js').Message>} */
+export const general = {
+  'list.more': { one: '{first} und {count} weiteres', other: '{first} und {count} weitere' },
+  'list.quoted': '„{name}“',
+  'count.items': { one: '{count} Element', other: '{count} Elemente' },
+  'count.files': { one: '{count} Datei', other: '{count} Dateien' },
+  'count.more': { one: 'und {count} weiteres', other: 'und {count} weitere' },
+  'size.bytes': { one: '{count} Byte', other: '{count} Byte' },
+  'size.rate': '{size}/s',
+  'time.long': 'mehr als ein Tag',
+  'item.text': 'Text',
+
+  'header.visible': 'In der Nähe sichtbar',
+  'header.menu': 'Menü',
+  'menu.settings': 'Einstellungen',
+  'menu.shortcuts': 'Tastenkürzel',
+  'menu.help': 'Hilfe',
+  'menu.about': 'Über Brevanholt',
+  'menu.quit': 'Beenden',
+  'menu.console': 'Entwicklerkonsole',
+
+  'notices.dismiss': 'Diese Meldung schließen',
+  'notices.dismissDamage': 'Die Meldung über gespeicherte Daten schließen',
+  'notices.dismissSuggestion': 'Diesen Hinweis schließen',
+  'notices.undo': 'Rückgängig',
+  'start.failed': 'Brevanholt konnte nicht starten',
+
+  'dialog.close': 'Schließen',
+  'dialog.cancel': 'Abbrechen',
+  'quit.title': 'Beenden, während eine Übertragung läuft?',
+  'quit.words': {
+    one: '{count} Übertragung hält an. Sie kann später dort weitergehen, wo sie war.',
+    other: '{count} Übertragungen halten an. Sie können später dort weitergehen, wo sie waren.',
+  },
+  'quit.now': 'Beenden',
+  'stays.title': 'Brevanholt empfängt weiter',
+  'stays.words':
+    'Dieser Desktop zeigt kein Statussymbol. Bei geschlossenem Fenster wartet Brevanholt im Hintergrund. Öffnen Sie es erneut, um dieses Fenster zu sehen, oder beenden Sie es hier.',
+  'stays.keep': 'Weiter empfangen',
+  'stays.quit': 'Beenden',
+
+  'shortcuts.title': 'Tastenkürzel',
+  'shortcuts.addFiles': 'Dateien hinzufügen',
+  'shortcuts.paste': 'Dateien, Bilder oder Text einfügen',
+  'shortcuts.settings': 'Einstellungen',
+  'shortcuts.help': 'Hilfe',
+  'shortcuts.shortcuts': 'Tastenkürzel',
+  'shortcuts.larger': 'Größer',
+  'shortcuts.smaller': 'Kleiner',
+  'shortcuts.normal': 'Normale Größe',
+  'shortcuts.close': 'Das Fenster schließen',
+  'shortcuts.quit': 'Beenden',
+  'key.ctrl': 'Strg',
+  'key.comma': 'Komma',
+  'key.enter': 'Eingabe',
+  'key.plus': 'Plus',
+  'key.minus': 'Minus',
+};
