@@ -162,7 +162,13 @@ class PickerTest(HandTest):
         files, folder, none = map(remote.begin, ("pickFiles", "pickFolder", "pickFiles"))
         self.choose("Choose Files to Send", self.files[2])
         self.assertEqual(remote.finish(files), {"value": [entry(self.files[2])]})
-        self.assertIsNone(remote.reply(folder))
+        missing = self.folder / "missing"
+        self.choose("Choose a Folder to Send", missing)
+        explanation = wait_until(
+            lambda: window_titled("Not everything can be sent"), "the explanation"
+        )
+        mouse("windowactivate", "--sync", explanation, "key", "Escape")
+        self.assertEqual((missing.exists(), remote.reply(folder)), (False, None))
         self.choose("Choose a Folder to Send", self.folder / "sub")
         self.assertEqual(
             [

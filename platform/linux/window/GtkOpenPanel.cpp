@@ -4,6 +4,7 @@
 #include "platform/foundation/Log.h"
 #include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Utf8.h"
+#include "platform/linux/portal/Flatpak.h"
 
 #include <gtk/gtk.h>
 
@@ -13,6 +14,12 @@ namespace {
 
 constexpr const char* kDefaultsKey = "openPanel";
 constexpr const char* kFolder = "folder";
+constexpr const char* kSelect = "_Select";
+constexpr const char* kCancel = "_Cancel";
+constexpr const char* kExplanation = "Not everything can be sent";
+// The dialog's own accepting response. To one of GTK's, GTK reacts first, and makes a folder that
+// was typed and is missing.
+constexpr int kTake = 1;
 
 // Why an item cannot be taken; empty where it can.
 std::string problemWith(const std::filesystem::path& item, OpenPanel::Choice choice) {
@@ -25,13 +32,41 @@ std::string problemWith(const std::filesystem::path& item, OpenPanel::Choice cho
   return {};
 }
 
+struct Selection {
+  OpenPanel::Locations fitting;
+  std::string problems;  // a line for each of the others
+};
+
+Selection selectionOf(const Gtk::FileChooser& panel, OpenPanel::Choice choice) {
+  Selection selection;
+  for (const std::string& path : panel.get_filenames()) {
+    const std::string problem = problemWith(path, choice);
+    if (problem.empty()) {
+      selection.fitting.emplace_back(path);
+    } else {
+      selection.problems += problem + '\n';
+    }
+  }
+  return selection;
+}
+
+const char* titleFor(OpenPanel::Choice choice) {
+  return choice == OpenPanel::Choice::kFolder ? "Choose a Folder to Send" : "Choose Files to Send";
+}
+
+Gtk::FileChooserAction actionFor(OpenPanel::Choice choice) {
+  return choice == OpenPanel::Choice::kFolder ? Gtk::FILE_CHOOSER_ACTION_SELECT_FOLDER
+                                              : Gtk::FILE_CHOOSER_ACTION_OPEN;
+}
+
 }  // namespace
 
 GtkOpenPanel::GtkOpenPanel(Gtk::Window& parent, UserDefaults& defaults)
     : parent_(parent), defaults_(defaults) {}
 
 GtkOpenPanel::~GtkOpenPanel() {
-  panel_.reset();
+  portal_.reset();
+  dialog_.reset();
   for (auto& [choice, callback] : std::exchange(waiting_, {})) callback({});
 }
 
@@ -41,16 +76,38 @@ void GtkOpenPanel::choose(Choice choice, Callback callback) {
 }
 
 void GtkOpenPanel::showNext() {
-  const bool wantsFolder = waiting_.front().first == Choice::kFolder;
-  panel_ = Gtk::FileChooserNative::create(
-      wantsFolder ? "Choose a Folder to Send" : "Choose Files to Send", parent_,
-      wantsFolder ? Gtk::FILE_CHOOSER_ACTION_SELECT_FOLDER : Gtk::FILE_CHOOSER_ACTION_OPEN,
-      "_Select", "_Cancel");
-  panel_->set_select_multiple(!wantsFolder);
-  panel_->set_modal(true);
-  panel_->set_current_folder(lastFolder());
-  panel_->signal_response().connect([this](int response) { answered(response); });
-  panel_->show();
+  const Choice choice = waiting_.front().first;
+  if (isInFlatpak()) {
+    showPortal(choice);
+  } else {
+    showDialog(choice);
+  }
+}
+
+void GtkOpenPanel::showPortal(Choice choice) {
+  portal_ = Gtk::FileChooserNative::create(titleFor(choice), parent_, actionFor(choice), kSelect,
+                                           kCancel);
+  portal_->set_modal(true);
+  prepare(*portal_.operator->(), choice);
+  portal_->signal_response().connect([this](int response) { portalAnswered(response); });
+  portal_->show();
+}
+
+void GtkOpenPanel::showDialog(Choice choice) {
+  dialog_ = std::make_unique<Gtk::FileChooserDialog>(parent_, titleFor(choice), actionFor(choice));
+  dialog_->set_modal(true);
+  prepare(*dialog_, choice);
+  dialog_->add_button(kCancel, GTK_RESPONSE_CANCEL);
+  dialog_->add_button(kSelect, kTake);
+  dialog_->set_default_response(kTake);
+  dialog_->signal_response().connect([this](int response) { dialogAnswered(response); });
+  dialog_->show();
+}
+
+void GtkOpenPanel::prepare(Gtk::FileChooser& panel, Choice choice) const {
+  panel.set_select_multiple(choice == Choice::kFiles);
+  panel.set_create_folders(false);
+  panel.set_current_folder(lastFolder());
 }
 
 std::string GtkOpenPanel::lastFolder() const {
@@ -72,33 +129,48 @@ void GtkOpenPanel::rememberFolder(const std::filesystem::path& folder) {
   }
 }
 
-void GtkOpenPanel::answered(int response) {
-  Locations chosen;
-  std::string problems;
+void GtkOpenPanel::portalAnswered(int response) {
+  Selection selection;
   if (response == GTK_RESPONSE_ACCEPT) {
-    for (const std::string& path : panel_->get_filenames()) {
-      const std::string problem = problemWith(path, waiting_.front().first);
-      if (problem.empty()) {
-        chosen.emplace_back(path);
-      } else {
-        problems += problem + '\n';
-      }
-    }
-    if (!chosen.empty()) rememberFolder(chosen.front().parent_path());
+    selection = selectionOf(*portal_.operator->(), waiting_.front().first);
   }
+  if (!selection.problems.empty()) explain(parent_, selection.problems);
   // Kept until this is over: it is in the middle of its own signal.
-  const auto finished = std::exchange(panel_, {});
+  const auto finished = std::exchange(portal_, {});
+  finish(std::move(selection.fitting));
+}
+
+void GtkOpenPanel::dialogAnswered(int response) {
+  Selection selection;
+  if (response == kTake) {
+    const Choice choice = waiting_.front().first;
+    const std::vector<std::string> paths = dialog_->get_filenames();
+    if (choice == Choice::kFiles && paths.size() == 1 && isDirectory(paths.front())) {
+      dialog_->set_current_folder(paths.front());
+      return;
+    }
+    selection = selectionOf(*dialog_, choice);
+    const bool isDone = !selection.fitting.empty();
+    if (!selection.problems.empty()) explain(isDone ? parent_ : *dialog_, selection.problems);
+    if (!isDone) return;
+  }
+  const auto finished = std::exchange(dialog_, {});
+  finished->hide();
+  finish(std::move(selection.fitting));
+}
+
+void GtkOpenPanel::finish(Locations chosen) {
+  if (!chosen.empty()) rememberFolder(chosen.front().parent_path());
   Callback callback = std::move(waiting_.front().second);
   waiting_.pop_front();
   if (!waiting_.empty()) showNext();
-  if (!problems.empty()) explain(problems);
   callback(std::move(chosen));
 }
 
-void GtkOpenPanel::explain(const std::string& problems) {
-  explanation_ =
-      std::make_unique<Gtk::MessageDialog>(parent_, "Not everything can be sent.", false,
-                                           Gtk::MESSAGE_WARNING, Gtk::BUTTONS_CLOSE, true);
+void GtkOpenPanel::explain(Gtk::Window& over, const std::string& problems) {
+  explanation_ = std::make_unique<Gtk::MessageDialog>(
+      over, kExplanation, false, Gtk::MESSAGE_WARNING, Gtk::BUTTONS_CLOSE, true);
+  explanation_->set_title(kExplanation);
   explanation_->set_secondary_text(problems);
   explanation_->signal_response().connect([this](int) { explanation_->hide(); });
   explanation_->show();
