@@ -1,4 +1,5 @@
-"""The window's frames while ten updates a second come, in the virtual desktop it is run in:
+"""The window's frames while ten updates a second come, and those of an empty page in the same run, in the
+virtual desktop it is run in:
 
     scripts/virtual-desktop --without-panel /usr/bin/python3 bench/window_benchmark.py
 """
@@ -28,13 +29,13 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         bundle = bundle_of_views(pathlib.Path(folder))
         shutil.copy(SOURCE / "bench/bundle/frames.js", bundle)
-        first = None
         for rows in ROWS:
             times = measure(bundle, rows)
-            first = first or times["late"]
+            window, empty = times["window"], times["empty"]
             print(
-                f"{rows:4} rows: frame {times['median']:5.1f} ms, "
-                f"95th percentile {times['late']:5.1f} ms, {times['late'] / first:.2f} of the first"
+                f"{rows:4} rows: frame {window['median']:5.1f} ms, 95th percentile "
+                f"{window['late']:5.1f} ms; {window['median'] / empty['median']:.1f} and "
+                f"{window['late'] / empty['late']:.1f} of an empty page's"
             )
 
 

@@ -34,11 +34,14 @@ export function setAttribute(target, name, value) {
 }
 
 /**
- * @param {Node} target
+ * Changes the text node that is there: a new one would have its styles resolved and be laid out anew.
+ * @param {Node} target whose only child is a text, if it has any
  * @param {string} text
  */
 export function setText(target, text) {
-  if (target.textContent !== text) target.textContent = text;
+  const { firstChild } = target;
+  if (!(firstChild instanceof Text)) target.textContent = text;
+  else if (firstChild.data !== text) firstChild.data = text;
 }
 
 /**
