@@ -1,22 +1,14 @@
 """The program on desktops that lack what it likes to have."""
 
 import os
-import pathlib
-import shutil
 import subprocess
-import sys
-import tempfile
 import unittest
 
 from stage.host import BINARY, hide_window, output_of, visible_window, wait_until
 from cases import RemoteTest
-from tray import GREEN, MENU, darkest, open_menu, picture, pixels_like
+from tray import GREEN, MENU, darkest, mouse, open_menu, picture, pixels_like
 
 NOWHERE = "unix:path=/nonexistent"
-SERVICES = pathlib.Path("/usr/share/dbus-1/services")
-BUS = """<busconfig><type>session</type><listen>unix:path={folder}/bus</listen>
-<policy context="default"><allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/>
-</policy><servicedir>{folder}</servicedir></busconfig>"""
 NO_SESSION_BUS = "there is no session bus"
 NO_SYSTEM_BUS = "there is no system bus"
 NO_LOGIND = "there is no logind"
@@ -27,30 +19,9 @@ WARNINGS = (NO_SESSION_BUS, NO_SYSTEM_BUS, NO_LOGIND, NO_INHIBITOR, NO_NOTIFICAT
 
 
 class BareTest(RemoteTest):
-    def start_bus(self, without=None):
-        """A bus that can start the session's services but for one."""
-        folder = pathlib.Path(tempfile.mkdtemp(prefix="brevanholt-bus-"))
-        self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
-        for service in SERVICES.glob("*.service"):
-            if f"Name={without}" not in service.read_text().split():
-                (folder / service.name).symlink_to(service)
-        (folder / "config").write_text(BUS.format(folder=folder))
-        self.run_beside("dbus-daemon", f"--config-file={folder}/config", "--nofork", "--nopidfile")
-        wait_until((folder / "bus").exists, "the bus")
-        return f"unix:path={folder}/bus"
-
     def test_serves_without_each_service_alone_and_without_all_of_them(self):
         session, system = self.start_bus(), self.start_bus()
-        self.run_beside(
-            sys.executable,
-            "-m",
-            "dbusmock",
-            "--template",
-            "logind",
-            env={**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": system},
-            stdout=subprocess.DEVNULL,
-        )
-        output_of("gdbus", "wait", "--address", system, "org.freedesktop.login1")
+        self.mock("org.freedesktop.login1", template="logind", system=True, address=system)
         for session_bus, system_bus, *warnings in (
             (session, system),
             (NOWHERE, system, NO_SESSION_BUS, NO_NOTIFICATIONS),
@@ -87,23 +58,12 @@ class BareTest(RemoteTest):
                 self.assertEqual(host.stop(), 0)
 
     def test_uses_a_tray_of_the_older_kind(self):
-        self.run_beside(
-            "trayer",
-            "--edge",
-            "top",
-            "--align",
-            "right",
-            "--widthtype",
-            "pixel",
-            "--width",
-            "200",
-            "--tint",
-            "0xffffff",
-        )
+        place = "--edge top --align right --widthtype pixel --width 200 --tint 0xffffff"
+        self.run_beside("trayer", *place.split())
         wait_until(lambda: '"trayer"' in output_of("xwininfo", "-root", "-tree"), "the tray")
         host, _ = self.start_remote()
         self.assertLess(darkest(picture("icon-in-older-tray", "24x24+1256+0")), 0.3)
-        output_of("xdotool", "mousemove", "1268", "12", "click", "1")
+        mouse("mousemove", 1268, 12, "click", 1)
         self.assertGreater(pixels_like(GREEN, picture("menu-from-older-tray", MENU)), 10)
         self.assertNotIn(NO_TRAY, host.log)
 

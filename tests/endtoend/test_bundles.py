@@ -4,25 +4,23 @@ import os
 import pathlib
 import shutil
 import subprocess
-import tempfile
 import unittest
 
 from stage.host import BINARY, output_of, wait_until
-from cases import HostTest
+from cases import BUILD, HostTest
 from tray import picture
 
 ENGINE = pathlib.Path("lib/libflutter_linux_gtk.so")
 CODE = "lib/libapp.so"
 CHARACTERS = "data/icudtl.dat"
 LOGO = "data/flutter_assets/assets/images/brevanholt_logo.png"
-STAND_INS = pathlib.Path(BINARY).parents[1] / "stand-in"
+STAND_INS = BUILD / "stand-in"
 
 
 class BundlesTest(HostTest):
     def folder(self, *files, engine=None):
         """A folder with these files, all empty, and one of the engines that were written for tests."""
-        folder = pathlib.Path(tempfile.mkdtemp())
-        self.addCleanup(shutil.rmtree, folder)
+        folder = self.new_folder()
         for file in files:
             (folder / file).parent.mkdir(parents=True, exist_ok=True)
             (folder / file).touch()

@@ -20,8 +20,8 @@ from stage.host import (
     wait_until,
 )
 from cases import HostTest
-from test_pickers import bookmarks, glide, mouse, window_titled
-from tray import picture
+from test_pickers import bookmarks
+from tray import glide, mouse, picture, window_titled
 
 EXCHANGE = pathlib.Path(BINARY).with_name("flutter_exchange")
 STOOD_IN_FOR = ("libwindow_manager_plugin.so", "libscreen_retriever_linux_plugin.so")
@@ -50,30 +50,18 @@ class FlutterTest(HostTest):
 
     def start_bundle(self, *options, environment=None):
         arguments = ["--ui-argument", self.dart.address, "--ui-argument", os.devnull]
-        host = self.start(
-            "--ui-bundle",
-            self.bundle,
-            *arguments,
-            *options,
-            environment={**ENVIRONMENT, **(environment or {})},
-        )
+        environment = {**ENVIRONMENT, **(environment or {})}
+        bundle = ("--ui-bundle", self.bundle)
+        host = self.start(*bundle, *arguments, *options, environment=environment)
         self.dart.wait()
         self.show_page()
         return host
 
     def show_page(self):
-        self.dart.add(
-            {"t": "view", "i": "view", "p": "page", "c": ["text", "field"]},
-            {"t": "text", "i": "text", "p": "view", "c": [], "value": "From Dart", "size": "40"},
-            {
-                "t": "textfield",
-                "i": "field",
-                "p": "view",
-                "c": [],
-                "autofocus": "true",
-                "onchange": "true",
-            },
-        )
+        view = {"t": "view", "i": "view", "p": "page", "c": ["text", "field"]}
+        text = {"t": "text", "i": "text", "p": "view", "c": [], "value": "From Dart", "size": "40"}
+        field = {"t": "textfield", "i": "field", "p": "view", "c": []}
+        self.dart.add(view, text, {**field, "autofocus": "true", "onchange": "true"})
 
     def wait_for_event(self, *event):
         wait_until(lambda: event in self.dart.events, f"{event}")

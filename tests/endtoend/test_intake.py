@@ -15,11 +15,10 @@ import dbus
 from gi.repository import Gio, GLib
 
 from stage.host import BINARY, hide_window, output_of, shown_windows, visible_window, wait_until
-from cases import RemoteTest
+from cases import BUILD, RemoteTest, install
 from stage.remote import Remote
 
 HOME = pathlib.Path(os.environ["HOME"])
-BUILD = pathlib.Path(BINARY).parents[1]
 NAME = "org.brevanholt.Brevanholt"
 # Such names are easily broken on the way to the program.
 ODD_NAMES = [
@@ -41,18 +40,8 @@ def file_entry(path):
 
 
 def text_event(text):
-    return [
-        "sharedEntries",
-        [
-            {
-                "path": "",
-                "name": "Shared text",
-                "size": len(text.encode()),
-                "kind": "text",
-                "text": text,
-            }
-        ],
-    ]
+    entry = {"path": "", "name": "Shared text", "kind": "text", "text": text}
+    return ["sharedEntries", [{**entry, "size": len(text.encode())}]]
 
 
 class IntakeTest(RemoteTest):
@@ -119,19 +108,15 @@ class ActionsTest(IntakeTest):
     def test_does_what_the_launcher_asks(self):
         host, remote = self.start_remote()
         remote.call("platformEventsReady")
-        subprocess.run(
-            ["xclip", "-selection", "clipboard"], input=b"copied", check=True, timeout=30
-        )
+        clipboard = ["xclip", "-selection", "clipboard"]
+        subprocess.run(clipboard, input=b"copied", check=True, timeout=30)
         self.assertEqual(self.share("--share-clipboard").returncode, 0)
         self.assertEqual(remote.wait_for_events(1), [text_event("copied")])
 
         hide_window()
         self.assertEqual(self.share("--choose-files").returncode, 0)
         wait_until(visible_window, "the window")
-        panel = wait_until(
-            lambda: shown_windows("name", "Choose Files to Send"),
-            "the panel",
-        )
+        panel = wait_until(lambda: shown_windows("name", "Choose Files to Send"), "the panel")
         output_of("wmctrl", "-i", "-c", str(panel[0]))
 
         hide_window()
@@ -152,13 +137,9 @@ class ActionsTest(IntakeTest):
 class InstalledTest(IntakeTest):
     """Share links and shares over the bus, by the installed files."""
 
-    def install(self, remote):
+    def install_page(self, remote):
         """Installs the program so that the desktop starts it with the remote's page."""
-        subprocess.run(
-            ["cmake", "--install", BUILD, "--prefix", HOME / ".local"],
-            check=True,
-            stdout=subprocess.DEVNULL,
-        )
+        install(HOME / ".local")
         output_of("update-desktop-database", HOME / ".local/share/applications")
         host = self.start(scenario="remote", arguments=remote.arguments)
         wait_until(visible_window, "the window")
@@ -186,7 +167,7 @@ class InstalledTest(IntakeTest):
 
     def test_is_started_by_the_desktop_and_opens_links(self):
         remote = Remote()
-        self.install(remote)
+        self.install_page(remote)
         self.bus = dbus.SessionBus()
         self.daemon = self.bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus")
         self.daemon.ReloadConfig()
@@ -205,20 +186,9 @@ class InstalledTest(IntakeTest):
         self.open_share("share/x?y=1&id=", "warm")
         wait_until(visible_window, "the window")
         uris = [self.files[0].as_uri(), "https://example.org", "file://elsewhere/a"]
-        output_of(
-            "gdbus",
-            "call",
-            "--session",
-            "--dest",
-            NAME,
-            "--object-path",
-            f"/{NAME.replace('.', '/')}",
-            "--method",
-            "org.freedesktop.Application.ActivateAction",
-            "share",
-            f"[<({uris}, 'not this')>]",
-            "{}",
-        )
+        actions = self.bus.get_object(NAME, f"/{NAME.replace('.', '/')}")
+        wrong = dbus.Struct([dbus.Array(uris, signature="s"), "not this"], variant_level=1)
+        actions.ActivateAction("share", [wrong], {}, dbus_interface="org.freedesktop.Application")
         self.assertEqual(
             remote.wait_for_events(3)[1:], [text_event("warm"), ["sharedEntries", self.entries[:1]]]
         )
@@ -265,15 +235,12 @@ class FileManagerTest(IntakeTest):
         selection = [selected(uri) for uri in uris]
 
         def thunar():
-            entry = Gio.DesktopAppInfo.new_from_filename(
-                self.installed("Thunar/sendto/brevanholt.desktop")
-            )
-            entry.launch_uris(uris, None)
+            entry = self.installed("Thunar/sendto/brevanholt.desktop")
+            Gio.DesktopAppInfo.new_from_filename(entry).launch_uris(uris, None)
 
         def dolphin():
-            command = self.value_in(
-                "kio/servicemenus/brevanholt.desktop", "Desktop Action share", "Exec"
-            )
+            entry = "kio/servicemenus/brevanholt.desktop"
+            command = self.value_in(entry, "Desktop Action share", "Exec")
             output_of(*shlex.split(command.replace("%F", shlex.join(map(str, paths)))))
 
         def nemo():
@@ -295,21 +262,15 @@ class FileManagerTest(IntakeTest):
         for number, use in enumerate((thunar, dolphin, nemo, caja, nautilus)):
             with self.subTest(use.__name__):
                 use()
-                wait_until(
-                    lambda: (
-                        GLib.MainContext.default().iteration(False),
-                        len(remote.events()) > number,
-                    )[1],
-                    "the share",
-                )
-                method, entries = remote.events()[number]
-                self.assertEqual(
-                    (method, entries[: len(self.files)]), ("sharedEntries", self.entries)
-                )
-                self.assertEqual(
-                    [entry["relativePath"] for entry in entries[len(self.files) :]],
-                    ["sub", "sub/a"],
-                )
+
+                def more():
+                    GLib.MainContext.default().iteration(False)
+                    return remote.events()[number:]
+
+                ((method, entries),) = wait_until(more, "the share")
+                shared, folder = entries[: len(self.files)], entries[len(self.files) :]
+                self.assertEqual((method, shared), ("sharedEntries", self.entries))
+                self.assertEqual([one["relativePath"] for one in folder], ["sub", "sub/a"])
 
 
 if __name__ == "__main__":

@@ -2,13 +2,14 @@
 
 import os
 import pathlib
-import subprocess
 import sys
 import unittest
 
-from stage.host import SOURCE, output_of, shown_windows, visible_window, wait_until
+import dbus
+
+from stage.host import SOURCE, output_of, visible_window, wait_until
 from cases import RemoteTest
-from tray import picture
+from tray import glide, mouse, picture, window_titled
 
 HOME = pathlib.Path(os.environ["HOME"])
 DEFAULTS = HOME / ".config/brevanholt/defaults.ini"
@@ -20,34 +21,14 @@ PORTAL = (
 TARGET = (370, 310)  # within the window
 
 
-def window_titled(title):
-    return next(map(str, shown_windows("name", f"^{title}$")), None)
-
-
-def mouse(*orders):
-    output_of("xdotool", *(str(order) for order in orders))
-
-
-def glide(start, end, steps=12):
-    """Moves the pointer as a hand does: a drag begins, and is followed, by its motions."""
-    for step in range(steps + 1):
-        mouse("mousemove", *(a + (b - a) * step // steps for a, b in zip(start, end)))
-
-
 def entry(path):
     return {"path": str(path), "name": path.name, "size": 0}
 
 
 def bookmarks():
     """What the program has kept of each picked file."""
-    line = next(
-        (
-            line
-            for line in DEFAULTS.read_text().splitlines()
-            if line.startswith("pickedFileBookmarks")
-        ),
-        "",
-    )
+    lines = DEFAULTS.read_text().splitlines()
+    line = next((line for line in lines if line.startswith("pickedFileBookmarks")), "")
     return line.split("(b")[1:]
 
 
@@ -71,10 +52,7 @@ class DragTest(HandTest):
         (services / f"{PORTAL[0]}.service").write_text(
             f"[D-BUS Service]\nName={PORTAL[0]}\nExec=/bin/false\n"
         )
-        bus = "org.freedesktop.DBus"
-        output_of(
-            *f"gdbus call --session --dest {bus} --object-path / --method {bus}.ReloadConfig".split()
-        )
+        dbus.SessionBus().get_object("org.freedesktop.DBus", "/").ReloadConfig()
 
     def start_beside(self, *source, title):
         """Starts the program at the left, and at the right what is dragged, all of it selected."""
@@ -113,24 +91,8 @@ class DragTest(HandTest):
         self.assertEqual(bookmarks(), [])
 
     def test_takes_files_that_the_portal_hands_out(self):
-        self.run_beside(sys.executable, "-m", "dbusmock", *PORTAL, stdout=subprocess.DEVNULL)
-        output_of("gdbus", "wait", "--session", PORTAL[0])
-        output_of(
-            "gdbus",
-            "call",
-            "--session",
-            "--dest",
-            PORTAL[0],
-            "--object-path",
-            PORTAL[1],
-            "--method",
-            "org.freedesktop.DBus.Mock.AddMethod",
-            "",
-            "RetrieveFiles",
-            "sa{sv}",
-            "as",
-            f"ret = ['{self.files[2]}'] if args[0] == 'the key' else []",
-        )
+        answer = f"ret = ['{self.files[2]}'] if args[0] == 'the key' else []"
+        self.mock(*PORTAL).AddMethod("", "RetrieveFiles", "sa{sv}", "as", answer)
         remote = self.start_beside(
             sys.executable,
             SOURCE / "tests/endtoend/drag_source.py",

@@ -12,7 +12,6 @@ import tempfile
 import unittest
 
 import dbus
-import dbusmock
 
 from stage.host import wait_until
 from cases import RemoteTest
@@ -33,26 +32,13 @@ class Portals:
     """The desktop's portals, with a back end for those that GTK's does not have."""
 
     def __init__(self, test):
-        folder = pathlib.Path(tempfile.mkdtemp())
+        folder = test.new_folder()
         for file in pathlib.Path("/usr/share/xdg-desktop-portal/portals").glob("gtk.portal"):
             (folder / file.name).write_bytes(file.read_bytes())
         (folder / "test.portal").write_text(BACKEND_FILE)
         environment = {**os.environ, "XDG_DESKTOP_PORTAL_DIR": str(folder)}
-        test.run_beside(
-            "/usr/bin/python3",
-            "-m",
-            "dbusmock",
-            "--session",
-            BACKEND,
-            "/org/freedesktop/portal/desktop",
-            BACKGROUND,
-            stdout=subprocess.DEVNULL,
-        )
-        bus = dbus.SessionBus()
-        wait_until(lambda: bus.name_has_owner(BACKEND), "the back end")
-        self.backend = dbus.Interface(
-            bus.get_object(BACKEND, "/org/freedesktop/portal/desktop"), dbusmock.MOCK_IFACE
-        )
+        where = "/org/freedesktop/portal/desktop"
+        self.backend = test.mock(BACKEND, where, BACKGROUND)
         self.backend.AddMethods(
             BACKGROUND,
             [
@@ -62,14 +48,10 @@ class Portals:
         )
         self.record = folder / "calls"
         with open(self.record, "wb") as record:
-            recorder = subprocess.Popen(
-                ["dbus-monitor", "--session", "type=method_call"], stdout=record
-            )
-        test.addCleanup(recorder.wait)
-        test.addCleanup(recorder.terminate)
+            test.run_beside("dbus-monitor", "--session", "type=method_call", stdout=record)
         wait_until(lambda: self.record.stat().st_size, "the recorder")
         test.run_beside("/usr/libexec/xdg-desktop-portal", env=environment)
-        wait_until(lambda: bus.name_has_owner(PORTAL + "Desktop"), "the portal")
+        wait_until(lambda: dbus.SessionBus().name_has_owner(PORTAL + "Desktop"), "the portal")
 
     def calls(self):
         """Interface and method of what was called so far."""
@@ -113,7 +95,8 @@ class PortalsTest(RemoteTest):
                 lambda: remote.call("launchAtStartupEnabled") == {"value": True}, "the permission"
             )
             portals.wait_for(BACKGROUND + ".EnableAutostart")
-            (call,) = [call for call in self.backend_calls() if call[1] == "EnableAutostart"]
+            calls = portals.backend.GetCalls()
+            (call,) = [call for call in calls if call[1] == "EnableAutostart"]
             self.assertIn("--login-item", call[2][2])
 
         with self.subTest("notifications"):
@@ -145,9 +128,6 @@ class PortalsTest(RemoteTest):
         with self.subTest("file chooser"):
             remote.begin("pickFiles")
             portals.wait_for(PORTAL + "FileChooser.OpenFile")
-
-    def backend_calls(self):
-        return self.portals.backend.GetCalls()
 
 
 if __name__ == "__main__":

@@ -25,13 +25,8 @@ def look_of(preview):
     """Its size, and whether its left is red and its right blue."""
     kept = DOWNLOADS / "preview.png"
     kept.write_bytes(bytes(preview.values()))
-    return output_of(
-        "convert",
-        kept,
-        "-format",
-        "%wx%h %[fx:u.p{0,0}.r-u.p{0,0}.b>.9] " "%[fx:u.p{w-1,0}.b-u.p{w-1,0}.r>.9]",
-        "info:",
-    )
+    look = "%wx%h %[fx:u.p{0,0}.r-u.p{0,0}.b>.9] %[fx:u.p{w-1,0}.b-u.p{w-1,0}.r>.9]"
+    return output_of("convert", kept, "-format", look, "info:")
 
 
 def may_make_sandboxes():

@@ -2,7 +2,6 @@
 
 import signal
 import subprocess
-import sys
 import unittest
 
 import dbus
@@ -10,7 +9,7 @@ import dbusmock
 
 from stage.host import BINARY, hide_window, output_of, shown_windows, visible_window, wait_until
 from cases import RemoteTest
-from tray import picture
+from tray import mouse, picture
 
 LOGIND = "org.freedesktop.login1"
 HOSTNAMED = "org.freedesktop.hostname1"
@@ -24,22 +23,6 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
     def setUpClass(cls):
         cls.start_system_bus()
 
-    def mock(self, name, *template, is_on_system_bus=True):
-        """A service whose one object, and its interface, are where its name says."""
-        path = "/" + name.replace(".", "/")
-        where = "--system" if is_on_system_bus else "--session"
-        self.run_beside(
-            sys.executable,
-            "-m",
-            "dbusmock",
-            where,
-            *(template or (name, path, name)),
-            stdout=subprocess.DEVNULL,
-        )
-        bus = self.get_dbus(is_on_system_bus)
-        wait_until(lambda: bus.name_has_owner(name), name)
-        return dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
-
     def assert_asks_for_discovery(self, remote, cause):
         before = remote.requests()
         cause()
@@ -47,7 +30,7 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
         return remote.requests() - before
 
     def test_is_called_what_the_computer_is_called(self):
-        hostnamed = self.mock(HOSTNAMED)
+        hostnamed = self.mock(HOSTNAMED, system=True)
         hostnamed.AddProperties(HOSTNAMED, {"PrettyHostname": "Ada’s computer 🎈"})
         _, remote = self.start_remote()
         wait_until(lambda: remote.call("deviceName") == {"value": "Ada’s computer 🎈"}, "the name")
@@ -55,7 +38,7 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
         wait_until(lambda: remote.call("deviceName") == {"value": "Bob’s"}, "the new name")
 
     def test_keeps_the_system_awake_during_a_transfer(self):
-        logind = self.mock(LOGIND, "--template", "logind")
+        logind = self.mock(LOGIND, template="logind", system=True)
 
         def inhibitors():
             listed = logind.ListInhibitors(dbus_interface=f"{LOGIND}.Manager")
@@ -65,11 +48,15 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
         for enabled, expected in ((True, [TRANSFER]), (False, []), (True, [TRANSFER])):
             remote.call("setBackgroundMode", enabled=enabled, transferInProgress=enabled)
             wait_until(lambda: inhibitors() == expected, str(expected))
+        for enabled in (False, True, False, True):  # also before logind has answered
+            remote.begin("setBackgroundMode", enabled=enabled, transferInProgress=enabled)
+        remote.call("deviceName")
+        wait_until(lambda: inhibitors() == [TRANSFER], "one inhibitor")
         host.process.send_signal(signal.SIGKILL)
         wait_until(lambda: not inhibitors(), "the inhibitor's end with the program")
 
     def test_asks_for_discovery_after_waking_and_when_its_window_becomes_key(self):
-        logind = self.mock(LOGIND, "--template", "logind")
+        logind = self.mock(LOGIND, template="logind", system=True)
         logind.AddSession("c1", "seat0", 1000, "somebody", True)
         session_of = ("GetSessionByPID", "u", "o", f"ret = dbus.ObjectPath('{SESSION}')")
         logind.AddMethod(f"{LOGIND}.Manager", *session_of)
@@ -83,8 +70,7 @@ class ServicesTest(RemoteTest, dbusmock.DBusTestCase):
 
         self.assertEqual(1, self.assert_asks_for_discovery(remote, unlock))
         notices = [(logind, (f"{LOGIND}.Manager", "PrepareForSleep"))] + [
-            (self.mock(name, is_on_system_bus=False), (name, "ActiveChanged"))
-            for name in SCREEN_SAVERS
+            (self.mock(name), (name, "ActiveChanged")) for name in SCREEN_SAVERS
         ]
         for service, change in notices:
             service.EmitSignal(*change, "b", [True])
@@ -155,16 +141,8 @@ class NotificationTest(RemoteTest):
         hide_window()
         size = output_of("xdotool", "getwindowgeometry", window).split()[-1]
         width, height = map(int, size.split("x"))
-        output_of(
-            "xdotool",
-            "mousemove",
-            "--window",
-            window,
-            str(width - 57),
-            str(height - 32),
-            "click",
-            "1",
-        )  # the button "Open"
+        button = (width - 57, height - 32)  # "Open"
+        mouse("mousemove", "--window", window, *button, "click", 1)
         wait_until(visible_window, "the window")
         wait_until(lambda: not notification_windows(), "the notification to go")
 

@@ -5,7 +5,7 @@ import unittest
 
 from stage.host import hide_window, output_of, visible_window, visible_windows, wait_until
 from cases import RemoteTest
-from tray import GREEN, ICON, MENU, close_menu, darkest, open_menu, picture, pixels_like
+from tray import GREEN, ICON, MENU, close_menu, darkest, mouse, open_menu, picture, pixels_like
 
 RED, BLUE = (191, 28, 41), (26, 94, 181)
 
@@ -33,7 +33,7 @@ class PanelTest(RemoteTest):
 
         self.assertGreater(pixels_like(GREEN, menu("menu-idle")), 10)
         self.assertLess(darkest(picture("icon", "30x30+1179+1")), 0.3, "the icon is drawn")
-        output_of("xdotool", "mousemove", *ICON)
+        mouse("mousemove", *ICON)
         picture("tooltip", MENU)
         self.assertEqual(pixels_like(GREEN, menu("menu-visibility-off", visible=False)), 0)
         recents = menu(
@@ -59,10 +59,10 @@ class PanelTest(RemoteTest):
         self.assertEqual(remote.requests(), before + 2)
         hide_window()
         open_menu()
-        output_of("xdotool", "key", "Up", "Up", "Return")
+        mouse("key", "Up", "Up", "Return")
         wait_until(visible_window, "the window")
         open_menu()
-        output_of("xdotool", "key", "ctrl+q")
+        mouse("key", "ctrl+q")
         self.assertEqual(host.process.wait(20), 0)
 
     def test_an_open_menu_follows_and_keeps_what_is_selected(self):
@@ -76,13 +76,13 @@ class PanelTest(RemoteTest):
             return int(re.search(r"HEIGHT=(\d+)", geometry)[1])
 
         idle = menu_height()
-        output_of("xdotool", "key", "Up", "Up")
+        mouse("key", "Up", "Up")
         recents = [transfer(f"Transfer {number}", "complete", 1) for number in range(4)]
         remote.call("updateDesktopShell", recentTransfers=recents)
         wait_until(lambda: menu_height() > idle + 100, "the rows of the transfers")
         remote.call("updateDesktopShell")
         wait_until(lambda: menu_height() == idle, "their end")
-        output_of("xdotool", "key", "Return")
+        mouse("key", "Return")
         wait_until(visible_window, "the window")
         self.assertIsNone(host.process.poll())
 

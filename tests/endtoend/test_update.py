@@ -4,12 +4,12 @@ import os
 import pathlib
 import shutil
 import signal
-import subprocess
 import unittest
 
-from cases import HostTest
+import dbus
+
+from cases import HostTest, install
 from stage.host import (
-    BINARY,
     managed_windows,
     output_of,
     visible_window,
@@ -22,16 +22,13 @@ HOME = pathlib.Path(os.environ["HOME"])
 PROGRAM = HOME / ".local/bin/brevanholt"
 UI = HOME / ".local/share/brevanholt/ui"
 KEPT = HOME / ".local/share/Brevanholt"
-BUS = ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/"]
+NAME = "org.brevanholt.Brevanholt"
 
 
-def install():
+def update():
     """Installs the program as a package manager does: new files take the names of the old ones."""
     fresh = HOME / "fresh"
-    build = pathlib.Path(BINARY).parents[1]
-    subprocess.run(
-        ["cmake", "--install", build, "--prefix", fresh], check=True, stdout=subprocess.DEVNULL
-    )
+    install(fresh)
     shutil.copytree(fresh, HOME / ".local", symlinks=True, dirs_exist_ok=True, copy_function=put)
 
 
@@ -42,20 +39,15 @@ def put(source, destination):
 
 def running():
     """The number of the process that has the program's name on the bus; None for none."""
-    found = subprocess.run(
-        [*BUS, "--method", "org.freedesktop.DBus.GetConnectionUnixProcessID"]
-        + ["org.brevanholt.Brevanholt"],
-        check=False,
-        capture_output=True,
-        text=True,
-        timeout=30,
-    )
-    return int(found.stdout.split()[1].rstrip(",)")) if found.returncode == 0 else None
+    bus = dbus.SessionBus()
+    if not bus.name_has_owner(NAME):
+        return None
+    return bus.get_object("org.freedesktop.DBus", "/").GetConnectionUnixProcessID(NAME)
 
 
 class UpdateTest(HostTest):
     def test_goes_on_with_its_own_page_and_restarts_when_asked(self):
-        install()
+        update()
         self.run_beside(PROGRAM)
         self.addCleanup(output_of, PROGRAM, "--quit")
         wait_until(visible_window, "the window")
@@ -64,7 +56,7 @@ class UpdateTest(HostTest):
         output_of(PROGRAM)
         self.assertEqual(len(managed_windows()), 1)
 
-        install()
+        update()
         (UI / "main.js").write_text("throw new Error('this is of another version');")
         shutil.rmtree(KEPT)
         os.kill(web_processes_of(old)[0], signal.SIGKILL)

@@ -69,12 +69,8 @@ class ViewsTest(HostTest):
                         seen = give({"show": state})
                         self.assertEqual((seen["scrolls"], seen["sticksOut"]), (False, []))
                         self.assertEqual(seen["refusals"], [])
-                        output_of(
-                            "import",
-                            "-window",
-                            window,
-                            PICTURES / f"views-{theme}-{width}-{state}.png",
-                        )
+                        kept = PICTURES / f"views-{theme}-{width}-{state}.png"
+                        output_of("import", "-window", window, kept)
             for order in [{"show": state} for state in STATES] + [
                 {"show": "known", "open": entry} for entry in DIALOGS
             ]:

@@ -3,18 +3,12 @@
 import os
 import pathlib
 import subprocess
-import sys
-import tempfile
 import unittest
-
-import dbus
-import dbusmock
 
 from cases import HostTest
 from stage.host import BINARY, Orders, output_of, visible_window, wait_until
 from stage.station import bundle_with_hand, follow_orders
-from test_bare import BUS
-from tray import picture
+from tray import mouse, picture
 
 HOME = pathlib.Path(os.environ["HOME"])
 PORTAL = "org.freedesktop.portal.Desktop"
@@ -24,7 +18,7 @@ SETTINGS = "org.freedesktop.portal.Settings"
 class WindowTest(HostTest):
     def start_window(self, **environment):
         self.orders = Orders()
-        bundle = bundle_with_hand(pathlib.Path(tempfile.mkdtemp()) / "bundle")
+        bundle = bundle_with_hand(self.new_folder() / "bundle")
         options = follow_orders(bundle, self.orders)
         host = self.start(*options, "--developer-tools", environment=environment)
         self.window = wait_until(visible_window, "the window")
@@ -35,7 +29,7 @@ class WindowTest(HostTest):
         wait_until(lambda: text in self.orders.give({})["text"], f"“{text}”")
 
     def key(self, name):
-        output_of("xdotool", "key", "--delay", "60", name)
+        mouse("key", "--delay", 60, name)
 
     def copy(self, target, content):
         with subprocess.Popen(
@@ -97,22 +91,8 @@ class WindowTest(HostTest):
         wait_until(lambda: not visible_window(), "hiding without a question")
 
     def test_looks_as_the_portal_says(self):
-        folder = pathlib.Path(tempfile.mkdtemp())
-        (folder / "config").write_text(BUS.format(folder=folder))
-        address = f"unix:path={folder}/bus"
-        self.run_beside("dbus-daemon", f"--config-file={folder}/config", "--nofork", "--nopidfile")
-        wait_until((folder / "bus").exists, "the bus")
-        self.run_beside(
-            *(sys.executable, "-m", "dbusmock", "--session", PORTAL),
-            *("/org/freedesktop/portal/desktop", SETTINGS),
-            env={**os.environ, "DBUS_SESSION_BUS_ADDRESS": address},
-            stdout=subprocess.DEVNULL,
-        )
-        bus = dbus.bus.BusConnection(address)
-        wait_until(lambda: bus.name_has_owner(PORTAL), "the portal")
-        mock = dbus.Interface(
-            bus.get_object(PORTAL, "/org/freedesktop/portal/desktop"), dbusmock.MOCK_IFACE
-        )
+        address = self.start_bus()
+        mock = self.mock(PORTAL, "/org/freedesktop/portal/desktop", SETTINGS, address=address)
         answer = (
             "ret = {'org.freedesktop.appearance': {'color-scheme': dbus.UInt32(1), "
             "'contrast': dbus.UInt32(1), "
@@ -132,14 +112,6 @@ class WindowTest(HostTest):
         self.assertTrue(looks["accent"].startswith("rgb("), looks)
         self.orders.give({"log": "said by the page"})
         wait_until(lambda: "said by the page" in host.log, "the page's words")
-
-    def test_names_a_bundle_that_is_none(self):
-        for folder in ("/nowhere", HOME):
-            refused = subprocess.run(
-                [BINARY, "--ui-bundle", folder], capture_output=True, text=True, timeout=30
-            )
-            self.assertEqual(refused.returncode, 1)
-            self.assertIn(str(folder), refused.stderr)
 
 
 if __name__ == "__main__":

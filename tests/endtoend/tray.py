@@ -1,15 +1,38 @@
-"""The status icon and its menu, used by hand, and pictures of what is shown."""
+"""The pointer and the keys, the status icon and its menu, and pictures of what is shown."""
 
 import os
 import pathlib
 import subprocess
 
-from stage.host import SOURCE, holds_within, managed_windows, output_of, visible_windows, wait_until
+from stage.host import (
+    SOURCE,
+    holds_within,
+    managed_windows,
+    output_of,
+    shown_windows,
+    visible_windows,
+    wait_until,
+)
 
 PICTURES = pathlib.Path(os.environ.get("BREVANHOLT_PICTURES", "/tmp/brevanholt-pictures"))
-ICON = ("1194", "16")  # the panel's tray is left of its clock
+ICON = (1194, 16)  # the panel's tray is left of its clock
 MENU = "620x420+660+0"  # where menus from there are
 GREEN = (38, 163, 105)  # what says in a menu that all is well
+
+
+def mouse(*orders):
+    """Does with the pointer and the keys what xdotool is told."""
+    output_of("xdotool", *map(str, orders))
+
+
+def glide(start, end, steps=12):
+    """Moves the pointer as a hand does: a drag begins, and is followed, by its motions."""
+    for step in range(steps + 1):
+        mouse("mousemove", *(a + (b - a) * step // steps for a, b in zip(start, end)))
+
+
+def window_titled(title):
+    return next(map(str, shown_windows("name", f"^{title}$")), None)
 
 
 def menu_is_open():
@@ -19,7 +42,7 @@ def menu_is_open():
 
 def open_menu():
     def opened():
-        output_of("xdotool", "mousemove", *ICON, "click", "1")
+        mouse("mousemove", *ICON, "click", 1)
         return holds_within(5, menu_is_open)
 
     # The panel takes an icon a little before it has a place for it.
@@ -27,7 +50,7 @@ def open_menu():
 
 
 def close_menu():
-    output_of("xdotool", "key", "Escape", "mousemove", "600", "700")
+    mouse("key", "Escape", "mousemove", 600, 700)
     wait_until(lambda: not menu_is_open(), "the menu's end")
 
 
@@ -43,35 +66,12 @@ def picture(name, crop=None):
 
 def darkest(path):
     """How light the darkest pixel of a picture is, from 0 to 1."""
-    return float(
-        output_of("convert", path, "-colorspace", "Gray", "-format", "%[fx:minima]", "info:")
-    )
+    least = ("-colorspace", "Gray", "-format", "%[fx:minima]", "info:")
+    return float(output_of("convert", path, *least))
 
 
 def pixels_like(colour, path):
     """How many pixels of a picture are of that colour, give or take what antialiasing does."""
-    return round(
-        float(
-            output_of(
-                "convert",
-                path,
-                "-alpha",
-                "off",
-                "-fuzz",
-                "2%",
-                "-fill",
-                "black",
-                "+opaque",
-                f"rgb{colour}",
-                "-fuzz",
-                "0",
-                "-fill",
-                "white",
-                "+opaque",
-                "black",
-                "-format",
-                "%[fx:mean*w*h]",
-                "info:",
-            )
-        )
-    )
+    alike = f"-alpha off -fuzz 2% -fill black +opaque rgb{colour} -fuzz 0 -fill white +opaque black"
+    alike = alike.replace(", ", ",").split()
+    return round(float(output_of("convert", path, *alike, "-format", "%[fx:mean*w*h]", "info:")))

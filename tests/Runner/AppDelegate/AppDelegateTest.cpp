@@ -13,7 +13,7 @@ constexpr const char* kTransfer = "Brevanholt file transfer";
 
 class AppDelegateTest : public HostTest {
  protected:
-  void SetUp() override { host_.delegate->applicationDidFinishLaunching(); }
+  void SetUp() override { delegate_->applicationDidFinishLaunching(); }
 
   void expectInBackground(bool inBackground, const char* after) {
     SCOPED_TRACE(after);
@@ -47,7 +47,7 @@ TEST_F(AppDelegateTest, IsInTheBackgroundJustWhileItsWindowIsHidden) {
   close();
   close();
   expectInBackground(true, "closing twice");
-  host_.delegate->applicationShouldHandleReopen(false);
+  delegate_->applicationShouldHandleReopen(false);
   expectInBackground(false, "another launch");
   close();
   platform_.notificationCenter.opened();
@@ -58,8 +58,8 @@ TEST_F(AppDelegateTest, IsInTheBackgroundJustWhileItsWindowIsHidden) {
 
   platform_.isLoginItemLaunch = true;
   const int presentations = platform_.window.presentations;
-  host_.restart();
-  host_.delegate->applicationDidFinishLaunching();
+  restart();
+  delegate_->applicationDidFinishLaunching();
   platform_.mainQueue.drain();
   expectInBackground(true, "the start at login");
   EXPECT_EQ(platform_.window.presentations, presentations) << "not even for a moment";
@@ -76,17 +76,17 @@ TEST_F(AppDelegateTest, HoldsEachActivityOnlyWhileItIsAskedFor) {
   EXPECT_EQ(heldAfter(Map{{"enabled", "yes"}, {"transferInProgress", true}}), Held(0, 0));
   EXPECT_EQ(heldAfter(Map{{"enabled", true}, {"transferInProgress", 1}}), Held(1, 0));
 
-  host_.delegate->hideToBackground();
+  delegate_->hideToBackground();
   EXPECT_EQ(heldAfter(Map{{"enabled", true}}), Held(1, 0)) << "one token for both";
   heldAfter(both);
-  host_.window.reset();
+  window_.reset();
   EXPECT_EQ(platform_.processActivities.held[kTransfer], 0) << "ends with the window";
 }
 
 TEST_F(AppDelegateTest, AsksForDiscoveryOnEveryOccasionWhileThereIsAWindow) {
   EXPECT_GE(requests(), 1) << "the start";
   std::thread([this] { platform_.networkMonitor.updated(); }).join();
-  EXPECT_TRUE(host_.events().empty()) << "sent from the main thread alone";
+  EXPECT_TRUE(events().empty()) << "sent from the main thread alone";
   EXPECT_EQ(requests(), 1);
 
   platform_.wakeNotices.systemDidWake.emit();
@@ -96,12 +96,12 @@ TEST_F(AppDelegateTest, AsksForDiscoveryOnEveryOccasionWhileThereIsAWindow) {
   EXPECT_EQ(requests(), 4);
 
   platform_.networkMonitor.updated();
-  host_.window.reset();
+  window_.reset();
   EXPECT_FALSE(platform_.networkMonitor.updated) << "the monitor is cancelled";
   platform_.wakeNotices.systemDidWake.emit();
   platform_.statusItem.menu->willOpen();
   activate("Open Brevanholt");
-  host_.delegate.reset();
+  delegate_.reset();
   platform_.notificationCenter.opened();
   EXPECT_EQ(requests(), 0);
 }

@@ -23,9 +23,9 @@ std::string bookmarkOf(const std::string& path) {
 class PickersTest : public HostTest {
  protected:
   Reply pick(const char* method, OpenPanel::Locations chosen) {
-    const auto answer = host_.begin(method);
+    const auto answer = begin(method);
     platform_.openPanel.answer(std::move(chosen));
-    return host_.finish(answer);
+    return finish(answer);
   }
   void restore(List paths) {
     EXPECT_EQ(call("restorePickedFiles", Map{{"paths", std::move(paths)}}), Reply(Value()));
@@ -38,21 +38,9 @@ class PickersTest : public HostTest {
   FakeSecurityScopes& scopes_ = platform_.securityScopes;
 };
 
-TEST_F(PickersTest, AnswersInTheOrderOfTheCalls) {
-  const auto folder = host_.begin("pickFolder");
-  const auto files = host_.begin("pickFiles");
-  platform_.openPanel.answer({platform_.home.path()});
-  platform_.openPanel.answer({"/x/caf\xE9", "/x/a"});
-
-  ASSERT_TRUE(platform_.mainQueue.runUntil([&] { return folder->has_value(); }));
-  EXPECT_FALSE(files->has_value());
-  EXPECT_EQ(host_.finish(files), Reply(Value(List{picked("/x/a")})));
-  EXPECT_EQ(log_.count(LogLevel::kWarning, "its name is not UTF-8"), 1);
-}
-
 TEST_F(PickersTest, RestoresAfterARestartWhatIsOrLiesInABookmark) {
   pick("pickFiles", {"/home/u/Pictures", "/home/u/Pictures/a.jpg"});
-  host_.restart();
+  restart();
   restore({"/home/u/PicturesOld/a.jpg", "/home/u"});
   EXPECT_EQ(scopes_.held["/home/u/Pictures"], 0);
 
@@ -102,7 +90,7 @@ TEST_F(PickersTest, ReleasesTheFolderOrTheShareThatAFileLiesIn) {
   EXPECT_THAT(stored(), ElementsAre(Pair("/p/folder2", testing::_)));
   EXPECT_EQ(scopes_.held["/p/folder"], 0);
   EXPECT_EQ(scopes_.held["/p/folder2"], 1);
-  host_.finishUtilityWork();
+  platform_.utilityQueue.sync([] {});
   EXPECT_FALSE(std::filesystem::exists(share));
 }
 
@@ -116,8 +104,8 @@ TEST_F(PickersTest, FailsNoPickWhenBookmarksCannotBeKept) {
 }
 
 TEST_F(PickersTest, TakesAPanelThatOutlivesTheWindowForCancelled) {
-  const auto answer = host_.begin("pickFolder");
-  host_.window.reset();
+  const auto answer = begin("pickFolder");
+  window_.reset();
   platform_.openPanel.answer({"/a"});
   EXPECT_EQ(*answer, Reply(Value(List{})));
   EXPECT_THAT(scopes_.begun, IsEmpty());

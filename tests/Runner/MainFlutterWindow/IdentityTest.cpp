@@ -12,7 +12,7 @@ class IdentityTest : public HostTest {
  protected:
   // The public key as it is in the next run.
   Reply publicKeyAfterRestart() {
-    host_.restart();
+    restart();
     Reply reply = call("cryptoCreateIdentity");
     EXPECT_EQ(std::get<Value>(reply).getIf<Bytes>()->size(), 65U);
     return reply;

@@ -16,11 +16,6 @@ class PageFilesTest : public HostTest {
   std::string change(const std::string& path) {
     return said([&] { return platform_.engine.access->toChange(path); });
   }
-  std::string textOf(const char* method, const Map& arguments) {
-    const Reply reply = call(method, arguments);
-    if (const auto* error = std::get_if<MethodError>(&reply)) return error->message;
-    return *std::get<Value>(reply).getIf<std::string>();
-  }
 
  private:
   template <class Ask>
@@ -37,7 +32,7 @@ class PageFilesTest : public HostTest {
 TEST_F(PageFilesTest, ChangesOnlyWhatIsInTheFoldersOfTheUi) {
   const std::string support = platform_.folders.applicationSupport / "Brevanholt";
   EXPECT_EQ(change(support + "/settings.json"), support + "|settings.json");
-  const std::string scratch = textOf("temporaryReceivePath", Map{{"name", "x"}});
+  const std::string scratch = wordsOf(call("temporaryReceivePath", Map{{"name", "x"}}));
   EXPECT_EQ(change(scratch), std::filesystem::path(scratch).parent_path().native() + "|" +
                                  std::filesystem::path(scratch).filename().native());
   const std::string home = platform_.home.path();
@@ -58,7 +53,8 @@ TEST_F(PageFilesTest, DoesNotReadWhatWasOnlyPublished) {
   std::filesystem::create_symlink(home, support + "/link");
   for (const std::string& path : {home + "/secret", support + "/link/secret"}) {
     writeFile(home + "/secret", "not written by the UI");
-    const std::string placed = textOf("publishReceivedFile", Map{{"path", path}, {"name", "x"}});
+    const std::string placed =
+        wordsOf(call("publishReceivedFile", Map{{"path", path}, {"name", "x"}}));
     EXPECT_TRUE(std::filesystem::exists(placed)) << placed;
     EXPECT_EQ(read(placed), "refused");
   }
@@ -66,9 +62,9 @@ TEST_F(PageFilesTest, DoesNotReadWhatWasOnlyPublished) {
 
 TEST_F(PageFilesTest, ReadsWhatIsHandedInUntilItIsTakenBack) {
   EXPECT_EQ(read("/x/folder/in/it"), "refused");
-  const auto answer = host_.begin("pickFiles");
+  const auto answer = begin("pickFiles");
   platform_.openPanel.answer({"/x/a", "/x/folder"});
-  host_.finish(answer);
+  finish(answer);
   EXPECT_EQ(read("/x/a"), "/x/a|");
   EXPECT_EQ(read("/x/folder/in/it"), "/x/folder|in/it");
   EXPECT_EQ(read("/x/folder/../b"), "refused");
@@ -79,10 +75,10 @@ TEST_F(PageFilesTest, ReadsWhatIsHandedInUntilItIsTakenBack) {
 }
 
 TEST_F(PageFilesTest, ReadsTheVeryFileThatWasReceived) {
-  const std::string scratch = textOf("temporaryReceivePath", Map{{"name", "x"}});
+  const std::string scratch = wordsOf(call("temporaryReceivePath", Map{{"name", "x"}}));
   writeFile(scratch, "x");
   const std::string placed =
-      textOf("publishReceivedFile", Map{{"path", scratch}, {"name", "letter.txt"}});
+      wordsOf(call("publishReceivedFile", Map{{"path", scratch}, {"name", "letter.txt"}}));
   EXPECT_EQ(read(placed), placed + "|");
   const auto known = platform_.engine.access->toRead(placed).identity;
   std::filesystem::rename(placed, placed + ".moved");

@@ -39,9 +39,8 @@ TEST_F(PreviewTest, HandsWhatIsNoImageAndNothingElseToTheDesktop) {
 
 TEST_F(PreviewTest, AnswersEvenWhenTheWindowHasGone) {
   platform_.imagePreviewer.waits = true;
-  const auto reply = platform_.engine.messenger.call("brevanholt/platform", "receivedFilePreview",
-                                                     Map{{"location", file_}});
-  host_.window.reset();
+  const auto reply = begin("receivedFilePreview", Map{{"location", file_}});
+  window_.reset();
   platform_.imagePreviewer.answerWaiting();
   EXPECT_EQ(*reply, Reply(Value()));
 }

@@ -33,7 +33,7 @@ class MigrationTest : public HostTest {
   }
   // Every run prepares the receive folder, and each preparation migrates.
   void prepare() {
-    host_.restart();
+    restart();
     EXPECT_EQ(call("prepareReceiveLocation"), Reply(Value(true)));
   }
   // Prepares, and expects that this changes nothing.

@@ -40,13 +40,6 @@ class ReceiveLocationTest : public HostTest {
     return wordsOf(call("publishReceivedDirectory", Map{{"relativePath", path}}));
   }
   Reply locate(List names) { return call("locateReceivedFiles", Map{{"names", std::move(names)}}); }
-
-  // The text that a call gave, or the message with which it failed.
-  static std::string wordsOf(const Reply& reply) {
-    if (const auto* error = std::get_if<MethodError>(&reply)) return error->message;
-    const auto* text = std::get<Value>(reply).getIf<std::string>();
-    return text != nullptr ? *text : "no text";
-  }
 };
 
 TEST_F(ReceiveLocationTest, IsWithoutAFolderUntilOneCanBeMade) {
@@ -98,25 +91,25 @@ TEST_F(ReceiveLocationTest, WritesScratchFilesWhereNobodyElseCanChangeThem) {
   EXPECT_EQ(area(), preferred);
   EXPECT_EQ(fs::status(preferred).permissions(), fs::perms(0700));
 
-  host_.restart();
+  restart();
   fs::permissions(platform_.folders.temporary, fs::perms(0777));
   EXPECT_EQ(area(), own) << "others may put another folder in its stead";
   EXPECT_EQ(log_.count(LogLevel::kWarning, "received files are written to"), 1);
   fs::permissions(platform_.folders.temporary, fs::perms(01777));
-  host_.restart();
+  restart();
   EXPECT_EQ(area(), preferred) << "the sticky bit keeps them from it";
 
   fs::remove(preferred);
   fs::create_directory(platform_.home / "theirs");
   fs::create_directory_symlink(platform_.home / "theirs", preferred);
   EXPECT_EQ(area(), own) << "a link, however late";
-  host_.restart();
+  restart();
   EXPECT_EQ(area(), own) << "a link";
   if (::geteuid() != 0) return;
   fs::remove(preferred);
   fs::create_directory(preferred);
   ASSERT_EQ(::chown(preferred.c_str(), 65534, 65534), 0);
-  host_.restart();
+  restart();
   EXPECT_EQ(area(), own) << "another user's";
 }
 
@@ -219,7 +212,7 @@ class TwoDisksTest : public ReceiveLocationTest {
   void SetUp() override {
     BREVANHOLT_NEEDS(disk_);
     platform_.folders.downloads = disk_.path();
-    host_.restart();
+    restart();
   }
 
   SmallDisk disk_{"1m"};
@@ -257,14 +250,11 @@ TEST_F(TwoDisksTest, LeavesNothingHalfOnAFullOrReadOnlyDisk) {
 
 TEST_F(TwoDisksTest, KeepsTheOrderOfCallsBehindACopy) {
   // All of these are made before the copy is through, yet see what it has done.
-  const auto begin = [this](const char* method, Value arguments) {
-    return platform_.engine.messenger.call("brevanholt/platform", method, std::move(arguments));
-  };
   const std::string large = scratch("a", std::string(400'000, '1'));
   const auto first = begin("publishReceivedFile", Map{{"path", large}, {"name", "a"}});
   const auto second = begin("publishReceivedFile", Map{{"path", scratch("a", "2")}, {"name", "a"}});
   const auto located = begin("locateReceivedFiles", Map{{"names", List{"a", "a (1)"}}});
-  const auto version = host_.begin("appVersion");
+  const auto version = begin("appVersion");
 
   EXPECT_FALSE(first->has_value());
   EXPECT_TRUE(version->has_value()) << "what has to do with no folder does not wait";
@@ -277,12 +267,11 @@ TEST_F(TwoDisksTest, KeepsTheOrderOfCallsBehindACopy) {
 TEST_F(TwoDisksTest, CancelsACopyWhenTheProgramEnds) {
   platform_.folders.downloads = other_ / "Downloads";
   platform_.folders.temporary = disk_.path();
-  host_.restart();
+  restart();
   const std::string path = scratch("huge", "");
   fs::resize_file(path, std::uintmax_t{8} << 30);
-  const auto reply = platform_.engine.messenger.call("brevanholt/platform", "publishReceivedFile",
-                                                     Map{{"path", path}, {"name", "huge"}});
-  host_.window.reset();
+  const auto reply = begin("publishReceivedFile", Map{{"path", path}, {"name", "huge"}});
+  window_.reset();
   EXPECT_FALSE(reply->has_value());
   EXPECT_EQ(fs::file_size(path), std::uintmax_t{8} << 30);
   EXPECT_EQ(entryCount(received()), 0);

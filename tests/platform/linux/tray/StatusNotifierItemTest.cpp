@@ -116,26 +116,6 @@ TEST_F(StatusNotifierItemTest, IsNotShownByAWatcherThatRefusesIt) {
   EXPECT_TRUE(spinUntil([this] { return isShown_ == true; }));
 }
 
-TEST_F(StatusNotifierItemTest, TellsOfToolTipsNotTooOftenAndOfTheLast) {
-  make();
-  int told = 0;
-  const auto subscription =
-      tray_.subscribe({nullptr, "/StatusNotifierItem", "org.kde.StatusNotifierItem", "NewToolTip"},
-                      [&told](GVariant*) { ++told; });
-  property("Id");
-  const auto start = std::chrono::steady_clock::now();
-  for (int step = 1; step <= 100; ++step) {
-    TrayAppearance appearance;
-    appearance.toolTip = std::to_string(step);
-    item_->setAppearance(appearance);
-    spinOnce();
-  }
-  ASSERT_TRUE(spinUntil([&told] { return told > 1; }));
-  const auto elapsed = std::chrono::steady_clock::now() - start;
-  EXPECT_LE(told, elapsed / std::chrono::milliseconds(100) + 1);
-  EXPECT_THAT(property("ToolTip"), testing::HasSubstr("'100'"));
-}
-
 TEST_F(StatusNotifierItemTest, SaysWhatItLooksLike) {
   make();
   item_->setAppearance({.title = "Brevanholt",

@@ -14,9 +14,12 @@ using SharedReply = std::shared_ptr<std::optional<Reply>>;
 class SocketTableTest : public testing::Test {
  protected:
   SharedReply start(const std::string& method, Value arguments) {
+    return startOn(table_, method, std::move(arguments));
+  }
+  static SharedReply startOn(SocketTable& table, const std::string& method, Value arguments) {
     auto reply = std::make_shared<std::optional<Reply>>();
-    table_.perform({method, std::move(arguments)},
-                   MethodResult([reply](Reply answer) { *reply = std::move(answer); }));
+    table.perform({method, std::move(arguments)},
+                  MethodResult([reply](Reply answer) { *reply = std::move(answer); }));
     return reply;
   }
   static Reply wait(const SharedReply& reply) {
@@ -61,6 +64,17 @@ class SocketTableTest : public testing::Test {
     return call("tcpListen",
                 Map{{"address", "127.0.0.1"}, {"port", port}, {"backlog", std::int64_t{1}}});
   }
+  Reply bind() {
+    return call("udpBind",
+                Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"isShared", false}});
+  }
+  // What sends a text from one socket to another.
+  static Map datagram(const Reply& from, const Reply& to, const std::string& text) {
+    return Map{{"handle", number(from, "handle")},
+               {"bytes", bytes(text)},
+               {"address", "127.0.0.1"},
+               {"port", number(to, "port")}};
+  }
   SharedReply startConnecting(const char* address, std::int64_t port, std::int64_t limit = 5000) {
     return start("tcpConnect", Map{{"address", address}, {"port", port}, {"limit", limit}});
   }
@@ -80,10 +94,6 @@ class SocketTableTest : public testing::Test {
 };
 
 TEST_F(SocketTableTest, RepeatsADatagramUntilItIsToldOtherwiseAndDoesNotHearItself) {
-  const auto bind = [this] {
-    return call("udpBind",
-                Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"isShared", false}});
-  };
   const auto repeat = [this](List datagrams) {
     return call("udpRepeat", Map{{"datagrams", std::move(datagrams)},
                                  {"shortest", std::int64_t{100}},
@@ -91,15 +101,9 @@ TEST_F(SocketTableTest, RepeatsADatagramUntilItIsToldOtherwiseAndDoesNotHearItse
   };
   const Reply speaker = bind();
   const Reply hearer = bind();
-  const std::int64_t from = number(speaker, "handle");
-  const auto here = [&](const Reply& to) {
-    return Map{{"handle", from},
-               {"bytes", bytes("here")},
-               {"address", "127.0.0.1"},
-               {"port", number(to, "port")}};
-  };
-  const auto own = start("udpReceive", Map{{"handle", from}});
-  EXPECT_EQ(repeat({here(speaker), here(hearer)}), Reply(Value()));
+  const auto own = start("udpReceive", Map{{"handle", number(speaker, "handle")}});
+  EXPECT_EQ(repeat({datagram(speaker, speaker, "here"), datagram(speaker, hearer, "here")}),
+            Reply(Value()));
   for (int times = 0; times < 2; ++times) {
     EXPECT_EQ(number(call("udpReceive", Map{{"handle", number(hearer, "handle")}}), "port"),
               number(speaker, "port"));
@@ -110,47 +114,29 @@ TEST_F(SocketTableTest, RepeatsADatagramUntilItIsToldOtherwiseAndDoesNotHearItse
 
 TEST_F(SocketTableTest, WaitsForTheMinimumAndHoldsTheSenderBack) {
   connect();
-  const std::string payload(12 << 20, 'x');
-  const auto writing = startWriting(near_, payload);
-  spinOnce();
-  EXPECT_FALSE(writing->has_value()) << "nobody has read yet";
-  EXPECT_EQ(errorOf(wait(startWriting(near_, "second"))),
-            "The socket is busy with an earlier call of this kind.");
-  const auto size = static_cast<std::int64_t>(payload.size());
-  EXPECT_TRUE(read(far_, size, size) == payload);
-  EXPECT_EQ(wait(writing), Reply(Value()));
-}
-
-TEST_F(SocketTableTest, SendsTheHeadBeforeTheBytes) {
-  connect();
   EXPECT_EQ(wait(startWriting(near_, "and bytes", bytes("head "))), Reply(Value()));
   EXPECT_EQ(read(far_, 14, 14), "head and bytes");
   const std::string payload(12 << 20, 'x');
   const auto writing = startWriting(near_, payload, bytes("head"));
+  spinOnce();
+  EXPECT_FALSE(writing->has_value()) << "nobody has read yet";
+  EXPECT_EQ(errorOf(wait(startWriting(near_, "second"))),
+            "The socket is busy with an earlier call of this kind.");
   const auto size = static_cast<std::int64_t>(payload.size()) + 4;
-  EXPECT_TRUE(read(far_, size, size) == "head" + payload) << "also where the system takes a part";
+  EXPECT_TRUE(read(far_, size, size) == "head" + payload);
   EXPECT_EQ(wait(writing), Reply(Value()));
 }
 
 TEST_F(SocketTableTest, SaysFarewellWhenASocketCloses) {
-  const auto bind = [&] {
-    return call("udpBind",
-                Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"isShared", false}});
-  };
   const Reply near = bind();
   const Reply far = bind();
   const auto receiving = start("udpReceive", Map{{"handle", number(far, "handle")}});
-  EXPECT_EQ(call("udpFarewell", Map{{"handle", number(near, "handle")},
-                                    {"bytes", bytes("bye")},
-                                    {"address", "127.0.0.1"},
-                                    {"port", number(far, "port")}}),
-            Reply(Value()));
+  EXPECT_EQ(call("udpFarewell", datagram(near, far, "bye")), Reply(Value()));
   spinOnce();
   EXPECT_FALSE(receiving->has_value());
   call("close", Map{{"handle", number(near, "handle")}});
   const Reply received = wait(receiving);
-  const Bytes heard = *std::get<Value>(received).getIf<Map>()->find("bytes")->getIf<Bytes>();
-  EXPECT_EQ(std::string(heard.begin(), heard.end()), "bye");
+  EXPECT_EQ(*std::get<Value>(received).getIf<Map>()->find("bytes"), bytes("bye"));
 }
 
 TEST_F(SocketTableTest, AnswersWhatWaitsOnASocketThatIsClosed) {
@@ -207,16 +193,10 @@ TEST_F(SocketTableTest, TalksToNobodyOutsideOfItsNetworks) {
   EXPECT_EQ(errorOf(wait(startConnecting("203.0.113.7", 1))),
             "“203.0.113.7” is not on a local network.");
   SocketTable strict{BundleNeeds{}};
-  const auto ask = [&](const char* method, Map arguments) {
-    auto reply = std::make_shared<std::optional<Reply>>();
-    strict.perform({method, std::move(arguments)},
-                   MethodResult([reply](Reply answer) { *reply = std::move(answer); }));
-    return reply;
-  };
-  const Reply listener = wait(
-      ask("tcpListen",
-          Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"backlog", std::int64_t{1}}}));
-  const auto accepting = ask("tcpAccept", Map{{"handle", number(listener, "handle")}});
+  const Reply listener = wait(startOn(
+      strict, "tcpListen",
+      Map{{"address", "127.0.0.1"}, {"port", std::int64_t{0}}, {"backlog", std::int64_t{1}}}));
+  const auto accepting = startOn(strict, "tcpAccept", Map{{"handle", number(listener, "handle")}});
   const Reply caller = wait(startConnecting("127.0.0.1", number(listener, "port")));
   EXPECT_EQ(read(number(caller, "handle"), 1, 1), "") << "it is hung up on";
   EXPECT_FALSE(accepting->has_value());
