@@ -19,6 +19,7 @@ using platform::resolvedPath;
 
 constexpr const char* kManifest = "share.json";
 constexpr const char* kReceipts = ".Delivering";
+constexpr const char* kBadLocation = "The native share location is invalid.";
 constexpr std::size_t kUuidLength = 36;
 constexpr std::size_t kLargestManifest = std::size_t{16} << 20;
 // Bounds the time that the paths of one manifest take; a file takes one lookup, a folder's first
@@ -54,30 +55,53 @@ BrevanholtNativeShareStore::Items checked(const fs::path& share,
   return kept;
 }
 
-std::vector<fs::path> visibleEntries(const fs::path& folder) {
-  std::vector<fs::path> entries;
+std::vector<fs::directory_entry> visibleEntries(const fs::path& folder) {
+  std::vector<fs::directory_entry> entries;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
-    if (!entry->path().filename().native().starts_with('.')) entries.push_back(entry->path());
+    if (!entry->path().filename().native().starts_with('.')) entries.push_back(*entry);
   }
   if (error) throw platform::FileError("read the folder", folder, error.value());
   return entries;
 }
 
-// What `read` makes of each visible entry. What cannot be read is logged and left out.
+// Whether the share was taken and its files are still needed, so that only these are left.
+bool isTaken(const fs::directory_entry& entry) {
+  std::error_code error;
+  return entry.is_directory(error) && !entry.is_symlink(error) &&
+         platform::isUuid(entry.path().filename().native()) &&
+         fs::symlink_status(entry.path() / kManifest, error).type() == fs::file_type::not_found;
+}
+
+// What `read` makes of each entry. What cannot be read is logged and left out.
 template <class Read>
-std::vector<BrevanholtNativeShareStore::Share> readAll(const fs::path& folder, Read read) {
+std::vector<BrevanholtNativeShareStore::Share> readAll(
+    const std::vector<fs::directory_entry>& entries, Read read) {
   std::vector<BrevanholtNativeShareStore::Share> shares;
-  for (const fs::path& entry : visibleEntries(folder)) {
+  for (const fs::directory_entry& entry : entries) {
     try {
-      shares.push_back(read(entry));
+      shares.push_back(read(entry.path()));
     } catch (const std::exception& error) {
-      platform::logWarning("Brevanholt could not import native share at " + entry.string() + ": " +
-                           error.what());
+      platform::logWarning("Brevanholt could not import native share at " + entry.path().string() +
+                           ": " + error.what());
     }
   }
   return shares;
+}
+
+// Takes the share in `directory`, with `inbox` as inboxDirectory() returns it.
+BrevanholtNativeShareStore::Share take(const fs::path& directory, const fs::path& inbox) {
+  const auto share = resolvedPath(directory);
+  if (!share || !isShareFolder(*share, inbox)) throw StoreError(kBadLocation);
+  const platform::DirectoryHandle folder(*share);
+  auto items = checked(*share, decodeManifest(folder.readFile(kManifest, kLargestManifest)));
+  const fs::path receipts = inbox / kReceipts;
+  platform::createDirectories(receipts);
+  // The same share may be written and taken again before it is delivered.
+  const std::string receipt = share->filename().native() + '-' + platform::makeUuid();
+  folder.moveFile(kManifest, platform::DirectoryHandle(receipts), receipt);
+  return {.items = std::move(items), .receipt = receipts / receipt};
 }
 
 }  // namespace
@@ -96,29 +120,22 @@ fs::path BrevanholtNativeShareStore::inboxDirectory() const {
 BrevanholtNativeShareStore::Share BrevanholtNativeShareStore::consumeIdentifier(
     std::string_view identifier) const {
   if (!platform::isUuid(identifier)) throw StoreError("The native share identifier is invalid.");
-  return consumeDirectory(inboxDirectory() / identifier);
+  const fs::path inbox = inboxDirectory();
+  return take(inbox / identifier, inbox);
 }
 
 BrevanholtNativeShareStore::Share BrevanholtNativeShareStore::consumeDirectory(
     const fs::path& directory) const {
-  const auto share = resolvedPath(directory);
-  if (!share || !isDirectChildOfInbox(*share)) {
-    throw StoreError("The native share location is invalid.");
-  }
-  const platform::DirectoryHandle folder(*share);
-  Items items = checked(*share, decodeManifest(folder.readFile(kManifest, kLargestManifest)));
-  const fs::path receipts = share->parent_path() / kReceipts;
-  platform::createDirectories(receipts);
-  // The same share may be written and taken again before it is delivered.
-  const std::string receipt = share->filename().native() + '-' + platform::makeUuid();
-  folder.moveFile(kManifest, platform::DirectoryHandle(receipts), receipt);
-  return {.items = std::move(items), .receipt = receipts / receipt};
+  if (!isDirectChildOfInbox(directory)) throw StoreError(kBadLocation);
+  return take(directory, inboxDirectory());
 }
 
 std::vector<BrevanholtNativeShareStore::Share> BrevanholtNativeShareStore::consumePending() const {
   try {
-    return readAll(inboxDirectory(),
-                   [this](const fs::path& share) { return consumeDirectory(share); });
+    const fs::path inbox = inboxDirectory();
+    auto entries = visibleEntries(inbox);
+    std::erase_if(entries, isTaken);
+    return readAll(entries, [&](const fs::path& share) { return take(share, inbox); });
   } catch (const std::exception& error) {
     platform::logWarning("Brevanholt could not read pending native shares: " +
                          std::string(error.what()));
@@ -131,7 +148,7 @@ std::vector<BrevanholtNativeShareStore::Share> BrevanholtNativeShareStore::undel
     const fs::path inbox = inboxDirectory();
     const fs::path receipts = inbox / kReceipts;
     if (!platform::isDirectory(receipts)) return {};
-    return readAll(receipts, [&](const fs::path& receipt) {
+    return readAll(visibleEntries(receipts), [&](const fs::path& receipt) {
       const std::string name = receipt.filename();
       const std::string identifier = name.substr(0, kUuidLength);
       if (!platform::isUuid(identifier))
