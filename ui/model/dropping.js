@@ -47,9 +47,9 @@ export class Dropping extends EventTarget {
     this.#replace(this.#onThePage(drag));
   }
 
-  /** What is dragged has left the window, or was not taken. */
+  /** What is dragged has left the window. Folders alone also leave where they are dropped: they are refused. */
   left() {
-    if (this.drag) this.#tellOfFolders(this.drag.folders);
+    if (this.drag && !this.drag.hasFiles) this.#tellOfFolders(this.drag.folders);
     this.#replace(null);
   }
 
@@ -61,7 +61,8 @@ export class Dropping extends EventTarget {
   }
 
   /**
-   * Takes dropped files: for the device on which they were dropped, else to be sent next.
+   * Takes dropped files: sends them to the device on which they were dropped, or adds them to the outbox
+   * where that was none, or one that has just left.
    * @param {import('../platform.js').SharedEntry[]} entries
    */
   async take(entries) {
@@ -70,10 +71,15 @@ export class Dropping extends EventTarget {
     if (!deviceId) return this.#choosing.add(entries);
     const items = entries.map(itemOf);
     const measures = await measured(items);
-    await this.#sending.sendOnly(
-      deviceId,
-      items.map((item) => measures.get(item) ?? item),
-    );
+    try {
+      this.#sending.sendOnly(
+        deviceId,
+        items.map((item) => measures.get(item) ?? item),
+      );
+    } catch (error) {
+      await this.#choosing.add(entries);
+      if (error instanceof Error) this.#suggestions.offer({ text: error.message });
+    }
   }
 
   /**

@@ -45,11 +45,11 @@ export class Sending {
   }
 
   /**
-   * Sends items that never were in the outbox.
+   * Sends items that never were in the outbox. Throws where the device is no longer near.
    * @param {string} deviceId
    * @param {Item[]} items
    */
-  async sendOnly(deviceId, items) {
+  sendOnly(deviceId, items) {
     this.#sendTo(this.#devices.neighbour(deviceId), items);
   }
 

@@ -9,10 +9,11 @@ import { icon } from './icons.js';
 export function dropHint(application) {
   const text = element('p');
   const folders = element('p', { class: 'faint' }, words('drop.noFolders'));
+  const plus = element('span', {}, icon('add'));
   const hint = element(
     'div',
     { class: 'drop-hint', role: 'status', hidden: true },
-    element('div', {}, icon('add'), element('div', {}, text, folders)),
+    element('div', {}, plus, element('div', {}, text, folders)),
   );
   const update = () => {
     const { drag } = application;
@@ -20,7 +21,8 @@ export function dropHint(application) {
     if (!drag) return;
     const id = drag.hasFiles ? application.dropping.deviceAt(drag) : null;
     const device = application.devices.find((one) => one.id === id);
-    setShown(text, drag.hasFiles);
+    hint.classList.toggle('refuses', !drag.hasFiles);
+    for (const part of [plus, text]) setShown(part, drag.hasFiles);
     setText(
       text,
       device ? words('drop.onDevice', { device: isolated(device.name) }) : words('drop.here'),
