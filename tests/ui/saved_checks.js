@@ -4,6 +4,7 @@ import { list, replace } from './engine/files.js';
 import { equal } from './harness.js';
 import { Documents } from './model/documents.js';
 import { contentFields } from './model/contents.js';
+import { failureSentence } from './model/outcomes.js';
 import { Outbox } from './model/outbox.js';
 import { loadSettings } from './model/settings.js';
 import { Transfers } from './model/transfers.js';
@@ -14,6 +15,7 @@ import { en } from './text/catalogue/en.js';
 import { excerpt, isolated, plainFileName, plainPath, shortened } from './text/foreign_text.js';
 import { sizeText, whenText } from './text/format.js';
 import { speak, words } from './text/words.js';
+import { statusText } from './view/transfer_words.js';
 
 const folder = await platform.appSupportPath();
 const write = (name, text) => replace(`${folder}/${name}.json`, new TextEncoder().encode(text));
@@ -121,8 +123,16 @@ export const savedChecks = {
     }
   },
 
-  theWindowSpeaksThePersonsLanguage() {
+  async theWindowSpeaksThePersonsLanguage() {
+    const message = failureSentence([{ name: 'a', code: 'unreadable' }], 3);
+    await write('transfers', document([{ ...RECENTS[1], message }]));
     speak({ languages: ['fr-FR', 'de-AT', 'en'], time: 'de-AT', numbers: 'de-CH' });
+    const [kept] = (await Transfers.load(new Documents(folder))).list;
+    equal(
+      `${kept.name}: ${statusText(kept)}`.replace(/[\u2068\u2069]/g, ''),
+      'x.tar und 2 weitere: Von Pixel 9 empfangen. ' +
+        'Nicht angekommen (1 von 3 Dateien): a konnte nicht gelesen werden.',
+    );
     equal(words('count.items', { count: 2 }), '2 Elemente');
     equal([sizeText(1_500_000), whenText(0, 1e12)], ['1.5 MB', '1. Jän. 1970']);
     speak({ languages: ['en-US'], time: 'de-DE', numbers: 'de-DE' });

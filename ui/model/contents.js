@@ -91,14 +91,15 @@ export function contentsOf(items) {
  */
 export function contentFields(items) {
   const { nodes, count } = contentsOf(items);
-  return { name: nameOf(nodes, count), contents: nodes, itemCount: count };
+  return { name: nameOfContents(nodes, count), contents: nodes, itemCount: count };
 }
 
 /**
+ * What some items are called together.
  * @param {Node[]} nodes
  * @param {number} count of all at the top
  */
-const nameOf = ([first], count) =>
+export const nameOfContents = ([first], count) =>
   first ? firstOf(isolatedIfJoined(first.name, count), count) : '';
 
 /**

@@ -3,7 +3,7 @@
 import { platform } from '../platform.js';
 import { isolated } from '../text/foreign_text.js';
 import { sizeText } from '../text/format.js';
-import { words } from '../text/words.js';
+import { sentenceText, words } from '../text/words.js';
 import { hasEnded } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
@@ -36,7 +36,7 @@ function notificationOf(transfer) {
     return { title: words('notify.declined', { device }), body: name };
   }
   return state === 'failed'
-    ? { title: words('notify.failed', { name }), body: message ?? '' }
+    ? { title: words('notify.failed', { name }), body: message ? sentenceText(message) : '' }
     : null;
 }
 

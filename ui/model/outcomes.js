@@ -2,15 +2,13 @@
 
 import { fileEnd } from '../protocol/errors.js';
 import { isolated, plainName, shortened } from '../text/foreign_text.js';
-import { words } from '../text/words.js';
 import { NAME_CLUSTERS } from './contents.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
-/** @typedef {import('./types.js').FileFailure} FileFailure */
+/** @typedef {import('../text/words.js').Sentence} Sentence */
 /** @typedef {import('../protocol/errors.js').TransferError} TransferError */
 
-/** Files that are listed by name, and those that are named in the sentence. */
-const LISTED = 100;
+/** Files that are named in the sentence. */
 const NAMED = 3;
 
 /**
@@ -31,47 +29,37 @@ export function endedBy(reason, { deviceName, name }) {
 }
 
 /**
+ * What became of the files that did not arrive.
  * @param {{ name: string, code: string }[]} failed
  * @param {number} fileCount of the whole transfer
- * @returns {Pick<Transfer, 'failures' | 'failureCount' | 'message'>}
+ * @returns {Sentence | null}
  */
-export function failureFields(failed, fileCount) {
-  const failures = failed.slice(0, LISTED).map(({ name, code }) => {
-    const shown = shortened(plainName(name), NAME_CLUSTERS);
-    return { name: shown, reason: fileEnd({ name: isolated(shown), code }) };
-  });
-  return {
-    failures,
-    failureCount: failed.length,
-    message: failureText(failures, failed, fileCount),
-  };
-}
-
-/**
- * @param {FileFailure[]} failures
- * @param {unknown[]} all
- * @param {number} fileCount
- */
-function failureText(failures, all, fileCount) {
-  if (all.length === 0) return null;
-  const named = failures.slice(0, NAMED).map(({ reason }) => reason);
-  const rest = all.length - named.length;
-  const list = rest > 0 ? `${named.join(', ')}, ${words('count.more', { count: rest })}` : named;
+export function failureSentence(failed, fileCount) {
+  if (failed.length === 0) return null;
+  const named = failed
+    .slice(0, NAMED)
+    .map(({ name, code }) => fileEnd({ name: shownName(name), code }));
+  const rest = failed.length - named.length;
+  if (rest > 0) named.push({ key: 'count.more', values: { count: rest } });
+  const list = named.reduce((before, next) => ({ key: 'failures.list', values: { before, next } }));
   return fileCount <= 1
-    ? words('failures.one', { list })
-    : words('failures.some', { failed: all.length, count: fileCount, list });
+    ? { key: 'failures.one', values: { list } }
+    : { key: 'failures.some', values: { failed: failed.length, count: fileCount, list } };
 }
 
 /**
  * What the person should know of names that are changed.
  * @param {{ from: string, to: string }[]} renamed
+ * @returns {Sentence | null}
  */
-export function renamedText(renamed) {
+export function renamedSentence(renamed) {
   if (renamed.length === 0) return null;
-  const shown = (/** @type {string} */ name) => isolated(shortened(plainName(name), NAME_CLUSTERS));
-  const [from, to] = [shown(renamed[0].from), shown(renamed[0].to)];
+  const [from, to] = [shownName(renamed[0].from), shownName(renamed[0].to)];
   const count = renamed.length - 1;
   return count > 0
-    ? words('renamed.some', { from, to, count })
-    : words('renamed.one', { from, to });
+    ? { key: 'renamed.some', values: { from, to, count } }
+    : { key: 'renamed.one', values: { from, to } };
 }
+
+/** @param {string} name */
+const shownName = (name) => isolated(shortened(plainName(name), NAME_CLUSTERS));

@@ -1,5 +1,7 @@
 // Checks what documents hold, before anything else sees it.
 
+import { isKey } from '../text/words.js';
+
 /** Whether a value is one that a field may have.
  *  @typedef {(value: any) => boolean} Check */
 
@@ -42,6 +44,16 @@ export const isListOf = (check) => (value) => Array.isArray(value) && value.ever
  * @returns {Check}
  */
 export const isRecord = (fields) => (value) => unfitField(value, fields) === null;
+
+/** @type {Check} */
+export const isSentence = (value) =>
+  isText(value) ||
+  (isObject(value) &&
+    isText(value.key) &&
+    isKey(value.key) &&
+    Object.values(value.values ?? {}).every(
+      (part) => isCount(part) || isSentence(part) || (Array.isArray(part) && part.every(isText)),
+    ));
 
 /**
  * The entries of a list that fit, with the known fields only; the others are logged.

@@ -2,7 +2,7 @@
 
 import { hex, randomBytes } from '../protocol/bytes.js';
 import { words } from '../text/words.js';
-import { isContents, topOf } from './contents.js';
+import { isContents, nameOfContents, topOf } from './contents.js';
 import { isItem } from './items.js';
 import { Progress } from './progress.js';
 import {
@@ -12,7 +12,7 @@ import {
   isMissingOr,
   isNullOr,
   isOneOf,
-  isRecord,
+  isSentence,
   isText,
 } from './schema.js';
 import { hasEnded, TRANSFER_STATES } from './transfer_states.js';
@@ -33,7 +33,7 @@ const FIELDS = {
   deviceName: isText,
   name: isText,
   state: isOneOf(TRANSFER_STATES),
-  message: isNullOr(isText),
+  message: isNullOr(isSentence),
   fileCount: isCount,
   bytesTotal: isCount,
   bytesDone: isCount,
@@ -43,9 +43,7 @@ const FIELDS = {
   textLocation: isMissingOr(isText),
   number: isText,
   scratch: isMissingOr(isText),
-  failures: isListOf(isRecord({ name: isText, reason: isText })),
-  failureCount: isCount,
-  note: isNullOr(isText),
+  note: isNullOr(isSentence),
   contents: isMissingOr(isContents),
   itemCount: isMissingOr(isCount),
   when: isCount,
@@ -91,13 +89,14 @@ export class Transfers extends EventTarget {
     );
     const list = (stored ?? [])
       .slice(0, MOST)
-      .map((transfer) => ({ contents: [], itemCount: 0, ...transfer, ...OVER }));
+      .map((transfer) => ({ contents: [], itemCount: 0, ...transfer, ...OVER }))
+      .map(inThisLanguage);
     return new Transfers(
       documents,
       list.map((transfer) =>
         hasEnded(transfer)
           ? transfer
-          : { ...transfer, state: 'failed', message: words('end.interrupted') },
+          : { ...transfer, state: 'failed', message: { key: 'end.interrupted' } },
       ),
     );
   }
@@ -139,8 +138,6 @@ export class Transfers extends EventTarget {
       number: hex(randomBytes(16)),
       isStranger: false,
       isStalled: false,
-      failures: [],
-      failureCount: 0,
       note: null,
       when: Date.now(),
       ...given,
@@ -234,6 +231,19 @@ export class Transfers extends EventTarget {
       this.dispatchEvent(new Event('change'));
     }, wait);
   }
+}
+
+/**
+ * Texts have a name of the language, and so has what was sent beside others.
+ * @param {Transfer} transfer
+ * @returns {Transfer}
+ */
+function inThisLanguage(transfer) {
+  if (transfer.contents.length === 0) return transfer;
+  const contents = transfer.contents.map((node) =>
+    node.kind === 'text' ? { ...node, name: words('item.text') } : node,
+  );
+  return { ...transfer, contents, name: nameOfContents(contents, transfer.itemCount) };
 }
 
 /**

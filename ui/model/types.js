@@ -1,5 +1,7 @@
 // What the model holds and the views show.
 
+/** @typedef {import('../text/words.js').Sentence} Sentence */
+
 /** As the host's intake describes it; the path of a text is empty.
  *  @typedef {{ path: string, name: string, size: number, kind: 'file' | 'directory' | 'text',
  *              relativePath?: string, text?: string }} Item */
@@ -33,7 +35,7 @@
  * @property {string} name what is moved, for a person: “holiday.jpg”, “holiday.jpg and 2 more”, “Text”
  * @property {TransferState} state
  * @property {string | null} code six digits, while confirming
- * @property {string | null} message what went wrong, in words
+ * @property {Sentence | null} message what went wrong
  * @property {number} fileCount
  * @property {number} bytesTotal
  * @property {number} bytesDone
@@ -50,14 +52,9 @@
  * @property {string} [scratch] what its files in the scratch area are called by, where it is received
  * @property {boolean} isStranger whether the other device was not known when it called
  * @property {boolean} isStalled whether nothing has arrived for two seconds, while active
- * @property {FileFailure[]} failures the files that did not arrive
- * @property {number} failureCount how many that are; of many only the first are listed
- * @property {string | null} note what the person should know besides, such as names that were changed
+ * @property {Sentence | null} note what the person should know besides, such as names that were changed
  * @property {number} when of its last change of state, in milliseconds since 1970
  */
-
-/** `reason`: a sentence with the name, without its point.
- *  @typedef {{ name: string, reason: string }} FileFailure */
 
 /** @typedef {{ receiveFolder: string, isVisible: boolean, launchAtStartup: boolean,
  *              notifications: 'unknown' | 'granted' | 'denied', showsConsole: boolean,

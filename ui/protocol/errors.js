@@ -1,7 +1,9 @@
 // Why a transfer ended. Each has a code, which travels to the other side, and a sentence for the
 // person on this one.
 
-import { isKey, words } from '../text/words.js';
+import { isKey, sentenceText, words } from '../text/words.js';
+
+/** @typedef {import('../text/words.js').Sentence} Sentence */
 
 /** What each code means to the side that it is sent to. */
 const MEANS_THERE = /** @type {Record<string, string>} */ ({
@@ -23,10 +25,11 @@ const keyOf = (code) => {
 /**
  * Why one file did not arrive.
  * @param {{ name: string, code: string }} failure
+ * @returns {Sentence}
  */
 export function fileEnd({ name, code }) {
   const key = `fileEnd.${code}`;
-  return words(isKey(key) ? key : 'fileEnd.not-saved', { name });
+  return { key: isKey(key) ? key : 'fileEnd.not-saved', values: { name } };
 }
 
 export class TransferError extends Error {
@@ -39,17 +42,20 @@ export class TransferError extends Error {
     this.name = 'TransferError';
     this.code = code;
     this.reason = reason;
-    this.message = this.about(words('end.theOther'), words('item.text'));
+    this.message = sentenceText(this.about(words('end.theOther'), words('item.text')));
   }
 
   /**
    * The sentence, with the names that the person knows.
    * @param {string} device the other one
    * @param {string} file what was to be sent
+   * @returns {Sentence}
    */
   about(device, file) {
-    const sentence = words(keyOf(this.code), { device, file });
-    return this.reason ? words('end.because', { sentence, reason: this.reason }) : sentence;
+    /** @type {Sentence} */
+    const sentence = { key: keyOf(this.code), values: { device, file } };
+    if (!this.reason) return sentence;
+    return { key: 'end.because', values: { sentence, reason: this.reason } };
   }
 
   /**

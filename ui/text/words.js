@@ -7,6 +7,9 @@ import { currentLanguage, listText, numberText, pluralForm, useLocale } from './
 /** @typedef {import('./catalogue/en.js').Message} Message */
 /** @typedef {keyof typeof en} Key */
 /** Lists are joined, numbers written in the person's way. @typedef {string | number | string[]} Value */
+/** A message of the catalogue and the values of its placeholders: what is kept of something said, so that
+ *  it can be said again in another language. A text is what earlier versions kept.
+ *  @typedef {string | { key: Key, values?: Record<string, Value | Sentence> }} Sentence */
 
 /** @type {Record<string, Record<Key, Message>>} */
 const CATALOGUES = { en, de };
@@ -41,6 +44,19 @@ export function words(key, values = {}) {
       ? message
       : (message[/** @type {'other'} */ (pluralForm(Number(values.count)))] ?? message.other);
   return text.replace(/\{(\w+)\}/g, (_, name) => valueText(values[name]));
+}
+
+/**
+ * @param {Sentence} sentence
+ * @returns {string}
+ */
+export function sentenceText(sentence) {
+  if (typeof sentence === 'string') return sentence;
+  const values = Object.entries(sentence.values ?? {}).map(([name, value]) => [
+    name,
+    typeof value === 'object' && !Array.isArray(value) ? sentenceText(value) : value,
+  ]);
+  return words(sentence.key, Object.fromEntries(values));
 }
 
 /** @param {Value} value */

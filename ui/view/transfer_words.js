@@ -4,7 +4,7 @@ import { hasEnded } from '../model/transfer_states.js';
 import { canBeOpened } from './contents_part.js';
 import { isolated } from '../text/foreign_text.js';
 import { durationText, percentText, rateText, share, sizeText } from '../text/format.js';
-import { words } from '../text/words.js';
+import { sentenceText, words } from '../text/words.js';
 
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 /** @typedef {import('../text/words.js').Key} Key */
@@ -14,7 +14,8 @@ import { words } from '../text/words.js';
  * @param {Transfer} transfer
  * @returns {string}
  */
-export function statusText({ state, direction, deviceName, message, isConfirmed }) {
+export function statusText({ state, direction, deviceName, message: said, isConfirmed }) {
+  const message = said && sentenceText(said);
   const sends = direction === 'send';
   const device = isolated(deviceName);
   const plain = (/** @type {Key} */ sending, /** @type {Key} */ receiving) =>
@@ -66,7 +67,7 @@ export function factsText(transfer) {
       facts.push(words('count.files', { count: fileCount }));
     if (bytesTotal > 0 || hasEnded(transfer)) facts.push(sizeText(bytesTotal));
   }
-  if (transfer.note) facts.push(transfer.note);
+  if (transfer.note) facts.push(sentenceText(transfer.note));
   return facts.join(' · ');
 }
 

@@ -36,10 +36,11 @@ export const ends = {
   'fileEnd.unreadable': '{name} konnte nicht gelesen werden',
   'fileEnd.unreceivable': '{name} hat einen Pfad, der nicht empfangen werden kann',
   'fileEnd.not-saved': '{name} konnte nicht gespeichert werden',
+  'failures.list': '{before}, {next}',
   'failures.one': '{list}.',
   'failures.some': {
-    one: '{failed} von {count} Datei ist nicht angekommen: {list}.',
-    other: '{failed} von {count} Dateien sind nicht angekommen: {list}.',
+    one: 'Nicht angekommen ({failed} von {count} Datei): {list}.',
+    other: 'Nicht angekommen ({failed} von {count} Dateien): {list}.',
   },
   'renamed.one': '{from} wird als {to} empfangen, weil nicht jedes Gerät den Namen annimmt.',
   'renamed.some': {

@@ -33,6 +33,7 @@ export const ends = {
   'fileEnd.unreadable': '{name} could not be read',
   'fileEnd.unreceivable': '{name} has a path that cannot be received',
   'fileEnd.not-saved': '{name} could not be saved',
+  'failures.list': '{before}, {next}',
   'failures.one': '{list}.',
   'failures.some': {
     one: '{failed} of {count} file did not arrive: {list}.',
