@@ -90,7 +90,7 @@ export const discoveryChecks = {
       async () => {},
     );
     const began = performance.now();
-    equal(await caller.locate({ addresses, key }), '127.0.0.1');
+    equal((await caller.locate({ addresses, key })).address, '127.0.0.1');
     const { conversation, session, address } = await caller.connect({ addresses, key });
     equal([session.peer.id, address], [bob.party.id, '127.0.0.1']);
     equal(performance.now() - began < 5000, true);

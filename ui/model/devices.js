@@ -29,7 +29,8 @@ export class Devices extends EventTarget {
   #list = [];
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #restart;
-  /** When the proof of a device was last asked for, by its id. @type {Map<string, number>} */
+  /** When the proof of a device was last asked for and which name it announced then, by its id.
+   *  @type {Map<string, { at: number, name: string }>} */
   #asked = new Map();
   /** @type {ReturnType<typeof setTimeout> | undefined} */
   #proving;
@@ -163,8 +164,10 @@ export class Devices extends EventTarget {
     for (const one of this.#discovery.neighbours) {
       if (this.#trust.of(one.id, one.key) !== 'trusted') continue;
       const proven = Math.max(...[...one.addresses.values()].map((place) => place.proven));
-      const asked = this.#asked.get(this.#idOf(one)) ?? -Infinity;
-      const when = Math.max(proven + PROOF_HOLDS, asked + PROVE_AGAIN);
+      const asked = this.#asked.get(this.#idOf(one)) ?? { at: -Infinity, name: one.name };
+      // A new name is kept once the device has proven its key under it.
+      const due = asked.name === one.name ? proven + PROOF_HOLDS : -Infinity;
+      const when = Math.max(due, asked.at + PROVE_AGAIN);
       if (when <= now) this.#prove(one);
       else next = Math.min(next, when);
     }
@@ -176,15 +179,17 @@ export class Devices extends EventTarget {
   /** @param {Neighbour} neighbour */
   async #prove(neighbour) {
     const id = this.#idOf(neighbour);
-    this.#asked.set(id, Infinity);
+    const { name } = neighbour;
+    this.#asked.set(id, { at: Infinity, name });
     try {
-      const address = await this.#endpoint.locate(neighbour);
+      const { address, party } = await this.#endpoint.locate(neighbour);
       this.#discovery.prove(neighbour, address);
-      await this.#trust.saw(neighbour.id, neighbour.key);
+      if (this.#trust.of(party.id, party.key) === 'trusted')
+        await this.#trust.pin(party.id, party.key, party.name);
     } catch {
       await this.#refresh();
     } finally {
-      this.#asked.set(id, performance.now());
+      this.#asked.set(id, { at: performance.now(), name });
       this.#proveAll();
     }
   }

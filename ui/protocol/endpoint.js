@@ -83,17 +83,18 @@ export class Endpoint {
   }
 
   /**
-   * The first address where a device proves its key. Says nothing of this one.
+   * The first address where a device proves its key, and what it says of itself there. Says nothing of
+   * this one.
    * @param {Pick<Neighbour, 'addresses' | 'key'>} neighbour
-   * @returns {Promise<string>}
+   * @returns {Promise<{ address: string, party: Party }>}
    */
   locate({ addresses, key }) {
     return firstOf(
       addresses,
       async (address, port) => {
-        const peer = await this.whoIsAt(address, port);
-        if (!equalBytes(peer.key, key)) throw new TransferError('other-key');
-        return address;
+        const party = await this.whoIsAt(address, port);
+        if (!equalBytes(party.key, key)) throw new TransferError('other-key');
+        return { address, party };
       },
       () => {},
     );

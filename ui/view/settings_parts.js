@@ -114,7 +114,7 @@ export function folderPart(application, attempt) {
     const names = { folder: isolated(former) };
     setShown(note, isChanged);
     showText(stays, isChanged ? words('settings.folderChanged', names) : null);
-    setText(openFormer, isChanged ? words('settings.folderOpenOld', names) : '');
+    setText(openFormer, words('settings.folderOpenOld'));
   };
   return { element: folder.element, update };
 }

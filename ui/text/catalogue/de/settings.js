@@ -18,8 +18,8 @@ export const settings = {
   'settings.folderChange': 'Ändern',
   'settings.folderOpen': 'Öffnen',
   'settings.folderOpenNamed': 'Den Empfangsordner öffnen',
-  'settings.folderChanged': 'Was vorher ankam, bleibt in {folder}.',
-  'settings.folderOpenOld': '{folder} öffnen',
+  'settings.folderChanged': 'Was vorher ankam, bleibt im Ordner {folder}.',
+  'settings.folderOpenOld': 'Diesen Ordner öffnen',
   'settings.folderFailed': 'Dieser Ordner kann nicht angelegt werden.',
   'settings.notifications': 'Benachrichtigungen',
   'settings.notificationsUnknown':
