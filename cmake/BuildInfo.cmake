@@ -1,3 +1,14 @@
+# The packages have the program's version.
+set(changelog ${CMAKE_SOURCE_DIR}/debian/changelog)
+if(EXISTS ${changelog})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${changelog})
+  file(STRINGS ${changelog} newest LIMIT_COUNT 1)
+  if(NOT newest MATCHES "^brevanholt \\(${PROJECT_VERSION}(-[0-9]+)?\\) ")
+    message(FATAL_ERROR
+            "CMakeLists.txt has version ${PROJECT_VERSION}, but debian/changelog begins with: ${newest}")
+  endif()
+endif()
+
 # What the program knows of its own build. The number is found out whenever something is built, so it
 # stands in a source of its own: a new one compiles that, and links.
 configure_file(${CMAKE_SOURCE_DIR}/platform/BuildInfo.h.in

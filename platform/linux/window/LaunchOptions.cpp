@@ -129,7 +129,7 @@ LaunchOptions LaunchOptions::parse(int argc, char** argv, const char* version) {
       {"share", 0, 0, G_OPTION_ARG_NONE, &share, "Share the files and folders named", nullptr},
       {"share-text", 0, 0, G_OPTION_ARG_FILENAME, &sharedText, "Share TEXT", "TEXT"},
       {kShareClipboardAction, 0, 0, G_OPTION_ARG_NONE, &shareClipboard,
-       "Share the text that was copied", nullptr},
+       "Share what was copied: files, a picture or a text", nullptr},
       {kChooseFilesAction, 0, 0, G_OPTION_ARG_NONE, &chooseFiles, "Choose files to share", nullptr},
       {kQuitAction, 0, 0, G_OPTION_ARG_NONE, &quit, "End the program that runs", nullptr},
       {"version", 0, 0, G_OPTION_ARG_NONE, &wantsVersion, "Show the version", nullptr},
