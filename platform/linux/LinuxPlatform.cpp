@@ -46,7 +46,9 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
                    .iconThemePath = layout_.icons,
                    .currentDesktop = currentDesktop(),
                    .ownPictures = layout_.privateFrameworks},
-                  [this](const std::string& token) { mainWindow_.setActivationToken(token); }),
+                  {.activationTokenGiven =
+                       [this](const std::string& token) { mainWindow_.setActivationToken(token); },
+                   .clicked = [this](std::uint32_t time) { mainWindow_.setClickTime(time); }}),
       imagePreviewer_({.child = layout_.previewChild,
                        .isInFlatpak = isInFlatpak(),
                        .mostChildren = previewsAtOnce()}),

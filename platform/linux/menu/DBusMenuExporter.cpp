@@ -55,8 +55,9 @@ PlatformError noSuchRow(std::int32_t id) {
 
 }  // namespace
 
-DBusMenuExporter::DBusMenuExporter(Bus& bus, const Menu& menu)
+DBusMenuExporter::DBusMenuExporter(Bus& bus, const Menu& menu, Clicked clicked)
     : menu_(menu),
+      clicked_(std::move(clicked)),
       model_(menu, [this] { throttle_.schedule(); }),
       announcedRevision_(model_.revision()),
       object_(bus, kPath, kDescription,
@@ -74,8 +75,9 @@ GVariant* DBusMenuExporter::call(std::string_view method, GVariant* parameters) 
   if (method == "AboutToShowGroup") return aboutToShowGroup(parameters);
   if (method == "Event") {
     const char* kind = nullptr;
-    g_variant_get(parameters, "(i&svu)", &id, &kind, nullptr, nullptr);
-    if (!event(id, kind)) throw noSuchRow(id);
+    std::uint32_t time = 0;
+    g_variant_get(parameters, "(i&svu)", &id, &kind, nullptr, &time);
+    if (!event(id, kind, time)) throw noSuchRow(id);
     return g_variant_new("()");
   }
   if (method == "AboutToShow") {
@@ -155,8 +157,9 @@ GVariant* DBusMenuExporter::eventGroup(GVariant* parameters) {
   g_variant_builder_init(&unknown, G_VARIANT_TYPE("ai"));
   std::int32_t id = 0;
   const char* kind = nullptr;
-  while (g_variant_iter_next(events, "(i&svu)", &id, &kind, nullptr, nullptr) != FALSE) {
-    if (!event(id, kind)) g_variant_builder_add(&unknown, "i", id);
+  std::uint32_t time = 0;
+  while (g_variant_iter_next(events, "(i&svu)", &id, &kind, nullptr, &time) != FALSE) {
+    if (!event(id, kind, time)) g_variant_builder_add(&unknown, "i", id);
   }
   return g_variant_new("(@ai)", g_variant_builder_end(&unknown));
 }
@@ -181,12 +184,15 @@ GVariant* DBusMenuExporter::aboutToShowGroup(GVariant* parameters) {
                        g_variant_builder_end(&unknown));
 }
 
-bool DBusMenuExporter::event(std::int32_t id, std::string_view kind) {
+bool DBusMenuExporter::event(std::int32_t id, std::string_view kind, std::uint32_t time) {
   const auto item = id != 0 ? model_.clickedItem(id) : nullptr;
   if (id != 0 && item == nullptr) return false;
   if (id == 0 && kind == "opened" && openings_.opened()) menu_.willOpen();
   if (id == 0 && kind == "closed") openings_.closed();
-  if (item != nullptr && kind == "clicked") item->activate();
+  if (item != nullptr && kind == "clicked") {
+    clicked_(time);
+    item->activate();
+  }
   return true;
 }
 

@@ -28,11 +28,10 @@ bool canPlaceWindows(GdkDisplay* display) {
 
 }  // namespace
 
-LinuxStatusItem::LinuxStatusItem(Bus& sessionBus, Options options,
-                                 std::function<void(const std::string&)> activationTokenGiven)
+LinuxStatusItem::LinuxStatusItem(Bus& sessionBus, Options options, Permissions permissions)
     : sessionBus_(sessionBus),
       applicationIcon_(std::move(options.applicationIcon)),
-      activationTokenGiven_(std::move(activationTokenGiven)),
+      permissions_(std::move(permissions)),
       panelStyle_(panelStyle(options.currentDesktop)),
       placesWindows_(canPlaceWindows(gdk_display_get_default())),
       ownPictures_(std::move(options.ownPictures)) {
@@ -82,12 +81,12 @@ void LinuxStatusItem::setAccessibilityLabel(const std::string& text) {
 }
 
 void LinuxStatusItem::setMenu(const Menu& menu) {
-  exportedMenu_ = std::make_unique<DBusMenuExporter>(sessionBus_, menu);
+  exportedMenu_ = std::make_unique<DBusMenuExporter>(sessionBus_, menu, permissions_.clicked);
   if (placesWindows_) popupMenu_ = std::make_unique<GtkPopupMenu>(menu);
   notifierItem_ = std::make_unique<StatusNotifierItem>(
       sessionBus_, DBusMenuExporter::kPath, !placesWindows_,
       StatusNotifierItem::Events{.activated = [this](int x, int y) { popUpAt(x, y); },
-                                 .activationTokenGiven = activationTokenGiven_,
+                                 .activationTokenGiven = permissions_.activationTokenGiven,
                                  .shownChanged = [this](bool isShown) { shownChanged(isShown); }});
   showAppearance();
 }

@@ -30,8 +30,14 @@ class LinuxStatusItem final : public StatusItem {
     std::filesystem::path ownPictures;  // a folder; pictures in it show what the icon does
   };
 
-  LinuxStatusItem(Bus& sessionBus, Options options,
-                  std::function<void(const std::string& token)> activationTokenGiven);
+  // What says that the person has just used the icon or its menu, so that a window may come
+  // forward.
+  struct Permissions {
+    std::function<void(const std::string& token)> activationTokenGiven;
+    DBusMenuExporter::Clicked clicked;
+  };
+
+  LinuxStatusItem(Bus& sessionBus, Options options, Permissions permissions);
   ~LinuxStatusItem() override;
 
   void setImage(const Image& image) override;
@@ -54,7 +60,7 @@ class LinuxStatusItem final : public StatusItem {
 
   Bus& sessionBus_;
   std::string applicationIcon_;
-  std::function<void(const std::string&)> activationTokenGiven_;
+  Permissions permissions_;
   PanelStyle panelStyle_;
   bool placesWindows_;  // by coordinates, which X11 alone allows
   bool hasWarned_ = false;

@@ -4,6 +4,7 @@
 #include "platform/linux/window/InputFocus.h"
 
 #include <gdk/gdkwayland.h>
+#include <gdk/gdkx.h>
 
 #include <utility>
 
@@ -31,6 +32,7 @@ GtkMainWindow::GtkMainWindow(const Glib::RefPtr<Gtk::Application>& application)
   window_.set_icon_name(application->get_id());
   window_.set_default_size(kFirstFrame.width, kFirstFrame.height);
   window_.set_size_request(kSmallestFrame.width, kSmallestFrame.height);
+  window_.add_events(Gdk::PROPERTY_CHANGE_MASK);  // or the X server's time cannot be asked for
   // Before an engine's view in the window hears of it: Flutter's would end the program.
   window_.signal_delete_event().connect([this](GdkEventAny*) { return closeRequested(); }, false);
   window_.property_is_active().signal_changed().connect([this] { activeChanged(); });
@@ -74,7 +76,19 @@ void GtkMainWindow::makeKeyAndOrderFront() {
   window_.set_skip_taskbar_hint(false);
   window_.set_skip_pager_hint(false);
   useActivationToken();
+  useClickTime();
   window_.present();
+}
+
+// The window manager decides by it whether the window may come before others.
+void GtkMainWindow::useClickTime() {
+  constexpr guint32 kLongestWay = 10'000;  // milliseconds
+  const guint32 click = std::exchange(clickTime_, GDK_CURRENT_TIME);
+  if (click == GDK_CURRENT_TIME || !GDK_IS_X11_DISPLAY(gdk_display_get_default())) return;
+  gtk_widget_realize(GTK_WIDGET(window_.gobj()));
+  GdkWindow* surface = window_.get_window()->gobj();
+  const guint32 age = gdk_x11_get_server_time(surface) - click;  // great for a later time
+  if (age < kLongestWay) gdk_x11_window_set_user_time(surface, click);
 }
 
 void GtkMainWindow::useActivationToken() {

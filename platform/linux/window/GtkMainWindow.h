@@ -36,16 +36,21 @@ class GtkMainWindow final : public Window {
   // The token with which the window may take the focus when it is shown next (xdg-activation, or a
   // startup notification's identifier on X11).
   void setActivationToken(std::string token) { activationToken_ = std::move(token); }
+  // When the person clicked on what shows the window next, in milliseconds of the X server. Another
+  // clock's time is ignored.
+  void setClickTime(std::uint32_t time) { clickTime_ = time; }
 
  private:
   bool closeRequested();
   void activeChanged();
   void useActivationToken();
+  void useClickTime();
 
   Gtk::ApplicationWindow window_;
   WindowDelegate* delegate_ = nullptr;
   std::function<bool()> closeQuestion_;
   std::string activationToken_;
+  std::uint32_t clickTime_ = GDK_CURRENT_TIME;
   bool keepsFocus_ = false;  // while it is inactive: only a grab has its keys
   std::optional<std::pair<int, int>> placeWhenHidden_;
 };

@@ -21,7 +21,8 @@ class DBusMenuTest : public testing::Test {
  protected:
   DBusMenuTest() {
     show();
-    exporter_ = std::make_unique<DBusMenuExporter>(host_, menu_);
+    exporter_ = std::make_unique<DBusMenuExporter>(
+        host_, menu_, [this](std::uint32_t time) { clickTime_ = time; });
     host_.whenConnected([this](GDBusConnection* connection) {
       service_ = g_dbus_connection_get_unique_name(connection);
     });
@@ -75,6 +76,7 @@ class DBusMenuTest : public testing::Test {
   int layoutSignals_ = 0;
   int updateSignals_ = 0;
   int quits_ = 0;
+  std::uint32_t clickTime_ = 0;
   std::string lastUpdate_;
 };
 
@@ -116,8 +118,9 @@ TEST_F(DBusMenuTest, TellsOfOtherRowsOnceAndTakesAClickOnACommandThatWasReplaced
 
   EXPECT_EQ(call("Event", g_variant_new_parsed("(1, 'clicked', <0>, uint32 0)")),
             "error: There is no menu item 1");
-  EXPECT_EQ(call("Event", g_variant_new_parsed("(5, 'clicked', <0>, uint32 0)")), "()");
+  EXPECT_EQ(call("Event", g_variant_new_parsed("(5, 'clicked', <0>, uint32 1234)")), "()");
   EXPECT_EQ(quits_, 1);
+  EXPECT_EQ(clickTime_, 1234);
 }
 
 TEST_F(DBusMenuTest, AsksForTheLayoutUntilAllOfItWasFetched) {
