@@ -4,7 +4,7 @@ import { list, replace } from './engine/files.js';
 import { equal } from './harness.js';
 import { Documents } from './model/documents.js';
 import { contentFields } from './model/contents.js';
-import { failureSentence } from './model/outcomes.js';
+import { failureFields } from './model/outcomes.js';
 import { Outbox } from './model/outbox.js';
 import { loadSettings } from './model/settings.js';
 import { Transfers } from './model/transfers.js';
@@ -124,8 +124,8 @@ export const savedChecks = {
   },
 
   async theWindowSpeaksThePersonsLanguage() {
-    const message = failureSentence([{ name: 'a', code: 'unreadable' }], 3);
-    await write('transfers', document([{ ...RECENTS[1], message }]));
+    const failed = failureFields([{ name: 'a', code: 'unreadable' }], 3);
+    await write('transfers', document([{ ...RECENTS[1], ...failed }]));
     speak({ languages: ['fr-FR', 'de-AT', 'en'], time: 'de-AT', numbers: 'de-CH' });
     const [kept] = (await Transfers.load(new Documents(folder))).list;
     equal(

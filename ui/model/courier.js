@@ -20,7 +20,7 @@ import { sizeText } from '../text/format.js';
 import { words } from '../text/words.js';
 import { contentFields } from './contents.js';
 import { outgoing } from './items.js';
-import { endedBy, failureSentence, renamedSentence } from './outcomes.js';
+import { endedBy, failureFields, renamedSentence } from './outcomes.js';
 import { QuestionGate } from './question_gate.js';
 import { Questions } from './questions.js';
 import { keepReceivedText } from './received.js';
@@ -93,7 +93,7 @@ export class Courier {
       const named = failed.map(({ item, code }) => ({ name: item.name, code }));
       // Trying again sends what failed.
       const left = [...new Set(failed.map(({ item }) => item))];
-      return { state: 'failed', items: left, message: failureSentence(named, files) };
+      return { state: 'failed', items: left, ...failureFields(named, files) };
     });
   }
 
@@ -143,10 +143,10 @@ export class Courier {
         name: entries[index].path,
         code,
       }));
-      const message = failureSentence(failed, fileCount(entries));
+      const fields = failureFields(failed, fileCount(entries));
       const isAnythingHere = kept.locations.length > 0 || kept.text !== null;
       const state = isAnythingHere || failed.length === 0 ? 'complete' : 'failed';
-      return { ...kept, message, state, bytesDone: bytesTotal };
+      return { ...kept, ...fields, state, bytesDone: bytesTotal };
     });
     endQuestion();
     this.#questions.drop(id);

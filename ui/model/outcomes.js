@@ -8,7 +8,8 @@ import { NAME_CLUSTERS } from './contents.js';
 /** @typedef {import('../text/words.js').Sentence} Sentence */
 /** @typedef {import('../protocol/errors.js').TransferError} TransferError */
 
-/** Files that are named in the sentence. */
+/** Files that are listed by name, and those that are named in the sentence. */
+const LISTED = 100;
 const NAMED = 3;
 
 /**
@@ -29,22 +30,39 @@ export function endedBy(reason, { deviceName, name }) {
 }
 
 /**
- * What became of the files that did not arrive.
+ * What a transfer keeps of the files that did not arrive.
  * @param {{ name: string, code: string }[]} failed
  * @param {number} fileCount of the whole transfer
+ * @returns {Pick<Transfer, 'failures' | 'failureCount' | 'message'>}
+ */
+export function failureFields(failed, fileCount) {
+  const failures = failed.slice(0, LISTED).map(({ name, code }) => ({
+    name: shortened(plainName(name), NAME_CLUSTERS),
+    reason: fileEnd({ name: shownName(name), code }),
+  }));
+  const message = failureSentence(
+    failures.slice(0, NAMED).map(({ reason }) => reason),
+    failed.length,
+    fileCount,
+  );
+  return { failures, failureCount: failed.length, message };
+}
+
+/**
+ * @param {Sentence[]} named the reasons of the first
+ * @param {number} failed how many failed
+ * @param {number} fileCount
  * @returns {Sentence | null}
  */
-export function failureSentence(failed, fileCount) {
-  if (failed.length === 0) return null;
-  const named = failed
-    .slice(0, NAMED)
-    .map(({ name, code }) => fileEnd({ name: shownName(name), code }));
-  const rest = failed.length - named.length;
-  if (rest > 0) named.push({ key: 'count.more', values: { count: rest } });
-  const list = named.reduce((before, next) => ({ key: 'failures.list', values: { before, next } }));
+function failureSentence(named, failed, fileCount) {
+  if (failed === 0) return null;
+  const rest = failed - named.length;
+  /** @type {Sentence[]} */
+  const parts = rest > 0 ? [...named, { key: 'count.more', values: { count: rest } }] : named;
+  const list = parts.reduce((before, next) => ({ key: 'failures.list', values: { before, next } }));
   return fileCount <= 1
     ? { key: 'failures.one', values: { list } }
-    : { key: 'failures.some', values: { failed: failed.length, count: fileCount, list } };
+    : { key: 'failures.some', values: { failed, count: fileCount, list } };
 }
 
 /**

@@ -52,9 +52,14 @@
  * @property {string} [scratch] what its files in the scratch area are called by, where it is received
  * @property {boolean} isStranger whether the other device was not known when it called
  * @property {boolean} isStalled whether nothing has arrived for two seconds, while active
+ * @property {FileFailure[]} failures the files that did not arrive
+ * @property {number} failureCount how many that are; of many only the first are listed
  * @property {Sentence | null} note what the person should know besides, such as names that were changed
  * @property {number} when of its last change of state, in milliseconds since 1970
  */
+
+/** `reason`: a sentence with the name, without its point.
+ *  @typedef {{ name: string, reason: Sentence }} FileFailure */
 
 /** @typedef {{ receiveFolder: string, isVisible: boolean, launchAtStartup: boolean,
  *              notifications: 'unknown' | 'granted' | 'denied', showsConsole: boolean,

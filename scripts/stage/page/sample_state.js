@@ -51,6 +51,8 @@ export const transfer = (given) => ({
   number: '0'.repeat(32),
   isStranger: false,
   isStalled: false,
+  failures: [],
+  failureCount: 0,
   note: null,
   when: Date.now() - 60_000,
   ...given,
