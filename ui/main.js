@@ -10,7 +10,7 @@ import { mountWindow, showStartFailure } from './view/window.js';
 
 const EVENTS = ['sharedEntries', 'filesDropped', 'dragActiveChanged', 'discoveryRecoveryRequested'];
 
-/** Where the host does not say what the person reads. */
+/** The engine's languages, used where the host does not answer. */
 const ofTheEngine = () => ({
   languages: [...navigator.languages],
   time: navigator.language,

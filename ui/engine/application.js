@@ -1,5 +1,5 @@
-// What the engine knows of this run of the application, and does for the window that no method of
-// the host does.
+// What the engine tells about this run of the application, and services for the window for which the
+// host has no method.
 
 import { MethodChannel } from './method_channel.js';
 
@@ -13,8 +13,8 @@ export function uiArguments() {
   return channel.invokeMethod('arguments');
 }
 
-/** The languages that the person reads, the best first, and whose customs dates and numbers follow; all
- *  in BCP 47.
+/** The languages that the person reads, preferred first, and the locales of dates and of numbers; all in
+ *  BCP 47 (RFC 5646).
  *  @typedef {{ languages: string[], time: string, numbers: string }} Locale */
 
 /** `accent`: such as “#3584e4”, or empty where the desktop has none.
@@ -32,17 +32,17 @@ export const appearance = () => channel.invokeMethod('appearance');
 /** Ends the program. */
 export const quit = () => channel.invokeMethod('quit');
 
-/** Closes the window as the button of its frame does, which may be asked about. */
+/** Closes the window as the button of its frame does; “closeAsked” may follow. */
 export const askToClose = () => channel.invokeMethod('askToClose');
 
 /** Closes the window; the program goes on receiving. */
 export const closeWindow = () => channel.invokeMethod('closeWindow');
 
-/** Has what is on the clipboard shared: files, a picture or a text. */
+/** Shares what is on the clipboard: files, a picture or a text. */
 export const paste = () => channel.invokeMethod('paste');
 
 /**
- * Opens the guide for people.
+ * Opens the help in the web browser.
  * @param {string} language such as “de”
  */
 export const openHelp = (language) => channel.invokeMethod('openHelp', { language });
@@ -60,7 +60,7 @@ export const setNeedsAttention = (needs) => channel.invokeMethod('setNeedsAttent
 export const setZoom = (percent) => channel.invokeMethod('setZoom', { percent });
 
 /**
- * Hears what the engine tells: “appearanceChanged” (Appearance), “dragMoved” (Drag), “dragLeft”,
+ * Listens to the engine's events: “appearanceChanged” (Appearance), “dragMoved” (Drag), “dragLeft”,
  * “dropped” (Drag, before the files of the drop), and “closeAsked” where the window is about to
  * be closed and no status icon shows that the program goes on.
  * @param {(event: string, detail: any) => void} heard

@@ -16,7 +16,7 @@
 // Decoding gives the same types back. An int64 that a number holds exactly comes as a number, and a
 // map whose keys are all strings as an object without a prototype.
 
-/** How a value of each type begins. */
+/** The first byte of a value, by its type. */
 export const TAG = {
   null: 0,
   true: 1,
@@ -33,7 +33,7 @@ export const TAG = {
   map: 13,
   float32List: 14,
 };
-/** In place of a size of one byte: one of two or four bytes follows. */
+/** A first byte of a size that announces two or four bytes. */
 export const SIZE_16 = 254;
 export const SIZE_32 = 255;
 

@@ -80,8 +80,8 @@ export class UdpSocket extends Socket {
   }
 
   /**
-   * What is sent when the socket closes, also because the page or the program ends; nothing where it
-   * is empty.
+   * Sets the datagram that is sent when the socket closes, also when the page or the program ends; none
+   * if it is empty.
    * @param {Uint8Array} bytes
    * @param {string} address
    * @param {number} port
@@ -182,8 +182,8 @@ export class TcpConnection extends Socket {
   }
 
   /**
-   * Hands the stream to the host, which seals and opens records on it. Nothing but what is returned
-   * may be used from then on.
+   * Hands the stream to the host, which seals and opens records on it. From then on only the returned
+   * connection may be used.
    * @param {{ send: Uint8Array, receive: Uint8Array }} keys of 32 bytes, for this connection alone
    * @param {number} silence how long the other side may be silent, in milliseconds
    */

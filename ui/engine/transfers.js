@@ -1,9 +1,9 @@
 // Sealed connections for UI code. The host seals and opens the records, reads the files that are sent
 // and writes those that come; the page says which, and sends and receives the control records.
 //
-// What goes wrong with a connection is a MethodError with the code "socket_error", the system's text as
-// message, and the error's name as details: "EBADMSG" and "EPROTO" for what makes no sense,
-// "ECANCELED" once it is closed. It stays the answer to every later call.
+// An error of a connection is a MethodError with the code "socket_error", the system's text as message, and
+// the error's name as details: "EBADMSG" and "EPROTO" for invalid records, "ECANCELED" once it is closed.
+// Every later call fails with the same error.
 
 import { MethodChannel } from './method_channel.js';
 
@@ -19,7 +19,7 @@ const channel = new MethodChannel('engine/transfers');
 /** An entry, the name of the system's error, and its text. "ESTALE": the file is no longer as it was
  *  offered. @typedef {[number, string | null, string]} PartFailure */
 /**
- * What has come since the last time.
+ * What was received since the last call.
  * @typedef {object} Arrival
  * @property {number} taken bytes of content, with those that were there before
  * @property {Int32Array} whole entries of which all is there
@@ -80,8 +80,8 @@ export class SealedConnection {
   }
 
   /**
-   * What has come, when there is a control record, an end, something wanted or failed, or content for
-   * a while. One call at a time.
+   * Resolves with what was received: when there is a control record, an end, an entry that is not expected
+   * yet or has failed, or content for a while. One call at a time.
    * @param {number} largest frame that is read, in bytes
    * @param {boolean} readsAhead whether the host goes on while nobody calls
    * @returns {Promise<Arrival>}

@@ -1,4 +1,4 @@
-// Tells the person through the desktop what happens while they look elsewhere.
+// Shows notifications of the desktop while the window does not have the focus.
 
 import { platform } from '../platform.js';
 import { isolated } from '../text/foreign_text.js';
@@ -68,7 +68,7 @@ export class Notifications {
   /** @param {Transfer[]} transfers those of earlier runs, which are not told again */
   constructor(transfers) {
     this.#noticed = new Map(transfers.map(({ id, state }) => [id, state]));
-    // The window shows all that the notifications say.
+    // The window shows the same, so the notifications are not needed any more.
     window.addEventListener('focus', () => {
       this.#strangers = 0;
       this.#withdraw(() => true);
@@ -92,7 +92,7 @@ export class Notifications {
   }
 
   /**
-   * However many strangers ask, they have one notification, which counts them.
+   * All requests of unknown devices share one notification, which counts them.
    * @param {Transfer} transfer
    * @param {{ title: string, body: string } | null} notice
    */
@@ -110,7 +110,7 @@ export class Notifications {
    */
   #show(id, notice) {
     this.#shown.add(id);
-    // Without a notification service only the window says it.
+    // Where there is no notification service, only the window shows it.
     platform.showNotification({ id: `transfer-${id}`, ...notice }).catch(() => {});
   }
 

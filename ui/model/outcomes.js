@@ -1,4 +1,4 @@
-// What becomes of a transfer, as the window shows it.
+// How transfers end, as fields of a transfer that the window shows.
 
 import { fileEnd } from '../protocol/errors.js';
 import { isolated, plainName, shortened } from '../text/foreign_text.js';

@@ -1,4 +1,4 @@
-// How fast it goes, and how long it will take.
+// The rate of a transfer and the time it still needs.
 
 /** In milliseconds: what the rate is taken over, and without a byte for how long it has stalled. */
 const WINDOW = 5000;
@@ -30,7 +30,7 @@ export class Progress {
   add(done, now) {
     if (done <= this.#done) return;
     this.#done = Math.min(done, this.#total);
-    // What comes after a pause says nothing of the rate before it.
+    // After a pause the rate is measured anew.
     if (now - this.#changed > STALLED) this.#samples = [{ at: now, done: this.#done }];
     this.#changed = now;
     const last = this.#samples[this.#samples.length - 1];
@@ -39,7 +39,7 @@ export class Progress {
   }
 
   /**
-   * Where it stands.
+   * The present rate, remaining time and whether it has stalled.
    * @param {number} now
    * @returns {{ bytesDone: number, rate: number, secondsLeft: number | null, isStalled: boolean }}
    */

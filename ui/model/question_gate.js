@@ -1,5 +1,5 @@
-// How often others may ask the person: one thing at a time from a device and, of devices that are not
-// known, from an address, and not at once again where nobody answered.
+// Limits how often other devices may ask the person: one question at a time from a device (and, for unknown
+// devices, from an address), and a pause after a question that nobody answered.
 
 import { Limit, Time } from '../protocol/limits.js';
 

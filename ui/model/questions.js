@@ -1,4 +1,4 @@
-// What waits for the person's answer, by transfer.
+// The questions that wait for the person's answer, by transfer.
 
 export class Questions {
   /** @type {Map<string, (answer: boolean) => void>} */

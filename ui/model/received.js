@@ -13,7 +13,7 @@ import { readWhole } from './whole_file.js';
 const LISTED = 4000;
 /** Bytes of a text that are copied; the file may have grown since. */
 const LARGEST = 64 << 20;
-/** What `replace` may leave of a whole text, too. */
+/** Whole texts, and what an interrupted `replace` may leave of one. */
 const TEXT = /^\.?text-[0-9a-f-]{36}/;
 
 /**

@@ -1,4 +1,4 @@
-// The person's settings, and the host's part in them.
+// The person's settings, of which the host applies some.
 
 import { platform } from '../platform.js';
 import { words } from '../text/words.js';
@@ -81,7 +81,8 @@ export async function changedSettings(documents, before, change) {
 }
 
 /**
- * Opens the receive folder of another name: the calls arrive in this order, with nothing in between.
+ * Opens a receive folder of another name. The host handles the three calls in this order, and no other
+ * call between them.
  * @param {string} name
  * @param {string} current
  */

@@ -41,7 +41,7 @@ export class Shell {
   #lastMode = '';
   #neededAttention = false;
 
-  /** Declares the background mode again with the next update: showing the window ended it. */
+  /** Declares the background mode again with the next update, since showing the window has ended it. */
   modeWasReset() {
     this.#lastMode = '';
   }

@@ -1,10 +1,10 @@
-// A sentence in the window with something to do about it, for a while: what was removed can be put back,
-// what was left out can be added in another way.
+// A sentence that the window shows for a while, with a button: to put back what was removed, or to add in
+// another way what was left out.
 
 /** In milliseconds. */
 const SHOWN = 12_000;
 
-/** `label`, `run`: what can be done; `settle`: what to do once it was not.
+/** `label`, `run`: the button and its action; `settle`: what to do if it was not pressed.
  *  @typedef {{ text: string, label?: string, run?: () => unknown,
  *              settle?: () => unknown }} Suggestion */
 

@@ -66,8 +66,8 @@ export class Trust extends EventTarget {
   }
 
   /**
-   * What to call a device: the name that was kept with its key. A device that is not known never has
-   * the name of a known one alone.
+   * The name to show for a device: the one that was kept with its key. An unknown device with the name of a
+   * known one is marked as another device.
    * @param {{ id: string, key: Uint8Array, name: string }} device
    */
   nameOf({ id, key, name }) {
@@ -76,7 +76,7 @@ export class Trust extends EventTarget {
   }
 
   /**
-   * Resolves once it will outlast a restart.
+   * Resolves once the key is saved.
    * @param {string} id
    * @param {Uint8Array} key
    * @param {string} name

@@ -1,4 +1,4 @@
-// What devices tell everybody on the network: one small JSON object a datagram.
+// The announcements that devices send to everybody on the network: one small JSON object in a datagram.
 
 import { hex, jsonBytes, objectOf, unhex } from './bytes.js';
 import { Limit, VERSION } from './limits.js';
@@ -15,7 +15,7 @@ const DEVICE_ID = /^[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$/;
 export const isDeviceId = (id) => typeof id === 'string' && DEVICE_ID.test(id);
 
 /**
- * A stranger's name as it may be shown.
+ * The name of another device, made safe to show.
  * @param {unknown} name
  */
 export function cleanName(name) {
@@ -44,7 +44,7 @@ export function encodeAnnouncement(announcement) {
 }
 
 /**
- * Null for whatever is no announcement of this version.
+ * Null for anything that is not an announcement of this version.
  * @param {Uint8Array} datagram
  * @returns {Announcement | null}
  */

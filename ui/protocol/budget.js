@@ -1,4 +1,4 @@
-// What the sources on the network may take of this device's attention.
+// Limits how many messages from the network are processed in a second.
 
 const SECOND = 1000; // ms
 

@@ -1,4 +1,5 @@
-// How many connections others may hold open. Strangers share a few; those of known devices are apart.
+// Limits how many connections other devices may hold open. Unknown devices share a few places; known
+// devices have places of their own.
 
 import { Budget } from './budget.js';
 import { Limit } from './limits.js';
@@ -36,7 +37,8 @@ export class ConnectionSlots {
   }
 
   /**
-   * A place for a connection after its handshake; null where there is none, else what gives it back.
+   * Takes a place for a connection after its handshake. Returns a function that gives the place back, or
+   * null where there is no place.
    * @param {boolean} isKnown
    */
   take(isKnown) {

@@ -1,4 +1,4 @@
-// By which both sides recognise that they have the same beginning of a file.
+// The digest by which both sides recognise that they have the same beginning of a file.
 
 import { EngineFile } from '../engine/files.js';
 import { hex, joined, sha256 } from './bytes.js';

@@ -1,7 +1,7 @@
-// A transfer's two sides talking over a sealed connection: whole records in order, with signs of life
-// while there is nothing to say, and an end that always has a reason.
+// One side of a transfer over a sealed connection: whole records in order, pings while there is nothing
+// else to send, and an end that always has a reason.
 //
-// Until trust() is called the other side is a stranger: its frames are small and few.
+// Until trust() is called, only few and small records are accepted.
 
 import { jsonBytes, objectOf } from './bytes.js';
 import { TransferError } from './errors.js';
@@ -107,7 +107,7 @@ export class Conversation {
   }
 
   /**
-   * The other side's next record that is no ping, before which no content may come.
+   * The next record of the other side that is not a ping. Content before it is an error.
    * @returns {Promise<Received>}
    */
   async next() {
@@ -128,15 +128,15 @@ export class Conversation {
   }
 
   /**
-   * Tells the other side why this is the end, if it can still hear, and hangs up.
+   * Tells the other side why the conversation ends, if the connection still works, and closes it.
    * @param {string} [code] nothing where all is said
    */
   async close(code) {
     if (this.#isOver) return this.#closed;
     this.#isOver = true;
     clearInterval(this.#pinging);
-    // Hanging up on bytes that were not read resets the connection, and the other side might never
-    // hear why. So what it still sends is read until it hangs up as well.
+    // Closing a socket with unread bytes resets the connection, and the other side might not receive the
+    // reason. So its bytes are read until it closes as well.
     const parted = code
       ? this.#connection.part(Type.end, jsonBytes({ code }))
       : this.#connection.part();
@@ -172,7 +172,7 @@ export class Conversation {
   }
 
   /**
-   * Ends what sends more, or other, than anybody has to.
+   * Ends the conversation if the other side sends more than is allowed, or something else.
    * @param {Received} record
    */
   #charge({ type, body }) {

@@ -1,7 +1,7 @@
 // Finds the devices on the networks that this one is on, and tells them of it.
 //
-// A socket an interface and an address family: announcements leave through each, and a device that
-// several of them hear is one device with several addresses.
+// There is a socket for each interface and address family, and announcements leave through each. A device
+// that is heard on several is one device with several addresses.
 
 import { networkInterfaces, UdpSocket } from '../engine/sockets.js';
 import { decodeAnnouncement, encodeAnnouncement } from './announcement.js';
@@ -89,8 +89,8 @@ export class Discovery extends EventTarget {
   }
 
   /**
-   * Begins, or begins anew on the interfaces that there are now. What was found stays until it is
-   * not heard of any more.
+   * Begins, or begins anew on the present interfaces. Known neighbours stay until they are no longer
+   * heard.
    */
   async start() {
     this.#isRunning = true;
@@ -141,7 +141,7 @@ export class Discovery extends EventTarget {
     else if (before !== 0) await this.#send({ kind: 'bye', port: before, ...this.#self });
   }
 
-  /** The engine goes on saying “here”, and “bye” when the program ends in whatever way. */
+  /** The engine repeats “here”, and sends “bye” however the program ends. */
   async #prepareAnnouncements() {
     const port = this.#port;
     const said = (/** @type {'here' | 'bye'} */ kind) =>
@@ -169,7 +169,7 @@ export class Discovery extends EventTarget {
     if (round === this.#round) this.#send({ kind: 'query' });
   }
 
-  /** Drops what is not heard again when its time is over; sleeps while there is nothing to drop. */
+  /** Drops neighbours that were not heard again in time; runs no timer while there are none. */
   #expireLater() {
     if (!this.#isRunning || this.#expiring !== undefined) return;
     const wait = this.#neighbours.nextExpiry - performance.now();
@@ -249,7 +249,7 @@ export class Discovery extends EventTarget {
 }
 
 /**
- * Those that open: an interface without the one family, or without multicast, is no failure.
+ * The sockets that open: an interface without one of the families, or without multicast, is not an error.
  * @param {NetworkInterface[]} interfaces
  * @returns {Promise<Outlet[]>}
  */

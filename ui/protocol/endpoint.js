@@ -1,4 +1,4 @@
-// Where connections begin: the port that others call, and calls to others.
+// Accepts connections from other devices and makes connections to them.
 
 import { TcpConnection, TcpListener } from '../engine/sockets.js';
 import { platform } from '../platform.js';
@@ -55,7 +55,7 @@ export class Endpoint {
     return this.#listener.port;
   }
 
-  /** Takes no more calls; those that were taken go on. */
+  /** Accepts no more connections; those that were accepted go on. */
   async close() {
     const listener = this.#listener;
     this.#listener = null;
@@ -133,7 +133,7 @@ export class Endpoint {
       if (this.#slots.arrive(stream)) await this.#meet(stream);
       else await refuse(stream, 'busy');
     } catch {
-      // A stranger who made no sense, or left.
+      // The handshake failed, or the other side left.
     } finally {
       this.#slots.leave(stream);
       await stream.close();
@@ -188,7 +188,7 @@ async function calling(address, port, work) {
 
 /**
  * Tries all addresses, one shortly after the other, and returns what the first gives that succeeds.
- * So an address that somebody else announced, and where nobody answers, costs a moment only.
+ * An address that somebody else announced, and where nobody answers, therefore delays only briefly.
  * @template T
  * @param {Neighbour['addresses']} addresses
  * @param {(address: string, port: number, isStillWanted: () => boolean) => Promise<T>} attempt

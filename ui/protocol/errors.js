@@ -5,7 +5,7 @@ import { isKey, sentenceText, words } from '../text/words.js';
 
 /** @typedef {import('../text/words.js').Sentence} Sentence */
 
-/** What each code means to the side that it is sent to. */
+/** The code that each code becomes on the side that receives it. */
 const MEANS_THERE = /** @type {Record<string, string>} */ ({
   cancelled: 'cancelled-there',
   paused: 'paused-there',
@@ -59,7 +59,7 @@ export class TransferError extends Error {
   }
 
   /**
-   * The error that the other side told.
+   * The error for a code that the other side sent.
    * @param {unknown} code
    */
   static told(code) {
@@ -68,7 +68,7 @@ export class TransferError extends Error {
   }
 
   /**
-   * The error to end a transfer with, of whatever went wrong.
+   * The error with which a transfer ends after any failure.
    * @param {any} error
    * @param {string} fallback the code where nothing more is known
    */

@@ -64,7 +64,7 @@ export class FrameStream {
     await this.#connection.finish().catch(() => {});
   }
 
-  /** What waits on it fails. */
+  /** Pending reads and writes fail. */
   async close() {
     const connection = (await this.#sealed?.catch(() => null)) ?? this.#connection;
     await connection.close().catch(() => {});

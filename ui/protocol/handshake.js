@@ -1,5 +1,5 @@
-// How two devices begin: seven frames that agree on fresh keys, prove the lasting keys, and tell
-// neither to whoever listens. docs/protocol.md has the frames, the derivation, and why the caller
+// The handshake of two devices: seven frames that agree on new keys and prove the lasting keys, without
+// showing either to whoever listens. docs/protocol.md has the frames, the derivation, and why the caller
 // commits to its share first.
 
 import { isDeviceId, cleanName } from './announcement.js';
@@ -21,7 +21,7 @@ import { VERSION } from './limits.js';
 const KEY = 65;
 const DIGEST = 32;
 const TAG = 16;
-/** What a sealed identity is padded to, so that its size says nothing of the name. */
+/** The size to which a sealed identity is padded, so that it does not show the length of the name. */
 const PARTY = 512;
 
 /**
@@ -46,7 +46,8 @@ export async function call(stream, self, lasting, accepts) {
 }
 
 /**
- * Who answers, proven by its key. The caller says nothing of itself, and hangs up then.
+ * The party that answers, proven by its key. The caller does not identify itself, and closes the
+ * connection.
  * @param {FrameStream} stream
  * @param {LastingKey} lasting
  * @returns {Promise<Party>}
@@ -103,7 +104,7 @@ export async function answer(stream, self, lasting) {
 }
 
 /**
- * Tells a caller in the clear why it is not answered.
+ * Tells a caller, unencrypted, why the connection is refused.
  * @param {FrameStream} stream
  * @param {string} code
  */
@@ -226,7 +227,7 @@ function field(text, size) {
 }
 
 /**
- * What a computation on a stranger's bytes gives; its failure is the stranger's.
+ * The result of a computation on the other side's bytes; a failure counts as the other side's error.
  * @template T
  * @param {Promise<T>} promise
  * @returns {Promise<T>}

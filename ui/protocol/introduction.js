@@ -1,5 +1,5 @@
-// Makes sure of who is at the other end: a device whose key is known goes on at once; at the first
-// contact both persons compare a code.
+// Verifies the other device: one whose key is known goes on at once; at the first contact both persons
+// compare a code.
 
 import { jsonBytes } from './bytes.js';
 import { Type } from './conversation.js';
@@ -50,7 +50,7 @@ export async function greet(conversation, { peer }, trust) {
   const isKnown = knows && (await theirs).knows === true;
   if (!isKnown) return false;
   conversation.trust();
-  // It may have another name by now.
+  // The device may have been renamed.
   await trust.pin(peer.id, peer.key, peer.name);
   return true;
 }

@@ -1,6 +1,6 @@
-// The keys of one connection, derived step by step from what crosses it and from what the two sides
-// share. The functions are those of the Noise framework (revision 34, section 5.2) with SHA-256 and
-// AES-256-GCM; docs/protocol.md has the order in which the handshake calls them.
+// The keys of one connection, derived step by step from the handshake's frames and the shared secrets.
+// The functions are those of the Noise framework (revision 34, section 5.2) with SHA-256 and AES-256-GCM;
+// docs/protocol.md has the order in which the handshake calls them.
 
 import { digest, joined, sha256, utf8 } from './bytes.js';
 

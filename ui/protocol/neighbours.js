@@ -1,6 +1,5 @@
-// The devices that were heard, and where. Everybody can say anything of any address, so what is said
-// of one address changes nothing at the others, and a device that is not known never takes the place
-// of one that is.
+// The devices that were heard, with their addresses. Announcements can be forged, so one from an address
+// changes nothing at the other addresses, and an unknown device never takes the place of a known one.
 
 import { hex } from './bytes.js';
 import { Limit, Time } from './limits.js';
@@ -128,8 +127,8 @@ export class Neighbours {
 }
 
 /**
- * An address to give up: a random one of those that were never proven, so that no order of
- * announcements keeps the right one out.
+ * The address to drop: a random one of those that were never proven, so that an attacker cannot keep the
+ * right one out by the order of announcements.
  * @param {Map<string, Place>} addresses
  */
 function leastProven(addresses) {

@@ -1,8 +1,8 @@
-// Text of strangers, made safe to show: names of devices and files, and what people wrote.
+// Text from other devices, made safe to show: names of devices and files, and texts that people wrote.
 //
-// Shown is what is there: characters that cannot be seen are dropped or replaced by “_”, none changes
-// the direction of what follows, and piles of accents and very long names are cut. A received file is
-// saved under the name that was shown, so the same functions make both.
+// Invisible characters are dropped or replaced by “_”, none changes the direction of what follows, and
+// stacks of accents and very long names are cut. A received file is saved under the name that was shown,
+// so the same functions make both.
 
 /** Longest name of a file, in bytes of UTF-8. */
 const NAME_BYTES = 255;
@@ -133,8 +133,8 @@ export function excerpt(text, mostClusters, mostLines) {
 }
 
 /**
- * A name for use in a sentence or beside other text: one that is written from right to left stays
- * together and moves nothing around it, and a file's extension stays at its end (Unicode's
+ * A name for use in a sentence or beside other text: a right-to-left name stays together and does not
+ * reorder the text around it, and a file's extension stays at its end (Unicode's
  * left-to-right isolate, UAX #9).
  * @param {string} text
  */

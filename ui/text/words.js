@@ -17,7 +17,7 @@ const CATALOGUES = { en, de };
 let catalogue = en;
 
 /**
- * Speaks the best of the person's languages.
+ * Selects the catalogue of the first of the person's languages that there is one for.
  * @param {import('./locale.js').HostLocale} host
  * @param {Record<string, Record<Key, Message>>} [catalogues] by language
  */

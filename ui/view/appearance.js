@@ -1,5 +1,5 @@
-// What the desktop asks of the window's looks besides light or dark: more contrast, and its accent
-// colour as far as text in it can be read.
+// The desktop's high contrast and accent colour. The accent is adjusted until text in it is readable. Light
+// or dark is `prefers-color-scheme`.
 
 /** Contrast of text to its ground (WCAG 2.2, 1.4.3). */
 const READABLE = 4.5;

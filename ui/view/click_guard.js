@@ -1,5 +1,5 @@
-// Keeps a click from landing on something that came in while the person was about to click: what is
-// under the pointer stays there, and controls that have just come up take no click for a second.
+// Keeps a click from hitting something that appeared while the person was about to click: what is under the
+// pointer stays there, and controls that have just appeared ignore clicks for a second.
 
 const PAUSE = 1000;
 const CONTROLS = 'button, input, textarea, [tabindex="0"]';

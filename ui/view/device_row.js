@@ -8,7 +8,7 @@ import { icon } from './icons.js';
 
 /** @typedef {import('../model/types.js').Device} Device */
 
-/** Letters of a fingerprint that tell two devices of one name apart. */
+/** Characters of the fingerprint that distinguish two devices of one name. */
 const MARK = 9;
 
 /** @type {Record<Device['trust'], import('../text/words.js').Key>} */
@@ -80,7 +80,7 @@ export function deviceRow({ send, choose, agree, forget }) {
       const { trust } = device;
       const { fingerprint: mark } = device;
       const plain = isolated(device.name);
-      // Two of one name are told apart by ear as well.
+      // Screen readers tell two devices of one name apart as well.
       const name = standing.sharesName
         ? words('device.named', { name: plain, mark: mark.slice(0, MARK) })
         : plain;

@@ -1,5 +1,5 @@
-// Builds and changes the page. Text is inserted as text, never as markup. What already has the wanted
-// value is not written again, so that drawing, focus and screen readers are not disturbed.
+// Builds and changes the page. Text is inserted as text, never as markup. A value that is
+// already there is not written again, so that layout, focus and screen readers are not disturbed.
 
 /** @typedef {string | number | boolean | null | undefined} Attribute absent where false or null */
 

@@ -1,4 +1,5 @@
-// What is said while something is dragged over the window. It covers no device: a drop on one sends there.
+// The hint that is shown while something is dragged over the window. It does not cover the devices, since a
+// drop on one sends to it.
 
 import { isolated } from '../text/foreign_text.js';
 import { words } from '../text/words.js';

@@ -71,7 +71,7 @@ export function factsText(transfer) {
   return facts.join(' · ');
 }
 
-/** Finds what to speak: each change of state and each quarter of the progress. */
+/** Finds what a screen reader announces: each change of state and each quarter of the progress. */
 export class TransferNews {
   /** @type {Map<string, { state: string, quarter: number }> | null} */
   #known = null;

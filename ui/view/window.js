@@ -22,7 +22,7 @@ import { speakTransfers, transfersViews } from './transfers.js';
 /** In percent. */
 const ZOOM = { step: 10, least: 50, most: 300 };
 
-/** What the window that is shown has on the page as a whole, to be undone by the next. */
+/** Removes the listeners of the window that is shown; called when another one is mounted. */
 let forget = () => {};
 
 /**
@@ -44,7 +44,7 @@ function endings(application, attempt) {
   );
   return {
     elements: [quitting.element, staying.element],
-    /** Quits; asks first where that ends a transfer. */
+    /** Quits; asks first if that would stop a transfer. */
     quit() {
       const count = application.transfers.filter((one) => !hasEnded(one)).length;
       if (count > 0) quitting.ask(words('quit.words', { count }));
@@ -142,7 +142,7 @@ export function mountWindow(root, application, host) {
   );
   speakTransfers(application, notices);
   const stopKeys = listenToKeys(deeds);
-  // Whoever opens the window from a notification comes for what waits.
+  // A notification opens the window because of a request, so the request gets the focus.
   const look = () => {
     if (application.transfers.some(needsAnswer)) lookAtRequest();
   };
