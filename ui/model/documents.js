@@ -17,15 +17,23 @@ const TEMPORARY = /^\.[a-z-]+\.json\.[0-9A-Fa-f-]{36}$/;
 
 export class Documents {
   #folder;
+  #missing;
   /** @type {Map<string, unknown>} what waits to be written, by document */
   #waiting = new Map();
   #writing = Promise.resolve();
   /** @type {Map<string, string | null>} */
   #damaged = new Map();
 
-  /** @param {string} folder */
+  /** @param {string | Error} folder or why there is none: then there are no documents, and saving
+   *  does nothing */
   constructor(folder) {
-    this.#folder = folder;
+    this.#folder = folder instanceof Error ? '' : folder;
+    this.#missing = folder instanceof Error ? folder : null;
+  }
+
+  /** Why nothing can be kept; null where it can. */
+  get missing() {
+    return this.#missing;
   }
 
   /** The damaged documents, each with the file name that it has now; null where it could not be moved.
@@ -42,6 +50,7 @@ export class Documents {
    * @returns {Promise<T | null>}
    */
   async load(name, check) {
+    if (this.#missing) return null;
     try {
       const bytes = await readWhole(this.#pathOf(name), LARGEST);
       if (!bytes) return null;
@@ -64,6 +73,7 @@ export class Documents {
    * @returns {Promise<void>} when it, or a later one, is on the disk
    */
   save(name, content) {
+    if (this.#missing) return Promise.resolve();
     if (this.#damaged.get(name) === null) {
       return Promise.reject(new Error(words('damage.inTheWay', { name: `${name}.json` })));
     }
@@ -74,6 +84,7 @@ export class Documents {
 
   /** Removes what interrupted writes left. */
   async sweep() {
+    if (this.#missing) return;
     const names = await list(this.#folder).catch(() => []);
     const left = names.filter((name) => TEMPORARY.test(name));
     await Promise.all(left.map((name) => remove(`${this.#folder}/${name}`).catch(() => {})));

@@ -19,7 +19,7 @@ const DOCUMENT = 'device';
 
 /** @returns {Promise<Application>} */
 export async function startApplication() {
-  const documents = new Documents(await platform.appSupportPath());
+  const documents = new Documents(await platform.appSupportPath().catch((error) => error));
   const [name, { version }, identity] = await Promise.all([
     platform.deviceName(),
     platform.appVersion(),
@@ -72,7 +72,8 @@ async function deviceId(documents, key) {
 }
 
 /** @param {Documents} documents */
-function damageText({ damaged }) {
+function damageText({ damaged, missing }) {
+  if (missing) return words('damage.nothingKept', { why: missing.message });
   if (damaged.size === 0) return null;
   const names = [...damaged].map(([name, place]) =>
     words('list.quoted', { name: place ?? `${name}.json` }),

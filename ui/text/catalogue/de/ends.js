@@ -63,5 +63,6 @@ export const ends = {
   'damage.trusted-devices': 'jedes Gerät gilt als neu',
   'damage.transfers': 'die Liste der Übertragungen ist leer',
   'damage.outbox': 'was gesendet werden sollte, ist nicht mehr aufgeführt',
+  'damage.nothingKept': 'Was hier geschieht, vergisst Brevanholt beim Beenden. {why}',
   'damage.inTheWay': 'Die beschädigte Datei {name} ist im Weg.',
 };

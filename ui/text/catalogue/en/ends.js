@@ -59,5 +59,6 @@ export const ends = {
   'damage.trusted-devices': 'every device is met as a new one',
   'damage.transfers': 'the list of transfers is empty',
   'damage.outbox': 'what was to be sent is no longer listed',
+  'damage.nothingKept': 'What you do here is forgotten when Brevanholt ends. {why}',
   'damage.inTheWay': 'The damaged file {name} is in the way.',
 };
