@@ -8,14 +8,13 @@
 
 namespace brevanholt::platform {
 
-// All that the host knows of an embedded UI engine.
+// All that the host knows of an embedded UI engine. The UI's timers run at full speed even when
+// nobody can see the window: this device is found nearby all the while.
 class UiEngine {
  public:
   virtual ~UiEngine() = default;
   [[nodiscard]] virtual NativeView& view() = 0;
   [[nodiscard]] virtual BinaryMessenger& binaryMessenger() = 0;
-  // While set, the UI's timers run at full speed even when nobody can see the window.
-  virtual void setRunsWhileHidden(bool runs) = 0;
 
   // What is asked before the UI's code uses a file, for an engine whose code uses files through it.
   // Null, as at first, refuses everything.

@@ -62,11 +62,7 @@ LinuxPlatform::LinuxPlatform(GtkApplicationHost& application, const LaunchOption
            .layout = layout_,
            .activationTokenGiven =
                [this](const std::string& token) { mainWindow_.setActivationToken(token); }})),
-      processActivities_(*desktop_.sleepInhibitor,
-                         [this](bool runs) {
-                           if (runs) desktop_.willRunHidden();
-                           ui_.engine->setRunsWhileHidden(runs);
-                         }),
+      processActivities_(*desktop_.sleepInhibitor, [this] { desktop_.willRunHidden(); }),
       updateNotice_(layout_.executable, mainWindow_.gtk(),
                     [this] { processActivities_.whenQuiet([this] { application_.restart(); }); }) {
   if (ui_.page != nullptr) {

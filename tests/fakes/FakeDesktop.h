@@ -39,7 +39,6 @@ struct FakeWindow final : Window {
 struct FakeEngine final : UiEngine {
   [[nodiscard]] NativeView& view() override { return nativeView; }
   [[nodiscard]] BinaryMessenger& binaryMessenger() override { return messenger; }
-  void setRunsWhileHidden(bool /*runs*/) override {}
   void setFileAccess(FileAccess* newAccess) override { access = newAccess; }
 
   NativeView nativeView;

@@ -22,8 +22,7 @@ namespace brevanholt::platform {
 // Flutter's own view expects that the window it comes into is realized, so it stands in a box and
 // is added when the box is.
 //
-// Timers of the Dart code run at full speed in a hidden window, without asking. Dart's exit() ends
-// this process with its status.
+// Dart's exit() ends this process with its status.
 class FlutterEngine final : public UiEngine {
  public:
   // Throws PlatformError where the bundle is incomplete, or its engine is of another interface.
@@ -34,7 +33,6 @@ class FlutterEngine final : public UiEngine {
 
   [[nodiscard]] NativeView& view() override { return nativeView_; }
   [[nodiscard]] BinaryMessenger& binaryMessenger() override { return *messenger_; }
-  void setRunsWhileHidden(bool /*runs*/) override {}
 
  private:
   void createView(const FlutterBundle& bundle, const std::vector<std::string>& uiArguments);

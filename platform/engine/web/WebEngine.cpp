@@ -115,6 +115,8 @@ void WebEngine::configureSettings() {
   webkit_settings_set_enable_page_cache(settings, FALSE);
   webkit_settings_set_enable_html5_database(settings, FALSE);
   webkit_settings_set_enable_webrtc(settings, FALSE);
+  setFeature(settings, "HiddenPageDOMTimerThrottling", false);
+  setFeature(settings, "PageVisibilityBasedProcessSuppression", false);
   // Software rendering: text and lists appear sooner, in half the memory.
   webkit_settings_set_hardware_acceleration_policy(settings,
                                                    WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
@@ -125,12 +127,6 @@ void WebEngine::leaveDragsToTheHost() {
   const auto unset = +[](GtkWidget* widget, gpointer) { gtk_drag_dest_unset(widget); };
   unset(GTK_WIDGET(webView_.get()), nullptr);
   g_signal_connect_after(webView_.get(), "realize", G_CALLBACK(unset), nullptr);
-}
-
-void WebEngine::setRunsWhileHidden(bool runs) {
-  WebKitSettings* settings = webkit_web_view_get_settings(webView_.get());
-  setFeature(settings, "HiddenPageDOMTimerThrottling", !runs);
-  setFeature(settings, "PageVisibilityBasedProcessSuppression", !runs);
 }
 
 void WebEngine::load() {

@@ -38,7 +38,6 @@ class WebEngine final : public UiEngine {
 
   [[nodiscard]] NativeView& view() override { return *nativeView_; }
   [[nodiscard]] BinaryMessenger& binaryMessenger() override { return messenger_; }
-  void setRunsWhileHidden(bool runs) override;
   void setFileAccess(FileAccess* access) override {
     files_.setAccess(access);
     transfers_.setAccess(access);

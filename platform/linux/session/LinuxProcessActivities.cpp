@@ -19,16 +19,15 @@ class Activity final : public ProcessActivity {
 }  // namespace
 
 LinuxProcessActivities::LinuxProcessActivities(SleepInhibitor& sleepInhibitor,
-                                               std::function<void(bool)> setPageRunsWhileHidden)
-    : sleepInhibitor_(sleepInhibitor), setPageRunsWhileHidden_(std::move(setPageRunsWhileHidden)) {}
+                                               std::function<void()> willRun)
+    : sleepInhibitor_(sleepInhibitor), willRun_(std::move(willRun)) {}
 
 std::unique_ptr<ProcessActivity> LinuxProcessActivities::begin(ActivityOptions options,
                                                                const std::string& reason) {
   std::shared_ptr<void> running = running_.lock();
   if (!running) {
-    setPageRunsWhileHidden_(true);
-    running = std::shared_ptr<void>(this, [set = setPageRunsWhileHidden_](void*) { set(false); });
-    running_ = running;
+    willRun_();
+    running_ = running = std::make_shared<char>();
   }
   const bool keepsAwake = options == ActivityOptions::kUserInitiated;
   return std::make_unique<Activity>(std::move(running), keepsAwake ? keepAwake(reason) : nullptr);
