@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
   const Gtk::Main toolkit(argc, argv);
   platform::Bus bus(G_BUS_TYPE_SESSION);
   DesktopStatusMenuController controller;
-  platform::DBusMenuExporter exported(bus, controller.menu());
+  platform::DBusMenuExporter exported(bus, controller.menu(), [](std::uint32_t) {});
   platform::GtkPopupMenu popup(controller.menu());
   const List few = recents(4);
   const int many = argc > 1 ? std::stoi(argv[1]) : 100'000;
