@@ -55,12 +55,15 @@ void LinuxStatusItem::setImage(const Image& image) {
 
 void LinuxStatusItem::drawImage() {
   const bool hasDrawing = !std::holds_alternative<Image::Nothing>(image_.content);
-  symbolicIcon_ = hasDrawing ? applicationIcon_ + "-symbolic" : "";
+  const bool needsAttention = appearance_.needsAttention;
+  symbolicIcon_ =
+      hasDrawing ? applicationIcon_ + (needsAttention ? "-attention-symbolic" : "-symbolic") : "";
   const bool isNamed = panelStyle_.colorsNamedIcons && isOwnIcon();
   appearance_.iconName = isNamed ? symbolicIcon_ : "";
   if (!isNamed) {
     appearance_.pixmaps =
-        trayPixmaps(image_, applicationIcon_, panelColor(panelStyle_, textColorOf(Gtk::Window())));
+        trayPixmaps(image_, applicationIcon_, panelColor(panelStyle_, textColorOf(Gtk::Window())),
+                    needsAttention);
   }
   showAppearance();
 }
@@ -105,8 +108,7 @@ void LinuxStatusItem::shownChanged(bool isShown) {
 }
 
 void LinuxStatusItem::setNeedsAttention(bool needs) {
-  appearance_.needsAttention = needs;
-  showAppearance();
+  if (std::exchange(appearance_.needsAttention, needs) != needs) drawImage();
 }
 
 bool LinuxStatusItem::isShown() const {
@@ -119,7 +121,9 @@ void LinuxStatusItem::popUpAt(int x, int y) {
 
 void LinuxStatusItem::showAppearance() {
   if (notifierItem_) notifierItem_->setAppearance(appearance_);
-  if (embeddedIcon_) embeddedIcon_->setToolTip(appearance_.toolTip);
+  if (!embeddedIcon_) return;
+  embeddedIcon_->setIcon(symbolicIcon_);
+  embeddedIcon_->setToolTip(appearance_.toolTip);
 }
 
 }  // namespace brevanholt::platform

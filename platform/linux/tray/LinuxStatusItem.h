@@ -45,7 +45,8 @@ class LinuxStatusItem final : public StatusItem {
   void setAccessibilityLabel(const std::string& text) override;
   void setMenu(const Menu& menu) override;
 
-  // Whether something waits for the person, which trays that know the status show.
+  // Whether something waits for the person: tells trays the status, and puts a dot on the icon for
+  // those that do not show it.
   void setNeedsAttention(bool needs);
   // Whether any tray shows it.
   [[nodiscard]] bool isShown() const;

@@ -123,7 +123,7 @@ GVariant* StatusNotifierItem::property(std::string_view name) const {
   if (name == "IconPixmap") return pixmapArray(appearance_.pixmaps);
   if (name == "IconAccessibleDesc") return text(appearance_.title);
   if (name == "OverlayIconName") return text("");
-  // The same icon: a tray that knows the status marks it in its own way.
+  // The icon has its dot already, for trays that show the status in no other way.
   if (name == "AttentionIconName") return text(appearance_.iconName);
   if (name == "AttentionIconPixmap") return pixmapArray(appearance_.pixmaps);
   if (name == "ToolTip") {

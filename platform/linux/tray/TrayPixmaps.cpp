@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstring>
+#include <numbers>
 
 #include <cairomm/context.h>
 #include <cairomm/surface.h>
@@ -69,8 +70,24 @@ void drawEdge(const Context& context, const Cairo::RefPtr<Cairo::ImageSurface>& 
   }
 }
 
+// At the lower right, with a gap around it.
+void drawDot(const Context& context, const Rgba& color, int size) {
+  constexpr double kCenter = 12.6 / 16;
+  constexpr double kRadius = 3.3 / 16;
+  constexpr double kGap = 1.0 / 16;
+  const auto circle = [&context, size](double radius) {
+    context->arc(kCenter * size, kCenter * size, radius * size, 0, 2 * std::numbers::pi);
+    context->fill();
+  };
+  context->set_operator(Cairo::OPERATOR_CLEAR);
+  circle(kRadius + kGap);
+  context->set_operator(Cairo::OPERATOR_OVER);
+  context->set_source_rgba(color.red, color.green, color.blue, color.alpha);
+  circle(kRadius);
+}
+
 TrayPixmap drawn(const Image& image, const std::string& applicationIcon, const Rgba& color,
-                 int size) {
+                 bool needsAttention, int size) {
   const auto surface = Cairo::ImageSurface::create(Cairo::FORMAT_ARGB32, size, size);
   const Context context = Cairo::Context::create(surface);
   const double scale = size / std::max(image.width, image.height);
@@ -83,8 +100,9 @@ TrayPixmap drawn(const Image& image, const std::string& applicationIcon, const R
     context->set_operator(Cairo::OPERATOR_IN);
     context->set_source_rgba(color.red, color.green, color.blue, color.alpha);
     context->paint();
-    drawEdge(context, surface, color, size);
   }
+  if (needsAttention) drawDot(context, color, size);
+  if (image.isTemplate) drawEdge(context, surface, color, size);
   surface->flush();
 
   // Cairo's words are alpha first in memory order of this machine, and premultiplied; a tray takes
@@ -110,10 +128,12 @@ TrayPixmap drawn(const Image& image, const std::string& applicationIcon, const R
 }  // namespace
 
 std::vector<TrayPixmap> trayPixmaps(const Image& image, const std::string& applicationIcon,
-                                    const Rgba& color) {
+                                    const Rgba& color, bool needsAttention) {
   std::vector<TrayPixmap> pixmaps;
   try {
-    for (const int size : kSizes) pixmaps.push_back(drawn(image, applicationIcon, color, size));
+    for (const int size : kSizes) {
+      pixmaps.push_back(drawn(image, applicationIcon, color, needsAttention, size));
+    }
   } catch (const Glib::Error& error) {
     logWarning(std::string("the status icon cannot be drawn: ") + error.what().c_str());
     pixmaps.clear();

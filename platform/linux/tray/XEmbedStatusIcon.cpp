@@ -29,6 +29,11 @@ XEmbedStatusIcon::~XEmbedStatusIcon() {
   gtk_status_icon_set_visible(icon_.get(), FALSE);
 }
 
+void XEmbedStatusIcon::setIcon(const std::string& name) {
+  if (name == gtk_status_icon_get_icon_name(icon_.get())) return;
+  gtk_status_icon_set_from_icon_name(icon_.get(), name.c_str());
+}
+
 void XEmbedStatusIcon::setToolTip(const std::string& text) {
   gtk_status_icon_set_tooltip_text(icon_.get(), text.c_str());
 }

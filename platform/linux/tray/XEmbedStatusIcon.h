@@ -19,6 +19,7 @@ class XEmbedStatusIcon {
   XEmbedStatusIcon(const XEmbedStatusIcon&) = delete;
   XEmbedStatusIcon& operator=(const XEmbedStatusIcon&) = delete;
 
+  void setIcon(const std::string& name);
   void setToolTip(const std::string& text);
   // Whether any program on this display runs such a tray.
   [[nodiscard]] static bool hasTray();
