@@ -4,7 +4,6 @@ import os
 import pathlib
 import re
 import resource
-import subprocess
 import threading
 
 TICKS = os.sysconf("SC_CLK_TCK")
@@ -14,12 +13,11 @@ def below(process):
     """A process and its descendants."""
     family = [process]
     for one in family:
-        family += map(
-            int,
-            subprocess.run(
-                ["pgrep", "-P", str(one)], capture_output=True, text=True, check=False
-            ).stdout.split(),
-        )
+        for children in pathlib.Path(f"/proc/{one}/task").glob("*/children"):
+            try:
+                family += map(int, children.read_text().split())
+            except (FileNotFoundError, ProcessLookupError):
+                continue
     return family
 
 
@@ -64,11 +62,11 @@ def wake_ups(process):
 
 
 class PeakMemory:
-    """The most memory, in MB, that a process and all below it hold together while this runs."""
+    """The most memory, in MB, that processes and all below them hold together while this runs."""
 
-    def __init__(self, process):
+    def __init__(self, *processes):
         self.largest = 0
-        self._process = process
+        self._processes = processes
         self._over = threading.Event()
         self._thread = threading.Thread(target=self._watch)
         self._thread.start()
@@ -79,5 +77,6 @@ class PeakMemory:
         return self.largest
 
     def _watch(self):
-        while not self._over.wait(0.1):
-            self.largest = max(self.largest, sum(map(memory_of, below(self._process))) / 1000)
+        while not self._over.wait(0.3):
+            held = {one for process in self._processes for one in below(process)}
+            self.largest = max(self.largest, sum(map(memory_of, held)) / 1000)

@@ -150,13 +150,27 @@ function argumentsOf(takes, given) {
  */
 export const invoke = (method, args) => channel.invokeMethod(method, args);
 
+/** A call of the host, with the arguments as its detail. It counts as handled after all that it was
+ *  told to wait for. */
+export class HostEvent extends CustomEvent {
+  /** @type {Promise<unknown>[]} */
+  handling = [];
+
+  /** @param {Promise<unknown>} handling */
+  waitUntil(handling) {
+    this.handling.push(handling);
+  }
+}
+
 /** The host's events: “sharedEntries”, “filesDropped”, “dragActiveChanged” and
- *  “discoveryRecoveryRequested”, each a CustomEvent with the arguments as its detail. Those that
- *  came before listenToPlatform are delivered by it. */
+ *  “discoveryRecoveryRequested”, each a HostEvent. Those that came before listenToPlatform are
+ *  delivered by it. */
 export const platformEvents = new EventTarget();
 
 export function listenToPlatform() {
   channel.setMethodCallHandler((method, detail) => {
-    platformEvents.dispatchEvent(new CustomEvent(method, { detail }));
+    const event = new HostEvent(method, { detail });
+    platformEvents.dispatchEvent(event);
+    return Promise.all(event.handling);
   });
 }

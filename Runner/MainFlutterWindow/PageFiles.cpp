@@ -59,6 +59,12 @@ Reach PageFiles::toChange(const Path& path) {
   return std::move(*own);
 }
 
+void PageFiles::publish(const Path& path, const std::string& relativePath, Published done) {
+  received_.publishFile(
+      {.path = path, .name = relativePath, .relativePath = relativePath, .isReadable = isOwn(path)},
+      std::move(done));
+}
+
 bool PageFiles::isOwn(const Path& path) const {
   const auto named = plain(path);
   const auto own = named ? inOwnFolder(*named) : std::nullopt;

@@ -18,11 +18,12 @@ class PageFiles final : public platform::FileAccess {
   using Path = std::filesystem::path;
 
   // `own` are its folders beside the scratch area. Borrows the rest.
-  PageFiles(std::vector<Path> own, const ReceiveFolder& received, const PickedFiles& picked)
+  PageFiles(std::vector<Path> own, ReceiveFolder& received, const PickedFiles& picked)
       : own_(std::move(own)), received_(received), picked_(picked) {}
 
   [[nodiscard]] platform::Reach toRead(const Path& path) override;
   [[nodiscard]] platform::Reach toChange(const Path& path) override;
+  void publish(const Path& path, const std::string& relativePath, Published done) override;
   // Whether the path is of something that the UI may change, with no link on the way.
   [[nodiscard]] bool isOwn(const Path& path) const;
 
@@ -31,7 +32,7 @@ class PageFiles final : public platform::FileAccess {
   [[noreturn]] void refuse(const Path& path, const char* why);
 
   std::vector<Path> own_;
-  const ReceiveFolder& received_;
+  ReceiveFolder& received_;
   const PickedFiles& picked_;
   std::set<std::string> logged_;
 };

@@ -25,8 +25,9 @@ std::int64_t milliseconds(const timespec& time) {
 class Source {
  public:
   explicit Source(const OutgoingPart& part) : part_(part) {
+    if (const auto* refused = std::get_if<FileError>(&part.source)) throw FileError(*refused);
     const auto* reach = std::get_if<Reach>(&part.source);
-    if (reach == nullptr) return;
+    if (reach == nullptr || part.size == 0) return;
     file_ = Place(*reach).openToRead();
     // Doubles what the system reads ahead.
     ::posix_fadvise(file_.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
@@ -100,6 +101,7 @@ std::vector<PartFailure> OutgoingContent::send(const std::vector<OutgoingPart>& 
 
 void OutgoingContent::sendPart(const OutgoingPart& part, const std::atomic<bool>& isCanceled) {
   Source source(part);
+  if (part.size == 0) return source.expectUnchanged();
   std::uint64_t offset = part.offset;
   do {
     if (isCanceled) throw SystemError("send the content", ECANCELED);

@@ -18,8 +18,9 @@ class OutgoingContent {
   // Throws SystemError or PlatformError, as send() below.
   void sendControl(std::uint8_t type, const Bytes& body);
 
-  // Sends the parts in as few records as they fit in, and returns those that were not sent whole.
-  // Throws where the connection fails, and ECANCELED once `isCanceled`, within a record's time.
+  // Sends the parts in as few records as they fit in, nothing of empty ones, and returns those that
+  // were not sent whole. Throws where the connection fails, and ECANCELED once `isCanceled`, within
+  // a record's time.
   [[nodiscard]] std::vector<PartFailure> send(const std::vector<OutgoingPart>& parts,
                                               const std::atomic<bool>& isCanceled);
 

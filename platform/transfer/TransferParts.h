@@ -15,10 +15,11 @@ namespace brevanholt::platform {
 template <class T>
 using Outcome = std::variant<T, SystemError>;
 
-// What is to be sent of an entry: the rest of a file from an offset on, or of bytes at hand.
+// What is to be sent of an entry: the rest of a file from an offset on, or of bytes at hand. A file
+// that may not be used has the error instead.
 struct OutgoingPart {
   std::uint32_t entry = 0;
-  std::variant<Reach, Bytes> source;
+  std::variant<Reach, Bytes, FileError> source;
   std::uint64_t offset = 0;
   std::uint64_t size = 0;     // of the whole entry
   std::int64_t modified = 0;  // of the file, in milliseconds since 1970

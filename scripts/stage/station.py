@@ -147,6 +147,10 @@ class Station:
             / 1000
         )
 
+    def longest_pause(self):
+        """How long its page has answered nothing at most since this was asked before, in ms."""
+        return self._orders.give({"pause": True})["pause"]
+
     def text(self):
         """All that the window says."""
         return self._orders.give({})["text"]

@@ -1,10 +1,36 @@
 // Reads values of the standard message codec.
 
 import { CodecError, SIZE_16, SIZE_32, TAG } from './codec.js';
+import { Slices } from './slices.js';
 
 const MAXIMUM_DEPTH = 128;
 
+/** Bytes of the keys of maps that are kept as they were last read: the same few come again and
+ *  again. */
+const SHORT_KEY = 32;
+const KEYS_KEPT = 256;
+
 const textDecoder = new TextDecoder('utf-8', { fatal: true, ignoreBOM: true });
+
+/** By a hash of their bytes. @type {({ bytes: Uint8Array, text: string } | undefined)[]} */
+const readKeys = new Array(KEYS_KEPT);
+
+/** @param {Uint8Array} bytes */
+function keyOfBytes(bytes) {
+  if (bytes.length > SHORT_KEY) return textDecoder.decode(bytes);
+  let hash = bytes.length;
+  for (let at = 0; at < bytes.length; ++at) hash = (hash * 31 + bytes[at]) | 0;
+  const place = hash & (KEYS_KEPT - 1);
+  const kept = readKeys[place];
+  if (kept?.bytes.length === bytes.length) {
+    let at = 0;
+    while (at < bytes.length && bytes[at] === kept.bytes[at]) ++at;
+    if (at === bytes.length) return kept.text;
+  }
+  const text = textDecoder.decode(bytes);
+  readKeys[place] = { bytes: bytes.slice(), text };
+  return text;
+}
 
 /** Reads values out of a message; byte lists are views of it. */
 export class Reader {
@@ -53,12 +79,31 @@ export class Reader {
       case TAG.float64List:
         return this.#readNumbers(Float64Array);
       case TAG.list:
-        return this.#nested(() => this.#readList());
+        return this.#readList();
       case TAG.map:
-        return this.#nested(() => this.#readMap());
+        return this.#readMap();
       default:
         throw new CodecError(`There is no type ${tag}.`);
     }
+  }
+
+  /**
+   * A value; where it is a long list, with pauses in which the page does other things.
+   * @returns {Promise<unknown>}
+   */
+  async readValueInSlices() {
+    if (this.#message[this.#position] !== TAG.list) return this.readValue();
+    ++this.#position;
+    const size = this.#enter('list', 1);
+    /** @type {unknown[]} */
+    const list = [];
+    const slices = new Slices();
+    while (list.length < size) {
+      list.push(this.readValue());
+      if (slices.isOver) await slices.next();
+    }
+    --this.#depth;
+    return list;
   }
 
   expectEnd() {
@@ -98,35 +143,50 @@ export class Reader {
   }
 
   #readList() {
-    const size = this.#readSize();
-    if (size > this.#remaining()) throw new CodecError('A list is cut short.');
+    const size = this.#enter('list', 1);
     const list = [];
     for (let index = 0; index < size; ++index) list.push(this.readValue());
+    --this.#depth;
     return list;
   }
 
+  /** An object while all keys are strings. */
   #readMap() {
-    const size = this.#readSize();
-    if (size > this.#remaining() / 2) throw new CodecError('A map is cut short.');
-    /** @type {[unknown, unknown][]} */
-    const entries = [];
-    for (let index = 0; index < size; ++index) entries.push([this.readValue(), this.readValue()]);
-    if (!entries.every(([key]) => typeof key === 'string')) return new Map(entries);
+    const size = this.#enter('map', 2);
     const object = Object.create(null);
-    for (const [key, value] of entries) object[/** @type {string} */ (key)] = value;
+    for (let index = 0; index < size; ++index) {
+      if (this.#message[this.#position] !== TAG.string) {
+        return this.#readMapOn(new Map(Object.entries(object)), size - index);
+      }
+      ++this.#position;
+      const key = keyOfBytes(this.#readBytes());
+      object[key] = this.readValue();
+    }
+    --this.#depth;
     return object;
   }
 
   /**
-   * @template T
-   * @param {() => T} read
+   * @param {Map<unknown, unknown>} map
+   * @param {number} count of entries that follow
    */
-  #nested(read) {
+  #readMapOn(map, count) {
+    for (let index = 0; index < count; ++index) map.set(this.readValue(), this.readValue());
+    --this.#depth;
+    return map;
+  }
+
+  /**
+   * Begins a list or a map, and returns its size.
+   * @param {string} what
+   * @param {number} least bytes of an entry
+   */
+  #enter(what, least) {
+    const size = this.#readSize();
+    if (size > this.#remaining() / least) throw new CodecError(`A ${what} is cut short.`);
     if (++this.#depth > MAXIMUM_DEPTH)
       throw new CodecError('Lists and maps are nested too deeply.');
-    const value = read();
-    --this.#depth;
-    return value;
+    return size;
   }
 
   #remaining() {

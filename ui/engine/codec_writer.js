@@ -5,7 +5,24 @@ import { CodecError, Float64, SIZE_16, SIZE_32, TAG } from './codec.js';
 // From this size on, a byte list is sent as it stands instead of being copied.
 const SHARED_BYTES = 4096;
 
+/** Bytes of the keys of maps that are kept as they were last written: the same few come again and
+ *  again. */
+const SHORT_KEY = 32;
+const KEYS_KEPT = 256;
+
 const textEncoder = new TextEncoder();
+
+/** @type {Map<string, Uint8Array>} */
+const writtenKeys = new Map();
+
+/** @param {string} key */
+function bytesOfKey(key) {
+  const kept = writtenKeys.get(key);
+  if (kept) return kept;
+  const bytes = textEncoder.encode(key);
+  if (bytes.length <= SHORT_KEY && writtenKeys.size < KEYS_KEPT) writtenKeys.set(key, bytes);
+  return bytes;
+}
 
 /** Writes values into a list of byte arrays. */
 export class Writer {
@@ -78,7 +95,13 @@ export class Writer {
   /** @param {string} value */
   #writeString(value) {
     this.writeByte(TAG.string);
-    this.#writeSizedBytes(textEncoder.encode(value));
+    const most = 3 * value.length; // a UTF-16 unit takes three bytes at most
+    if (most >= SIZE_16) return this.#writeSizedBytes(textEncoder.encode(value));
+    this.#reserve(1 + most);
+    const room = this.#buffer.subarray(this.#length + 1, this.#length + 1 + most);
+    const { written } = textEncoder.encodeInto(value, room);
+    this.#buffer[this.#length] = written;
+    this.#length += 1 + written;
   }
 
   /** @param {object} value */
@@ -109,7 +132,12 @@ export class Writer {
     this.writeByte(TAG.map);
     this.#writeSize(entries.length);
     for (const [key, value] of entries) {
-      this.writeValue(key);
+      if (typeof key === 'string') {
+        this.writeByte(TAG.string);
+        this.#writeSizedBytes(bytesOfKey(key));
+      } else {
+        this.writeValue(key);
+      }
       this.writeValue(value);
     }
   }

@@ -74,16 +74,30 @@ export function space(path) {
 
 /**
  * Resolves when whole files would outlast a power cut, each with a modification time (in milliseconds
- * since 1970) and with the permissions of a file that this user makes.
- * @param {{ path: string, modified: number }[]} files
+ * since 1970) and with the permissions of a file that this user makes. One that is new is made, empty.
+ * @param {{ path: string, modified: number, isNew: boolean }[]} files
  * @returns {Promise<(MethodError | null)[]>} why each could not be saved, or null
  */
 export async function settle(files) {
   const failures = await channel.invokeMethod('settle', { files });
-  return failures.map((/** @type {[string, string, string] | null} */ failure) =>
+  return failures.map((/** @type {Failure | null} */ failure) =>
     failure ? new MethodError(...failure) : null,
   );
 }
+
+/**
+ * Moves files into the receive folder, each under a free name at its path there.
+ * @param {{ path: string, relativePath: string }[]} files
+ * @returns {Promise<(string | MethodError)[]>} where each is, once that outlasts a power cut, or why not
+ */
+export async function publish(files) {
+  const places = await channel.invokeMethod('publish', { files });
+  return places.map((/** @type {Failure | string} */ place) =>
+    typeof place === 'string' ? place : new MethodError(...place),
+  );
+}
+
+/** @typedef {[string, string, string]} Failure */
 
 /** One open file. */
 export class EngineFile {

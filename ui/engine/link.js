@@ -21,7 +21,7 @@ const textDecoder = new TextDecoder();
 
 /** @type {Map<number, (message: Uint8Array) => void>} */
 const waitingForReply = new Map();
-/** @type {Map<string, (message: Uint8Array) => void>} */
+/** @type {Map<string, (message: Uint8Array) => unknown>} */
 const listeners = new Map();
 let lastNumber = 0;
 
@@ -60,11 +60,11 @@ function receiveFrame(frame) {
     resolve?.(message);
   } else if (kind === KIND_MESSAGE) {
     const channel = textDecoder.decode(frame.subarray(HEADER, HEADER + nameLength));
-    try {
-      listeners.get(channel)?.(message);
-    } finally {
-      if (number) sendFrame(KIND_REPLY, '', number, []); // the host asked when it is handled
-    }
+    // The host may ask when it is handled.
+    const handled = () => number && sendFrame(KIND_REPLY, '', number, []);
+    new Promise((resolve) => resolve(listeners.get(channel)?.(message)))
+      .catch(console.error)
+      .then(handled);
   }
 }
 
@@ -93,9 +93,10 @@ export function sendMessage(channel, parts) {
 }
 
 /**
- * Sets the one listener of a channel. The host keeps what it sends until there is one.
+ * Sets the one listener of a channel. The host keeps what it sends until there is one. A message counts
+ * as handled once what the listener returns has resolved.
  * @param {string} channel
- * @param {(message: Uint8Array) => void} listener
+ * @param {(message: Uint8Array) => unknown} listener
  */
 export function listen(channel, listener) {
   const isFirst = !listeners.has(channel);

@@ -5,6 +5,9 @@ import { Reader } from './codec_reader.js';
 import { Writer } from './codec_writer.js';
 import { listen, sendMessage } from './link.js';
 
+/** Bytes of a message that is read in one go. */
+const LARGE = 64 << 10;
+
 /** The host answered a call with an error. */
 export class MethodError extends Error {
   /**
@@ -46,6 +49,34 @@ function decodeReply(reply) {
   throw new MethodError(code, message, reader.readValue());
 }
 
+/** @param {Reader} reader */
+function methodIn(reader) {
+  const method = reader.readValue();
+  if (typeof method !== 'string') throw new CodecError('A call does not begin with a name.');
+  return method;
+}
+
+/**
+ * @param {Uint8Array} message
+ * @param {(method: string, args: any) => unknown} handler
+ */
+function called(message, handler) {
+  const reader = new Reader(message);
+  return handler(methodIn(reader), reader.readValue());
+}
+
+/**
+ * @param {Uint8Array} message
+ * @param {(method: string, args: any) => unknown} handler
+ * @returns {Promise<{ handled: unknown }>} once the handler was called
+ */
+async function calledInSlices(message, handler) {
+  const reader = new Reader(message);
+  const method = methodIn(reader);
+  const args = await reader.readValueInSlices();
+  return { handled: handler(method, args) };
+}
+
 export class MethodChannel {
   #name;
 
@@ -70,15 +101,20 @@ export class MethodChannel {
   }
 
   /**
-   * Hears the host's calls of methods of the UI. What came before is delivered first.
-   * @param {(method: string, args: any) => void} handler
+   * Hears the host's calls of methods of the UI, one after the other. What came before is delivered
+   * first. A call counts as handled once what the handler returns has resolved.
+   * @param {(method: string, args: any) => unknown} handler
    */
   setMethodCallHandler(handler) {
+    let waiting = 0;
+    /** @type {Promise<unknown>} */
+    let before = Promise.resolve();
     listen(this.#name, (message) => {
-      const reader = new Reader(message);
-      const method = reader.readValue();
-      if (typeof method !== 'string') throw new CodecError('A call does not begin with a name.');
-      handler(method, reader.readValue());
+      if (waiting === 0 && message.length < LARGE) return called(message, handler);
+      ++waiting;
+      const turn = before.then(() => calledInSlices(message, handler));
+      before = turn.catch(() => {}).then(() => --waiting);
+      return turn.then(({ handled }) => handled);
     });
   }
 }

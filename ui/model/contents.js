@@ -25,6 +25,55 @@ export const isNode = isRecord({
 /** @param {string} name */
 const shownName = (name) => shortened(plainName(name), NAME_CLUSTERS);
 
+/** @param {Named} item */
+const placeOf = ({ name, relativePath }) => relativePath || name;
+
+/** A tree of folders and files as it is made, with room for so many nodes. */
+class Tree {
+  #room = MOST;
+  /** @type {Node[]} */
+  nodes = [];
+  /** Of all at the top. */
+  count = 0;
+  /** By path: the folder after those that it lies in. @type {Map<string, Node[]>} */
+  #folders = new Map([['', []]]);
+
+  /**
+   * @param {Node | undefined} above
+   * @param {() => Node} make
+   */
+  put(above, make) {
+    if (!above) ++this.count;
+    if (this.#room > 0) (above?.children ?? this.nodes).push(make());
+    else if (above) above.hidden = (above.hidden ?? 0) + 1;
+    --this.#room;
+  }
+
+  /**
+   * The folder at a path, after those that it lies in; made where it is not there.
+   * @param {string} path
+   * @returns {Node[]}
+   */
+  folder(path) {
+    const known = this.#folders.get(path);
+    if (known) return known;
+    const cut = path.lastIndexOf('/');
+    const above = this.folder(path.slice(0, Math.max(0, cut)));
+    /** @type {Node} */
+    const folder = {
+      name: shownName(path.slice(cut + 1)),
+      kind: 'directory',
+      size: 0,
+      fileCount: 0,
+      children: [],
+    };
+    this.put(above[above.length - 1], () => folder);
+    const folders = [...above, folder];
+    this.#folders.set(path, folders);
+    return folders;
+  }
+}
+
 /**
  * The tree of some items. A path below a folder stands for that folder, whether or not the folder has
  * an entry of its own.
@@ -32,56 +81,51 @@ const shownName = (name) => shortened(plainName(name), NAME_CLUSTERS);
  * @returns {{ nodes: Node[], count: number }} `count`: of all at the top
  */
 export function contentsOf(items) {
-  let room = MOST;
-  let count = 0;
-  /** @type {Node[]} */
-  const nodes = [];
-  /** @type {Map<string, Node>} */
-  const folders = new Map();
-
-  /**
-   * @param {Node | undefined} above
-   * @param {Node} node
-   */
-  const put = (above, node) => {
-    const siblings = above?.children ?? nodes;
-    if (!above) ++count;
-    if (room > 0) siblings.push(node);
-    else if (above) above.hidden = (above.hidden ?? 0) + 1;
-    --room;
-  };
-  for (const { kind, name, relativePath, size = 0 } of items) {
-    const pieces = (relativePath || name).split('/');
-    const leaf = kind === 'directory' ? null : pieces.pop();
-    /** @type {Node | undefined} */
-    let above;
-    let path = '';
-    for (const piece of pieces) {
-      path += `/${piece}`;
-      let folder = folders.get(path);
-      if (!folder) {
-        folder = {
-          name: shownName(piece),
-          kind: 'directory',
-          size: 0,
-          fileCount: 0,
-          children: [],
-        };
-        folders.set(path, folder);
-        put(above, folder);
-      }
-      if (leaf) {
-        folder.size += size;
-        ++folder.fileCount;
-      }
-      above = folder;
+  const tree = new Tree();
+  /** Files mostly come folder by folder. @type {Node[]} */
+  let folders = [];
+  let path = '';
+  for (const item of items) {
+    const place = placeOf(item);
+    if (item.kind === 'directory') {
+      tree.folder(place);
+      continue;
     }
-    if (leaf) {
-      const shown = kind === 'text' ? words('item.text') : shownName(leaf);
-      put(above, { name: shown, kind: /** @type {Node['kind']} */ (kind), size, fileCount: 1 });
+    const { kind, size = 0 } = item;
+    const cut = Math.max(0, place.lastIndexOf('/'));
+    if (cut !== path.length || !place.startsWith(path)) {
+      path = place.slice(0, cut);
+      folders = tree.folder(path);
     }
+    for (const folder of folders) {
+      folder.size += size;
+      ++folder.fileCount;
+    }
+    tree.put(folders[folders.length - 1], () => ({
+      name: kind === 'text' ? words('item.text') : shownName(place.slice(cut === 0 ? 0 : cut + 1)),
+      kind: /** @type {Node['kind']} */ (kind),
+      size,
+      fileCount: 1,
+    }));
   }
-  return { nodes, count };
+  return { nodes: tree.nodes, count: tree.count };
+}
+
+/**
+ * How many things are at the top of a tree.
+ * @param {Named[]} items
+ */
+export function countAtTop(items) {
+  const folders = new Set();
+  let files = 0;
+  for (const item of items) {
+    const place = placeOf(item);
+    const cut = place.indexOf('/');
+    if (cut > 0) folders.add(place.slice(0, cut));
+    else if (item.kind === 'directory') folders.add(place);
+    else ++files;
+  }
+  return folders.size + files;
 }
 
 /**

@@ -1,6 +1,7 @@
 // Runs transfers, each to its end: sends to a device, and answers those that call.
 
 import { space } from '../engine/files.js';
+import { mappedInSlices } from '../engine/slices.js';
 import { hex } from '../protocol/bytes.js';
 import { TransferError } from '../protocol/errors.js';
 import { beforeLong, greet, introduce } from '../protocol/introduction.js';
@@ -8,7 +9,6 @@ import { totalSize } from '../protocol/manifest.js';
 import { receiveAll, receiveOffer } from '../protocol/receive.js';
 import {
   discardScratch,
-  manifestDigest,
   pauseScratch,
   scratchFolder,
   scratchName,
@@ -24,7 +24,6 @@ import { endedBy, failureFields, renamedSentence } from './outcomes.js';
 import { QuestionGate } from './question_gate.js';
 import { Questions } from './questions.js';
 import { keepReceivedText } from './received.js';
-import { mappedInSlices } from './slices.js';
 
 /** Ends after which nobody goes on. */
 const DISCARDS = new Set([
@@ -67,14 +66,19 @@ export class Courier {
    */
   send({ id, items, number }, connect) {
     return this.#run(id, async () => {
-      const { entries, failures, renamed } = await outgoing(items);
-      if (entries.length === 0) throw new TransferError(failures[0]?.code ?? 'unreadable');
+      // Looking at many files takes as long as the handshake.
+      const connecting = connect();
+      const { entries, failures, renamed } = await outgoing(items).catch((error) => {
+        connecting.then(({ conversation }) => conversation.close('cancelled')).catch(() => {});
+        throw error;
+      });
       const bytesTotal = totalSize(entries);
       const files = fileCount(entries) + failures.length;
       const note = renamedSentence(renamed);
       this.#transfers.change(id, { fileCount: files, bytesTotal, note });
-      const { conversation, session } = await connect();
+      const { conversation, session } = await connecting;
       await this.#hold(id, conversation);
+      if (entries.length === 0) throw new TransferError(failures[0]?.code ?? 'unreadable');
       if (!(await greet(conversation, session, this.#trust))) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
@@ -123,7 +127,7 @@ export class Courier {
       if (!isKnown) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
-      const { transfer, entries: offered } = await receiveOffer(conversation);
+      const { transfer, manifest, entries: offered } = await receiveOffer(conversation);
       // What is saved has the names that are shown.
       const entries = await mappedInSlices(offered, (entry) => ({
         ...entry,
@@ -133,7 +137,7 @@ export class Courier {
       const { result, bytesTotal } = await this.#receiveFrom(
         id,
         conversation,
-        entries,
+        { manifest, entries },
         scratch,
         (bytes) => isKnown && this.#trust.acceptsUnasked(peer.id, peer.key, bytes),
         endQuestion,
@@ -158,17 +162,16 @@ export class Courier {
    * Asks the person, and receives.
    * @param {string} id
    * @param {Conversation} conversation
-   * @param {import('../protocol/manifest.js').Entry[]} entries
+   * @param {Pick<import('../protocol/receive.js').Offer, 'manifest' | 'entries'>} offer
    * @param {TransferScratch} scratch
    * @param {(bytes: number) => boolean} mayComeIn whether so much is accepted without a question
    * @param {() => void} onAnswered
    */
-  async #receiveFrom(id, conversation, entries, scratch, mayComeIn, onAnswered) {
+  async #receiveFrom(id, conversation, { manifest, entries }, scratch, mayComeIn, onAnswered) {
     const items = entries.map(({ kind, path, size }) => ({ kind, name: path, size }));
     const bytesTotal = totalSize(entries);
     const files = fileCount(entries);
     this.#transfers.change(id, { ...contentFields(items), fileCount: files, bytesTotal });
-    const manifest = await manifestDigest(entries);
     // The sender is silent until it is answered, so what comes first is its end or the content.
     const first = conversation.arrival();
     first.catch(() => {});

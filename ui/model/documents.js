@@ -5,15 +5,21 @@
 // overwritten, and counts as damaged.
 
 import { list, move, remove, replace } from '../engine/files.js';
-import { jsonBytes, textOf } from '../protocol/bytes.js';
+import { Slices } from '../engine/slices.js';
+import { joined, jsonBytes, textOf, utf8 } from '../protocol/bytes.js';
 import { words } from '../text/words.js';
 import { readWhole } from './whole_file.js';
 
 const VERSION = 1;
 const LARGEST = 64 << 20;
+/** Entries of a list that are made JSON at once. */
+const PART = 500;
 
 /** What `replace` leaves beside a document when the program is killed while it writes. */
-const TEMPORARY = /^\.[a-z-]+\.json\.[0-9A-Fa-f-]{36}$/;
+const TEMPORARY = /^\.[a-z0-9-]+\.json\.[0-9A-Fa-f-]{36}$/;
+
+/** What is written of a document that is removed. */
+const REMOVED = Symbol('removed');
 
 export class Documents {
   #folder;
@@ -82,11 +88,27 @@ export class Documents {
     return this.#writing;
   }
 
-  /** Removes what interrupted writes left. */
-  async sweep() {
+  /**
+   * Removes the document, after what was saved before.
+   * @param {string} name
+   * @returns {Promise<void>}
+   */
+  remove(name) {
+    return this.save(name, REMOVED);
+  }
+
+  /**
+   * Removes what interrupted writes left.
+   * @param {(name: string) => boolean} [isUnneeded] whether a document is to go as well
+   */
+  async sweep(isUnneeded = () => false) {
     if (this.#missing) return;
     const names = await list(this.#folder).catch(() => []);
-    const left = names.filter((name) => TEMPORARY.test(name));
+    const left = names.filter(
+      (name) =>
+        TEMPORARY.test(name) ||
+        (name.endsWith('.json') && isUnneeded(name.slice(0, -'.json'.length))),
+    );
     await Promise.all(left.map((name) => remove(`${this.#folder}/${name}`).catch(() => {})));
   }
 
@@ -95,7 +117,8 @@ export class Documents {
     if (!this.#waiting.has(name)) return;
     const content = this.#waiting.get(name);
     this.#waiting.delete(name);
-    await replace(this.#pathOf(name), jsonBytes({ version: VERSION, content }));
+    if (content === REMOVED) return remove(this.#pathOf(name));
+    await replace(this.#pathOf(name), await bytesOf(content));
   }
 
   /** @param {string} name */
@@ -113,4 +136,20 @@ export class Documents {
   #pathOf(name) {
     return `${this.#folder}/${name}.json`;
   }
+}
+
+/**
+ * A document's bytes; those of a long list are made in slices.
+ * @param {unknown} content
+ */
+async function bytesOf(content) {
+  if (!Array.isArray(content)) return jsonBytes({ version: VERSION, content });
+  const slices = new Slices();
+  const parts = [utf8(`{"version":${VERSION},"content":[`)];
+  for (let at = 0; at < content.length; at += PART) {
+    const text = JSON.stringify(content.slice(at, at + PART)).slice(1, -1);
+    parts.push(utf8(at === 0 ? text : `,${text}`));
+    if (slices.isOver) await slices.next();
+  }
+  return joined(...parts, utf8(']}'));
 }

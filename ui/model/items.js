@@ -1,12 +1,13 @@
 // What a person chose, and what that is to the other side.
 
 import { describe } from '../engine/files.js';
+import { mappedInSlices, Slices } from '../engine/slices.js';
 import { utf8 } from '../protocol/bytes.js';
 import { TransferError } from '../protocol/errors.js';
 import { Limit } from '../protocol/limits.js';
 import { totalSize } from '../protocol/manifest.js';
 import { ReceivablePaths } from '../protocol/receivable_names.js';
-import { isCount, isMissingOr, isOneOf, isRecord, isText } from './schema.js';
+import { isCount, isMissingOr, isOneOf, isText } from './schema.js';
 
 /** Files that are looked at at once. */
 const AT_ONCE = 1000;
@@ -23,7 +24,6 @@ export const ITEM_FIELDS = {
   relativePath: isMissingOr(isText),
   text: isMissingOr(isText),
 };
-export const isItem = isRecord(ITEM_FIELDS);
 
 /**
  * An item as a picker, a drop or a share describes it; what is missing is looked up when it is sent.
@@ -69,11 +69,13 @@ export async function outgoing(items) {
   const offer = { entries: [], failures: [], renamed: [] };
   const paths = new ReceivablePaths();
   const folders = new Set();
+  let next = outgoingsOf(items, 0);
   for (let at = 0; at < items.length; at += AT_ONCE) {
-    const some = items.slice(at, at + AT_ONCE);
-    const found = await outgoingsOf(some);
-    for (const [next, item] of some.entries()) {
-      const one = found[next];
+    const found = await next;
+    // The host looks at the next ones meanwhile.
+    next = outgoingsOf(items, at + AT_ONCE);
+    for (const [number, one] of found.entries()) {
+      const item = items[at + number];
       const path = one.kind === 'text' ? item.name : paths.take(placeOf(item), one.kind ?? '');
       if (one.kind === null || path === null) {
         offer.failures.push({ item, code: one.kind === null ? 'unreadable' : 'unreceivable' });
@@ -94,12 +96,15 @@ export async function outgoing(items) {
 }
 
 /**
- * What items are now.
+ * What the next items are now.
  * @param {Item[]} items
+ * @param {number} from
  */
-async function outgoingsOf(items) {
-  const found = await describe(items.map(({ path }) => path));
-  return items.map((item, at) => outgoingOf(item, found[at]));
+async function outgoingsOf(items, from) {
+  const some = items.slice(from, from + AT_ONCE);
+  if (some.length === 0) return [];
+  const found = await describe(some.map(({ path }) => path));
+  return some.map((item, at) => outgoingOf(item, found[at]));
 }
 
 /**
@@ -124,24 +129,26 @@ function outgoingOf(item, found) {
  * What makes an item another one: where it is, where it goes, and what it says.
  * @param {Item} item
  */
-const identityOf = (item) => JSON.stringify([item.path, placeOf(item), item.text]);
+const identityOf = (item) => `${item.path}\0${placeOf(item)}\0${item.text ?? ''}`;
 
 /**
  * The items that are not among others yet, each once.
  * @param {Item[]} items
  * @param {Item[]} others
- * @returns {{ added: Item[], repeated: Item[] }}
+ * @returns {Promise<{ added: Item[], repeated: Item[] }>}
  */
-export function withoutRepeats(items, others) {
-  const known = new Set(others.map(identityOf));
+export async function withoutRepeats(items, others) {
+  const known = new Set(await mappedInSlices(others, identityOf));
   /** @type {Item[]} */
   const added = [];
   /** @type {Item[]} */
   const repeated = [];
+  const slices = new Slices();
   for (const item of items) {
     const identity = identityOf(item);
     (known.has(identity) ? repeated : added).push(item);
     known.add(identity);
+    if (slices.isOver) await slices.next();
   }
   return { added, repeated };
 }
@@ -199,9 +206,11 @@ const foldersAbove = (path) =>
  * @param {Item[]} needed
  */
 export function releasablePaths(items, needed) {
-  const kept = new Set(pathsOf(needed));
+  const paths = pathsOf(items);
+  if (needed.length === 0) return paths;
+  const kept = new Set(needed.map(({ path }) => path));
   const keptShares = new Set([...kept].map(shareOf).filter(Boolean));
-  return pathsOf(items).filter(
+  return paths.filter(
     (path) =>
       !kept.has(path) &&
       !keptShares.has(shareOf(path)) &&
@@ -210,7 +219,13 @@ export function releasablePaths(items, needed) {
 }
 
 /**
- * The paths that the host keeps open for these items.
+ * The paths that the host keeps open for these items: of a folder, what is in it has none of its own.
  * @param {Item[]} items
  */
-export const pathsOf = (items) => items.map(({ path }) => path).filter((path) => path !== '');
+export function pathsOf(items) {
+  const folders = new Set();
+  for (const { kind, path } of items) if (kind === 'directory') folders.add(path);
+  return items
+    .map(({ path }) => path)
+    .filter((path) => path !== '' && !folders.has(path.slice(0, path.lastIndexOf('/'))));
+}

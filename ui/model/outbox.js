@@ -1,5 +1,6 @@
 // What is to be sent next. It is on the disk before it is shown, so that what the window has survives.
 
+import { mappedInSlices } from '../engine/slices.js';
 import { platform } from '../platform.js';
 import { words } from '../text/words.js';
 import {
@@ -55,13 +56,27 @@ export class Outbox extends EventTarget {
    * @returns {Promise<Item[]>} those that it had
    */
   async add(entries) {
-    const { added, repeated } = withoutRepeats(entries.map(itemOf), this.#latest);
-    if (added.length === 0) return repeated;
-    await this.#replace([...this.#latest, ...added]);
+    const { added, repeated, saved } = await this.#append(await mappedInSlices(entries, itemOf));
+    await saved;
     // Pickers and drops do not say how large files are.
     const measures = await measured(added);
     if (measures.size > 0) await this.#replace(this.#latest.map((one) => measures.get(one) ?? one));
     return repeated;
+  }
+
+  /**
+   * Appends what is not there yet.
+   * @param {Item[]} items
+   * @returns {Promise<{ added: Item[], repeated: Item[], saved: Promise<void> }>}
+   */
+  async #append(items) {
+    for (;;) {
+      const before = this.#latest;
+      const { added, repeated } = await withoutRepeats(items, before);
+      if (this.#latest !== before) continue;
+      const saved = added.length > 0 ? this.#replace([...before, ...added]) : Promise.resolve();
+      return { added, repeated, saved };
+    }
   }
 
   /** @param {string} text */
@@ -70,8 +85,10 @@ export class Outbox extends EventTarget {
   }
 
   /** @param {Item[]} items */
-  putBack(items) {
-    return this.#replace([...this.#latest, ...withoutRepeats(items, this.#latest).added]);
+  async putBack(items) {
+    await (
+      await this.#append(items)
+    ).saved;
   }
 
   /**

@@ -27,7 +27,6 @@ export async function startApplication() {
   ]);
   const isIdentified = identity instanceof Uint8Array;
   const key = isIdentified ? identity : new Uint8Array();
-  await documents.sweep();
   const id = await deviceId(documents, key);
   await sweepScratchArea(Date.now()).catch((error) => console.warn(error));
   const [trust, transfers, settings, outbox] = await Promise.all([
@@ -89,19 +88,20 @@ function damageText({ damaged, missing }) {
 
 /** @param {Application} application */
 function listen(application) {
-  const on = (/** @type {string} */ name, /** @type {(detail: any) => void} */ hear) =>
-    platformEvents.addEventListener(name, (event) =>
-      hear(/** @type {CustomEvent} */ (event).detail),
-    );
+  const on = (/** @type {string} */ name, /** @type {(detail: any) => unknown} */ hear) =>
+    platformEvents.addEventListener(name, (event) => {
+      const host = /** @type {import('../platform.js').HostEvent} */ (event);
+      const handling = (async () => hear(host.detail))();
+      // The host keeps what was handed in until this application has saved it.
+      host.waitUntil(handling.catch((error) => console.error(error)));
+    });
   const take = (/** @type {any} */ entries) => {
-    if (Array.isArray(entries))
-      application.choosing.add(entries).catch((error) => console.error(error));
+    if (Array.isArray(entries)) return application.choosing.add(entries);
   };
   on('sharedEntries', take);
   on('filesDropped', (entries) => {
     application.dropping.over(false);
-    if (Array.isArray(entries))
-      application.dropping.take(entries).catch((error) => console.error(error));
+    if (Array.isArray(entries)) return application.dropping.take(entries);
   });
   on('dragActiveChanged', (isActive) => application.dropping.over(isActive === true));
   on('discoveryRecoveryRequested', () => application.recover());

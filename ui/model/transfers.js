@@ -3,7 +3,6 @@
 import { hex, randomBytes } from '../protocol/bytes.js';
 import { words } from '../text/words.js';
 import { isContents, nameOfContents, topOf } from './contents.js';
-import { isItem } from './items.js';
 import { Progress } from './progress.js';
 import {
   fittingEntries,
@@ -16,7 +15,8 @@ import {
   isSentence,
   isText,
 } from './schema.js';
-import { hasEnded, TRANSFER_STATES } from './transfer_states.js';
+import { SentItems } from './sent_items.js';
+import { canRetry, hasEnded, TRANSFER_STATES } from './transfer_states.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
 
@@ -26,7 +26,8 @@ const INTERVAL = 100;
 /** How often transfers are looked at that may have stalled. */
 const WATCH = 500;
 
-/** What is kept of a transfer. Rates are not: an earlier run's transfers have ended. */
+/** What is kept of a transfer, beside what it sends. Rates are not: an earlier run's transfers have
+ *  ended. */
 const FIELDS = {
   id: isText,
   direction: isOneOf(['send', 'receive']),
@@ -38,7 +39,6 @@ const FIELDS = {
   fileCount: isCount,
   bytesTotal: isCount,
   bytesDone: isCount,
-  items: isListOf(isItem),
   locations: isListOf(isText),
   text: isNullOr(isText),
   textLocation: isMissingOr(isText),
@@ -65,6 +65,7 @@ const OVER = {
 /** Dispatches “change”, ten times a second at most. */
 export class Transfers extends EventTarget {
   #documents;
+  #sentItems;
   /** @type {Transfer[]} newest first */
   #list;
   /** @type {Map<string, Progress>} */
@@ -78,10 +79,12 @@ export class Transfers extends EventTarget {
   /**
    * @param {import('./documents.js').Documents} documents
    * @param {Transfer[]} list
+   * @param {SentItems} [sentItems]
    */
-  constructor(documents, list) {
+  constructor(documents, list, sentItems = new SentItems(documents)) {
     super();
     this.#documents = documents;
+    this.#sentItems = sentItems;
     this.#list = list;
   }
 
@@ -90,18 +93,18 @@ export class Transfers extends EventTarget {
     const stored = await documents.load(DOCUMENT, (content) =>
       fittingEntries(DOCUMENT, content, FIELDS),
     );
-    const list = (stored ?? [])
-      .slice(0, MOST)
-      .map((transfer) => ({ contents: [], itemCount: 0, ...transfer, ...OVER }))
-      .map(inThisLanguage);
-    return new Transfers(
-      documents,
-      list.map((transfer) =>
-        hasEnded(transfer)
-          ? transfer
-          : { ...transfer, state: 'failed', message: { key: 'end.interrupted' } },
-      ),
-    );
+    const sentItems = new SentItems(documents);
+    const list = [];
+    for (const transfer of (stored ?? []).slice(0, MOST)) {
+      const items =
+        canRetry(transfer) || !hasEnded(transfer) ? await sentItems.load(transfer.id) : [];
+      const one = inThisLanguage({ contents: [], itemCount: 0, ...transfer, ...OVER, items });
+      list.push(
+        hasEnded(one) ? one : { ...one, state: 'failed', message: { key: 'end.interrupted' } },
+      );
+    }
+    await documents.sweep((name) => sentItems.isUnneeded(name));
+    return new Transfers(documents, list, sentItems);
   }
 
   /** Unfinished first, then the recent ones, newest first each. */
@@ -221,7 +224,12 @@ export class Transfers extends EventTarget {
     this.#list = list.filter((one) => !surplus.has(one));
     this.#tell();
     if (!isLasting) return;
-    const kept = this.#list.map((one) => ({ ...one, contents: topOf(one.contents) }));
+    this.#sentItems.save(this.#list);
+    const kept = this.#list.map((one) => ({
+      ...one,
+      contents: topOf(one.contents),
+      items: undefined,
+    }));
     this.#documents.save(DOCUMENT, kept).catch(() => {});
   }
 

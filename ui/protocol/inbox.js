@@ -2,7 +2,7 @@
 // whole and the sender has said that it is as it was offered. What fails concerns one file only, but
 // for a full disk.
 
-import { settle } from '../engine/files.js';
+import { publish, settle } from '../engine/files.js';
 import { platform } from '../platform.js';
 import { textOf } from './bytes.js';
 import { TransferError } from './errors.js';
@@ -10,16 +10,18 @@ import { TransferError } from './errors.js';
 /** Entries that the host is told of at once. */
 const EXPECTED = 500;
 /** Files that are put into place together, and how many such groups at once. */
-const GROUP = 128;
+const GROUP = 256;
 const GROUPS = 2;
 /** Folders that are put into place at once. */
-const AT_ONCE = 16;
+const AT_ONCE = 100;
 
 /** @typedef {import('./manifest.js').Entry} Entry */
 /** @typedef {import('./scratch_area.js').TransferScratch} TransferScratch */
 /** @typedef {import('./scratch_area.js').Had} Had */
 /** @typedef {import('../engine/transfers.js').IncomingPart} IncomingPart */
 /** @typedef {{ index: number, code: string, isTold?: boolean }} Failure */
+/** A file of which all is there, and where unless it is empty.
+ *  @typedef {{ index: number, path: string | undefined }} Whole */
 
 export class Inbox {
   #entries;
@@ -31,7 +33,8 @@ export class Inbox {
   #unexpected = [];
   /** Entries that the sender has not spoken of yet. @type {Set<number>} */
   #coming = new Set();
-  /** Those that are whole, texts with their content. @type {Map<number, Uint8Array | null>} */
+  /** Those that are whole and not empty, texts with their content.
+   *  @type {Map<number, Uint8Array | null>} */
   #whole = new Map();
   /** Where the content of entries is on its way. @type {Map<number, string>} */
   #paths = new Map();
@@ -61,7 +64,7 @@ export class Inbox {
       const isInPlace = this.#had.get(index)?.digest === null;
       if (kind === 'directory' || isInPlace) continue;
       this.#coming.add(index);
-      this.#unexpected.push(index);
+      if (entries[index].size > 0) this.#unexpected.push(index);
     }
     this.#unexpected.reverse();
   }
@@ -106,13 +109,11 @@ export class Inbox {
     const group = [];
     for (const index of this.#coming) {
       if (index > upTo) break;
-      if (!this.#whole.has(index) && !this.#failures.has(index)) {
-        throw new TransferError('not-understood');
-      }
-      const text = this.#whole.get(index);
-      const isFile = this.#whole.has(index) && this.#entries[index].kind === 'file';
-      if (isFile) group.push({ index, path: this.#paths.get(index) ?? '' });
-      else if (this.#whole.has(index)) this.#texts.push(textOf(text ?? new Uint8Array(0)));
+      const { kind, size } = this.#entries[index];
+      const isWhole = size === 0 || this.#whole.has(index);
+      if (!isWhole && !this.#failures.has(index)) throw new TransferError('not-understood');
+      if (isWhole && kind === 'file') group.push({ index, path: this.#paths.get(index) });
+      else if (isWhole) this.#texts.push(textOf(this.#whole.get(index) ?? new Uint8Array(0)));
       this.#forget(index);
       if (group.length === GROUP) await this.#finish(group.splice(0));
     }
@@ -165,43 +166,57 @@ export class Inbox {
 
   /**
    * Begins to put files into place, and resolves when there is room for more.
-   * @param {{ index: number, path: string }[]} group
+   * @param {Whole[]} group
    */
   async #finish(group) {
     const finishing = this.#place(group).finally(() => this.#finishing.delete(finishing));
     this.#finishing.add(finishing);
-    while (this.#finishing.size >= GROUPS) await Promise.race(this.#finishing);
+    // One group is written to the disk while another is moved. Without content there is nothing to
+    // write, and both would only wait for the folder's lock.
+    const most = group.every(({ path }) => path === undefined) ? 1 : GROUPS;
+    while (this.#finishing.size >= most) await Promise.race(this.#finishing);
   }
 
-  /** @param {{ index: number, path: string }[]} group */
+  /** @param {Whole[]} group */
   async #place(group) {
     try {
-      const files = group.map(({ index, path }) => ({
-        path,
-        modified: this.#entries[index].modified,
-      }));
-      const errors = await settle(files);
-      const settled = group.filter(({ index }, at) => {
-        if (errors[at]) this.#fail(index, errors[at]);
-        return !errors[at];
-      });
+      const files = await Promise.all(group.map((one) => this.#settling(one)));
+      const unsettled = await settle(files);
+      const settled = group
+        .map(({ index }, at) => ({ index, path: files[at].path }))
+        .filter(({ index }, at) => !this.#hasFailed(index, unsettled[at]));
       await this.#scratch.markWhole(settled.map(({ index }) => this.#entries[index]));
-      await Promise.all(settled.map((one) => this.#publish(one)));
+      const published = await publish(
+        settled.map(({ index, path }) => ({ path, relativePath: this.#entries[index].path })),
+      );
+      for (const [at, { index }] of settled.entries()) {
+        const place = published[at];
+        if (typeof place === 'string') this.#located(this.#entries[index], place);
+        else this.#fail(index, place);
+      }
     } catch (error) {
       for (const { index } of group) this.#fail(index, error);
     }
   }
 
-  /** @param {{ index: number, path: string }} file */
-  async #publish({ index, path }) {
+  /**
+   * What is to be on the disk of a whole file; one without content was not made yet.
+   * @param {Whole} whole
+   */
+  async #settling({ index, path }) {
     const entry = this.#entries[index];
-    const relativePath = entry.path;
-    const name = relativePath.slice(relativePath.lastIndexOf('/') + 1);
-    try {
-      this.#located(entry, await platform.publishReceivedFile({ path, name, relativePath }));
-    } catch (error) {
-      this.#fail(index, error);
-    }
+    const { modified } = entry;
+    if (path !== undefined) return { path, modified, isNew: false };
+    return { path: await this.#scratch.partFor(entry, 0), modified, isNew: true };
+  }
+
+  /**
+   * @param {number} index
+   * @param {any} error null for none
+   */
+  #hasFailed(index, error) {
+    if (error) this.#fail(index, error);
+    return error !== null;
   }
 
   /**
@@ -219,12 +234,13 @@ export class Inbox {
    * @param {string} location
    */
   #located({ path }, location) {
+    const top = path.slice(0, path.indexOf('/'));
+    if (path.includes('/') && this.#locations.has(top)) return;
     let place = location;
     for (let rest = path; rest.includes('/'); rest = rest.slice(0, rest.lastIndexOf('/'))) {
       place = folderOf(place);
     }
-    const isTop = place === location;
-    this.#locations.set(isTop ? location : path.slice(0, path.indexOf('/')), place);
+    this.#locations.set(place === location ? location : top, place);
   }
 
   async #createDirectories() {

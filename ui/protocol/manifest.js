@@ -2,7 +2,7 @@
 // modification time. It travels in several records, so that neither side has to take in a hundred
 // thousand entries at once.
 
-import { jsonBytes, textOf, utf8 } from './bytes.js';
+import { hex, joined, sha256, textOf, utf8 } from './bytes.js';
 import { TransferError } from './errors.js';
 import { Limit } from './limits.js';
 import { isReceivable } from './receivable_names.js';
@@ -47,10 +47,13 @@ export class ManifestReader {
   #bytes = 0;
   #total = 0;
   #texts = 0;
+  /** @type {Promise<Uint8Array>[]} */
+  #digests = [];
 
   /** @param {Uint8Array} body of the next record */
   add(body) {
     this.#bytes += body.length;
+    this.#digests.push(sha256(body));
     const listed = listIn(body);
     const count = this.#entries.length + listed.length;
     if (this.#bytes > Limit.manifestBytes || count > Limit.entries) throw notUnderstood();
@@ -62,7 +65,12 @@ export class ManifestReader {
     if (this.#entries.length === 0) throw notUnderstood();
     /** @type {Set<string>} */
     const folders = new Set();
+    let last = '';
     for (const { path } of this.#entries) {
+      // Files mostly come folder by folder.
+      const cut = Math.max(0, path.lastIndexOf('/'));
+      if (cut === last.length && path.startsWith(last)) continue;
+      last = path.slice(0, cut);
       for (let at = path.lastIndexOf('/'); at > 0; at = path.lastIndexOf('/', at - 1)) {
         const folder = path.slice(0, at);
         if (folders.has(folder)) break;
@@ -71,6 +79,11 @@ export class ManifestReader {
       }
     }
     return this.#entries;
+  }
+
+  /** By which an offer is recognised that was accepted before. */
+  async digest() {
+    return hex(await sha256(joined(...(await Promise.all(this.#digests)))));
   }
 
   /** @param {Entry} entry */
@@ -86,13 +99,6 @@ export class ManifestReader {
 
 /** @param {{ size: number }[]} entries */
 export const totalSize = (entries) => entries.reduce((sum, { size }) => sum + size, 0);
-
-/**
- * What is offered of an entry, as bytes by which the same offer is recognised.
- * @param {Entry} entry
- */
-export const entryBytes = ({ kind, path, size, modified }) =>
-  jsonBytes([kind, path, size, modified]);
 
 const notUnderstood = () => new TransferError('not-understood');
 

@@ -14,7 +14,8 @@ const TRANSFER = /^[0-9a-f]{32}$/;
 /** @typedef {import('./manifest.js').Entry} Entry */
 /** @typedef {import('./conversation.js').Conversation} Conversation */
 /** @typedef {import('./scratch_area.js').TransferScratch} TransferScratch */
-/** `transfer`: the sender's number of it. @typedef {{ transfer: string, entries: Entry[] }} Offer */
+/** `transfer`: the sender's number of it. `manifest`: by which the same entries are recognised.
+ *  @typedef {{ transfer: string, manifest: string, entries: Entry[] }} Offer */
 
 /**
  * @param {Conversation} conversation
@@ -29,7 +30,7 @@ export async function receiveOffer(conversation) {
     } else if (type === Type.offered) {
       const { transfer } = contentOf(body);
       if (!TRANSFER.test(transfer)) throw new TransferError('not-understood');
-      return { transfer, entries: manifest.finish() };
+      return { transfer, manifest: await manifest.digest(), entries: manifest.finish() };
     } else {
       throw new TransferError('not-understood');
     }

@@ -10,7 +10,7 @@ import { manifestRecords, totalSize } from './manifest.js';
 /** Batches that the host has at once, so that it never waits for the page. */
 const IN_FLIGHT = 3;
 /** Files in a batch, and bytes of the last of which it ends. */
-const BATCH = 256;
+const BATCH = 512;
 const BATCH_BYTES = 16 << 20;
 
 /** @typedef {import('./manifest.js').Entry & { source: string, text?: string }} Outgoing */

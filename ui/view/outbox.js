@@ -5,7 +5,7 @@ import { button, iconButton } from './controls.js';
 import { element, keepingFocus, region, setAttribute, setShown, setText } from './dom.js';
 import { excerpt, isolated, plainName, shortened } from '../text/foreign_text.js';
 import { sizeText } from '../text/format.js';
-import { contentsOf } from '../model/contents.js';
+import { countAtTop } from '../model/contents.js';
 import { icon, iconOf, nothingYet } from './icons.js';
 import { KeyedList } from './keyed_list.js';
 import { showPreview } from './preview.js';
@@ -36,8 +36,9 @@ function rowsOf(outbox) {
   /** @type {Map<string, { size: number, fileCount: number }>} */
   const sums = new Map();
   for (const { relativePath, size, kind } of outbox) {
-    const folder = relativePath?.split('/')[0];
-    if (!folder) continue;
+    if (!relativePath) continue;
+    const cut = relativePath.indexOf('/');
+    const folder = cut < 0 ? relativePath : relativePath.slice(0, cut);
     const sum = sums.get(folder) ?? { size: 0, fileCount: 0 };
     sum.size += size;
     if (kind === 'file') ++sum.fileCount;
@@ -142,7 +143,7 @@ export function outboxView(application, notices) {
       for (const part of [rows, sum]) setShown(part, outbox.length > 0);
       setShown(nothing, outbox.length === 0);
       const size = outbox.reduce((bytes, item) => bytes + item.size, 0);
-      const items = words('count.items', { count: contentsOf(outbox).count });
+      const items = words('count.items', { count: countAtTop(outbox) });
       setText(total, words('send.sum', { items, size: sizeText(size) }));
     });
   application.addEventListener('outbox', update);

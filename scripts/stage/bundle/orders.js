@@ -1,7 +1,7 @@
 // Orders of a test, one after another: each line that it writes into the file `orders` is one in JSON;
 // what came of it goes into the file `done-` with its number. A page that was loaded again goes on.
 
-import { EngineFile, stat } from './engine/files.js';
+import { EngineFile, replace, stat } from './engine/files.js';
 
 /** @param {string} path */
 async function readText(path) {
@@ -10,13 +10,6 @@ async function readText(path) {
   const text = new TextDecoder().decode(await file.read(0, 1 << 20));
   await file.close();
   return text;
-}
-
-/** @param {string} path @param {string} text */
-async function writeText(path, text) {
-  const file = await EngineFile.create(path);
-  await file.write(0, new TextEncoder().encode(text));
-  await file.close();
 }
 
 /**
@@ -30,7 +23,7 @@ export async function followOrders(folder, follow) {
     const lines = (await readText(`${folder}/orders`)).split('\n').slice(0, -1);
     for (; done < lines.length; ++done) {
       const outcome = await follow(JSON.parse(lines[done]));
-      await writeText(`${folder}/done-${done}`, JSON.stringify(outcome));
+      await replace(`${folder}/done-${done}`, new TextEncoder().encode(JSON.stringify(outcome)));
     }
     await new Promise((resolve) => setTimeout(resolve, 50));
   }

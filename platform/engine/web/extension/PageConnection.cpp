@@ -116,6 +116,7 @@ void PageConnection::writeQueued() {
     });
     return;
   }
+  if (outgoing_.capacity() > kBufferSize) outgoing_ = {};
   outgoing_.clear();
   written_ = 0;
 }

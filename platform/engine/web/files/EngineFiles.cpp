@@ -1,5 +1,6 @@
 #include "platform/engine/web/files/EngineFiles.h"
 
+#include "platform/engine/web/files/Publishing.h"
 #include "platform/engine/web/link/EngineArguments.h"
 
 namespace brevanholt::platform {
@@ -10,6 +11,7 @@ EngineFiles::EngineFiles(BinaryMessenger& messenger, MainQueue& mainQueue)
     if (call.method == "settle") {
       return settling_.perform(call, access_, std::move(result));
     }
+    if (call.method == "publish") return publishFiles(call, access_, std::move(result));
     if (call.method == "describe") {
       return describing_.perform(call, access_, std::move(result));
     }

@@ -92,14 +92,17 @@ void flushFile(int descriptor) {
   if (::fdatasync(descriptor) != 0) throw FileError("save", "the file", errno);
 }
 
-void settleFile(const Reach& reach, std::int64_t modified) {
-  const FileDescriptor file = Place(reach).openToWrite();
-  const timespec times[] = {{0, UTIME_OMIT}, timeOf(modified)};
+void settleFile(const WholeFile& whole) {
+  const Place place(whole.reach);
+  const FileDescriptor file =
+      whole.isNew ? place.open(O_WRONLY | O_CREAT | O_EXCL, 0666) : place.openToWrite();
+  const timespec times[] = {{0, UTIME_OMIT}, timeOf(whole.modified)};
+  if (whole.isNew && ::futimens(file.get(), times) == 0) return;
   struct stat information {};
   if (::futimens(file.get(), times) != 0 || ::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
       ::fstat(file.get(), &information) != 0 ||
       (information.st_size > 0 && ::fsync(file.get()) != 0)) {
-    throw FileError("save", reach.path(), errno);
+    throw FileError("save", place.path(), errno);
   }
 }
 

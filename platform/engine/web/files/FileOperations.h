@@ -22,10 +22,16 @@ namespace brevanholt::platform {
 void writeAt(int descriptor, std::int64_t offset, const Bytes& bytes);
 void flushFile(int descriptor);
 
-// Flushes a file that is whole, gives it a modification time (milliseconds since 1970) and the
-// permissions of a file that this user makes (0666 less the umask). An empty file has nothing to
-// flush but its name, which its folder's flush saves.
-void settleFile(const Reach& reach, std::int64_t modified);
+struct WholeFile {
+  Reach reach;
+  std::int64_t modified = 0;  // milliseconds since 1970
+  bool isNew = false;         // then it is made, empty
+};
+
+// Flushes a file that is whole, gives it its modification time and the permissions of a file that
+// this user makes (0666 less the umask). An empty file has nothing to flush but its name, which its
+// folder's flush saves.
+void settleFile(const WholeFile& whole);
 
 // What this user may still write to the file system of a folder, in bytes.
 [[nodiscard]] std::int64_t freeSpace(const Place& folder);

@@ -11,42 +11,63 @@
 namespace brevanholt::platform {
 namespace {
 
-// One call on its way: each file's task writes its own outcome, the last one answers.
+// Files that one task settles. New ones have nothing to flush, and only one thread at a time can
+// make a file in a folder.
+struct Range {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
+std::vector<Range> tasksOf(const std::vector<WholeFile>& files) {
+  std::vector<Range> tasks;
+  for (std::size_t at = 0; at < files.size(); ++at) {
+    const bool isJoined = at > 0 && files[at].isNew && files[at - 1].isNew;
+    if (isJoined) ++tasks.back().end;
+    if (!isJoined) tasks.push_back({at, at + 1});
+  }
+  return tasks;
+}
+
+// One call on its way: each task writes its files' outcomes, the last one answers.
 struct Round {
-  Round(MethodResult owed, std::size_t count)
-      : result(std::move(owed)), outcomes(count), left(count) {}
+  Round(MethodResult owed, std::vector<WholeFile> whole, std::size_t tasks)
+      : result(std::move(owed)), files(std::move(whole)), outcomes(files.size()), left(tasks) {}
+
+  void settle(const Range& range) {
+    for (std::size_t at = range.begin; at < range.end; ++at) {
+      try {
+        settleFile(files[at]);
+      } catch (const std::exception& error) {
+        outcomes[at] = failureValue("file_error", error);
+      }
+    }
+  }
 
   MethodResult result;
+  std::vector<WholeFile> files;
   List outcomes;
   std::atomic<std::size_t> left;
 };
 
-Value settled(const Reach& reach, std::int64_t modified) {
-  try {
-    settleFile(reach, modified);
-    return {};
-  } catch (const std::exception& error) {
-    MethodError failure = engineError("file_error", error);
-    return List{std::move(failure.code), std::move(failure.message), std::move(failure.details)};
-  }
-}
-
 }  // namespace
 
 void Settling::perform(const MethodCall& call, FileAccess* access, MethodResult result) {
-  std::vector<std::pair<Reach, std::int64_t>> files;
+  std::vector<WholeFile> files;
   try {
     for (const Value& one : listIn(argumentsOf(call), "files")) {
-      files.emplace_back(changeableIn(mapIn(one), access), sizeIn(mapIn(one), "modified"));
+      const Map& file = mapIn(one);
+      files.push_back(
+          {changeableIn(file, access), sizeIn(file, "modified"), flagIn(file, "isNew")});
     }
   } catch (const std::exception& error) {
     return std::move(result).error(engineError("file_error", error));
   }
   if (files.empty()) return std::move(result).success(List());
-  const auto round = std::make_shared<Round>(std::move(result), files.size());
-  for (std::size_t at = 0; at < files.size(); ++at) {
-    workers_.async([round, &mainQueue = mainQueue_, at, file = std::move(files[at])] {
-      round->outcomes[at] = settled(file.first, file.second);
+  const std::vector<Range> tasks = tasksOf(files);
+  const auto round = std::make_shared<Round>(std::move(result), std::move(files), tasks.size());
+  for (const Range& task : tasks) {
+    workers_.async([round, &mainQueue = mainQueue_, task] {
+      round->settle(task);
       if (--round->left > 0) return;
       mainQueue.post([round] { std::move(round->result).success(std::move(round->outcomes)); });
     });

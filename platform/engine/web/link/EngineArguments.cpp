@@ -90,4 +90,9 @@ MethodError engineError(const char* code, const std::exception& error) {
   return {code, error.what(), name != nullptr ? Value(name) : Value()};
 }
 
+Value failureValue(const char* code, const std::exception& error) {
+  MethodError failure = engineError(code, error);
+  return List{std::move(failure.code), std::move(failure.message), std::move(failure.details)};
+}
+
 }  // namespace brevanholt::platform

@@ -36,5 +36,7 @@ namespace brevanholt::platform {
 // The reply to a failure, with the name of the system's error ("ENOSPC") as details where there is
 // one.
 [[nodiscard]] MethodError engineError(const char* code, const std::exception& error);
+// The same as a value, [code, text, the error's name], for what is one of many in a call.
+[[nodiscard]] Value failureValue(const char* code, const std::exception& error);
 
 }  // namespace brevanholt::platform

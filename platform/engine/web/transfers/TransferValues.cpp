@@ -2,6 +2,7 @@
 
 #include "platform/engine/web/link/EngineArguments.h"
 
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
@@ -29,6 +30,15 @@ std::pair<std::uint64_t, std::uint64_t> extentIn(const Map& part) {
   return {static_cast<std::uint64_t>(offset), static_cast<std::uint64_t>(size)};
 }
 
+std::variant<Reach, Bytes, FileError> sourceIn(const Map& part, FileAccess* access) {
+  if (!hasPath(part)) return bytesIn(part);
+  try {
+    return readableIn(part, access);
+  } catch (const PlatformError&) {
+    return FileError("use", textIn(part, "path"), EACCES);  // the others are sent
+  }
+}
+
 template <class Part, class F>
 std::vector<Part> partsIn(const Map& arguments, F partOf) {
   const List& list = listIn(arguments, "parts");
@@ -43,11 +53,8 @@ std::vector<Part> partsIn(const Map& arguments, F partOf) {
 std::vector<OutgoingPart> outgoingPartsIn(const Map& arguments, FileAccess* access) {
   return partsIn<OutgoingPart>(arguments, [access](const Map& part) {
     const auto [offset, size] = extentIn(part);
-    if (hasPath(part)) {
-      return OutgoingPart{entryIn(part), readableIn(part, access), offset, size,
-                          sizeIn(part, "modified")};
-    }
-    return OutgoingPart{entryIn(part), bytesIn(part), offset, size, 0};
+    return OutgoingPart{entryIn(part), sourceIn(part, access), offset, size,
+                        hasPath(part) ? sizeIn(part, "modified") : 0};
   });
 }
 

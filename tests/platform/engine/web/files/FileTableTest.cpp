@@ -20,6 +20,10 @@ struct OneFolder final : FileAccess {
     return {.root = root, .below = below == "." || below == "./" ? "" : below};
   }
   Reach toChange(const std::filesystem::path& path) override { return toRead(path); }
+  void publish(const std::filesystem::path& path, const std::string& relativePath,
+               Published done) override {
+    done(path.parent_path() / relativePath);
+  }
 
   std::filesystem::path root;
 };
@@ -62,7 +66,9 @@ class FileTableTest : public testing::Test {
   std::vector<std::string> settle(const std::vector<std::string>& paths) {
     List files;
     for (const std::string& path : paths) {
-      files.push_back(Map{{"path", path}, {"modified", std::int64_t{1'600'000'000'123}}});
+      files.push_back(Map{{"path", path},
+                          {"modified", std::int64_t{1'600'000'000'123}},
+                          {"isNew", path.ends_with("/new")}});
     }
     std::optional<Reply> found;
     Settling(queue_).perform({"settle", Map{{"files", std::move(files)}}}, &access_,
@@ -133,8 +139,9 @@ TEST_F(FileTableTest, GoesOnWithAFileAndSettlesIt) {
 
   const auto file = handle("edit", path);
   EXPECT_EQ(write(file, 0, "whole"), Reply(Value()));
-  EXPECT_THAT(settle({path, folder_ / "link", folder_ / "none"}),
-              testing::ElementsAre("saved", "ELOOP", "ENOENT"));
+  EXPECT_THAT(settle({path, folder_ / "link", folder_ / "none", folder_ / "new"}),
+              testing::ElementsAre("saved", "ELOOP", "ENOENT", "saved"));
+  EXPECT_EQ(readFile(folder_ / "new"), "");
   const Reply found = at("stat", path);
   EXPECT_EQ(std::get<Value>(found).getIf<Map>()->find("modified")->integer(), 1'600'000'000'123);
   const mode_t mask = ::umask(0);
