@@ -1,6 +1,7 @@
 #include "platform/linux/PageServices.h"
 
 #include "platform/engine/web/link/EngineArguments.h"
+#include "platform/foundation/Log.h"
 #include "platform/foundation/Utf8.h"
 #include "platform/linux/session/PersonLocale.h"
 
@@ -10,6 +11,9 @@
 
 namespace brevanholt::platform {
 namespace {
+
+constexpr std::size_t kMostLogged = 100;
+constexpr std::size_t kLongestLogged = 500;
 
 Value localeValue() {
   const PersonLocale locale = PersonLocale::ofThisProcess();
@@ -66,6 +70,11 @@ void PageServices::answerPage() {
   does("askToClose", [this](const Map&) { access_.window.gtk().close(); });
   does("closeWindow", [this](const Map&) { access_.window.closeToBackground(); });
   does("paste", [this](const Map&) { access_.application.shareClipboard(); });
+  does("log", [this](const Map& arguments) {
+    if (logged_++ < kMostLogged) {
+      logWarning("the user interface: " + textIn(arguments, "text").substr(0, kLongestLogged));
+    }
+  });
   does("setNeedsAttention", [this](const Map& arguments) {
     access_.statusItem.setNeedsAttention(flagIn(arguments, "needs"));
   });

@@ -42,6 +42,7 @@ class PageServices {
   bool prefersDarkAnyway_;  // by the person's own settings of GTK
   DesktopAppearance appearance_;
   bool hasAskedBeforeClosing_ = false;
+  std::size_t logged_ = 0;
 };
 
 }  // namespace brevanholt::platform

@@ -4,7 +4,7 @@
 const READ_BY_PEOPLE = /(?:^|[\s“„(])\p{Lu}\p{Ll}{2,}|\p{L}{2,}[,.]? \p{L}{2,}/u;
 
 /** What is for other programs, or for whoever reads the code. */
-const EXEMPT_CALLS = new Set(['digest', 'querySelector', 'setAttribute']);
+const EXEMPT_CALLS = new Set(['digest', 'logWarning', 'querySelector', 'setAttribute']);
 const EXEMPT_ERRORS = new Set(['TypeError', 'RangeError']);
 const EXEMPT_CONSTANTS = new Set(['CONTROLS', 'TEXT_NAME', 'TYPES']);
 const EXEMPT_PROPERTIES = new Set(['class', 'receiveFolder']);

@@ -5,12 +5,12 @@ import { equal } from './harness.js';
 import { anna, answers, bob, calls, conversations, eve, failure, shaken } from './people.js';
 import { pipe, tappedPipe } from './pipe.js';
 import { platform } from './platform.js';
-import { equalBytes, hex, jsonBytes, randomBytes, utf8 } from './protocol/bytes.js';
+import { equalBytes, hex, jsonBytes, randomBytes, unhex, utf8 } from './protocol/bytes.js';
 import { Type } from './protocol/conversation.js';
 import { lastingKey } from './protocol/endpoint.js';
 import { probe } from './protocol/handshake.js';
 import { greet, introduce } from './protocol/introduction.js';
-import { agreedWithLasting, connectionKey } from './protocol/key_schedule.js';
+import { agreed, agreedWithLasting, connectionKey, KeySchedule } from './protocol/key_schedule.js';
 import { Limit } from './protocol/limits.js';
 import { Trust } from './model/trust.js';
 
@@ -39,6 +39,49 @@ export const protocolChecks = {
     const [caller, callee] = pipe();
     callee.write(jsonBytes({ brevanholt: 2, share: hex(noPoint) }));
     equal(await failure(probe(caller, lastingKey)), 'not-understood');
+  },
+
+  // Made with the functions of tests/endtoend/peer.py, for the private keys 0x1111 and 0x2222.
+  async theDerivationGivesWhatPythonsCryptographyGives() {
+    const jwk = {
+      kty: 'EC',
+      crv: 'P-256',
+      x: 'Dcx2SMeKMRjyYShm_oPvGfQDBPYjOZ4SEaEPKz0cBc8',
+      y: 'MOgCdne8uRKUPpn_cRQOqbwkcTvht1wx_0BUckxPnQA',
+      d: `${'A'.repeat(40)}ERE`,
+    };
+    const curve = { name: 'ECDH', namedCurve: 'P-256' };
+    const privateKey = await crypto.subtle.importKey('jwk', jwk, curve, false, ['deriveBits']);
+    const other = unhex(
+      '04a62f048f367359809c2d46c2049d7d7bf268c3c073c472753cb18a24a8ad20b1' +
+        'caccf8104b666795c7f35dac9dc444b3c2c61978198c49859955b99956da5edb',
+      65,
+    );
+    const schedule = await KeySchedule.begin();
+    await schedule.mixHash(utf8('first'));
+    await schedule.mixHash(other);
+    const code = await schedule.code();
+    await schedule.mixKey(await agreed({ privateKey }, other));
+    const sealed = [await schedule.seal(utf8('one')), await schedule.seal(utf8('two'))];
+    await schedule.mixKey(await agreedWithLasting({ privateKey }, other));
+    sealed.push(await schedule.seal(utf8('three')));
+    const keys = await schedule.split();
+    equal(
+      [code, ...sealed.map(hex)],
+      [
+        '683600',
+        '59875932f60a54b07b4fbafa29b60f6ab77460',
+        '377a2656ad72aa174236ed29faaa34817a5ff6',
+        'c1f0ad752420ee7f152590f7ef92d04d5dc29f6a2b',
+      ],
+    );
+    equal(
+      [hex(keys.caller), hex(keys.calleeConfirms)],
+      [
+        '97bc64763a01e1d5fdd12e5e84b8349048db82a82541ce1569091ab2fe7f6ffc',
+        '258b50f1f8c7b7e7d74c997b5bb001312a51458f72988d7bee34d194a97fb821',
+      ],
+    );
   },
 
   async handshakesEndInOneCodeAndFreshKeys() {

@@ -60,6 +60,15 @@ export const setNeedsAttention = (needs) => channel.invokeMethod('setNeedsAttent
 export const setZoom = (percent) => channel.invokeMethod('setZoom', { percent });
 
 /**
+ * Warns on the page's console and in the host's log, which has the first hundred of a run.
+ * @param {string} text without content of the person's
+ */
+export function logWarning(text) {
+  console.warn(text);
+  channel.invokeMethod('log', { text }).catch(() => {});
+}
+
+/**
  * Listens to the engine's events: “appearanceChanged” (Appearance), “dragMoved” (Drag), “dragLeft”,
  * “dropped” (Drag, before the files of the drop), and “closeAsked” where the window is about to
  * be closed and no status icon shows that the program goes on.

@@ -4,6 +4,7 @@
 // are left out and logged. A document that cannot be read as a whole is moved to another name, never
 // overwritten, and counts as damaged.
 
+import { logWarning } from '../engine/application.js';
 import { list, move, remove, replace } from '../engine/files.js';
 import { Slices } from '../engine/slices.js';
 import { joined, jsonBytes, textOf, utf8 } from '../protocol/bytes.js';
@@ -66,7 +67,7 @@ export class Documents {
     } catch (error) {
       await this.#setAside(name);
       const place = this.#damaged.get(name);
-      console.warn(`${name}.json cannot be read (${error}); set aside: ${place ?? 'no'}`);
+      logWarning(`${name}.json cannot be read (${error}); set aside: ${place ?? 'no'}`);
       return null;
     }
   }

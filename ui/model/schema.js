@@ -1,5 +1,6 @@
 // Checks what documents hold, before anything else sees it.
 
+import { logWarning } from '../engine/application.js';
 import { isKey } from '../text/words.js';
 
 /** Whether a value is one that a field may have.
@@ -67,7 +68,7 @@ export function fittingEntries(document, entries, fields) {
   return entries.flatMap((entry, number) => {
     const unfit = unfitField(entry, fields);
     if (unfit === null) return [knownFields(entry, fields)];
-    console.warn(`${document}.json: entry ${number} is left out, because of “${unfit}”.`);
+    logWarning(`${document}.json: entry ${number} is left out, because of “${unfit}”.`);
     return [];
   });
 }
@@ -83,7 +84,7 @@ export function fittingValues(document, object, fields) {
   if (!isObject(object)) throw new TypeError('its content is not an object');
   const fitting = Object.entries(fields).filter(([name, check]) => {
     const fits = check(object[name]);
-    if (!fits) console.warn(`${document}.json: the value of “${name}” is left out.`);
+    if (!fits) logWarning(`${document}.json: the value of “${name}” is left out.`);
     return fits;
   });
   return knownFields(object, Object.fromEntries(fitting));

@@ -103,7 +103,9 @@ export class Transfers extends EventTarget {
         hasEnded(one) ? one : { ...one, state: 'failed', message: { key: 'end.interrupted' } },
       );
     }
-    await documents.sweep((name) => sentItems.isUnneeded(name));
+    // Where the transfers could not be read, what they send is left for whoever mends the document.
+    const isRead = !documents.damaged.has(DOCUMENT);
+    await documents.sweep((name) => isRead && sentItems.isUnneeded(name));
     return new Transfers(documents, list, sentItems);
   }
 
