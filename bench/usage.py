@@ -5,6 +5,7 @@ import pathlib
 import re
 import resource
 import threading
+import time
 
 TICKS = os.sysconf("SC_CLK_TCK")
 
@@ -48,16 +49,31 @@ def memory_of(process):
     return int(re.search(r"^Pss: *(\d+)", rollup, re.MULTILINE)[1])
 
 
-def wake_ups(process):
-    """How often the threads of a process, and of all below it, have waited for something."""
-    total = 0
+def _waits(process):
+    """How often each thread of a process, and of all below it, has waited for something so far."""
+    counts = {}
     for one in below(process):
         for status in pathlib.Path(f"/proc/{one}/task").glob("*/status"):
             try:
                 text = status.read_text()
             except (FileNotFoundError, ProcessLookupError):
                 continue
-            total += int(re.search(r"^voluntary_ctxt_switches:\s*(\d+)", text, re.MULTILINE)[1])
+            waited = re.search(r"^voluntary_ctxt_switches:\s*(\d+)", text, re.MULTILINE)
+            counts[one, status.parent.name] = int(waited[1])
+    return counts
+
+
+def wake_ups(process, seconds):
+    """How often the threads of a process, and of all below it, wait for something in a time. A thread
+    that ends counts as far as it was last seen."""
+    seen = _waits(process)
+    total = 0
+    deadline = time.monotonic() + seconds
+    while time.monotonic() < deadline:
+        time.sleep(0.5)
+        for thread, count in _waits(process).items():
+            total += count - seen.get(thread, 0)
+            seen[thread] = count
     return total
 
 

@@ -94,6 +94,7 @@ export class Transfers extends EventTarget {
       fittingEntries(DOCUMENT, content, FIELDS),
     );
     const sentItems = new SentItems(documents);
+    /** @type {Transfer[]} */
     const list = [];
     for (const transfer of (stored ?? []).slice(0, MOST)) {
       const items =
