@@ -1,4 +1,4 @@
-"""What processes take of the machine: processor time and memory, theirs and that of all below them."""
+"""Processor time and memory of processes and of all their descendants."""
 
 import os
 import pathlib
@@ -41,7 +41,7 @@ def seconds_of_children():
 
 
 def memory_of(process):
-    """Its share of what it holds, in kB."""
+    """Its proportional share of memory (PSS), in kB."""
     try:
         rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
     except (FileNotFoundError, ProcessLookupError):

@@ -1,6 +1,6 @@
-// Feeds changed bytes to what reads them from the network in the page: frames, announcements, the
-// handshake's two sides, manifests and what control records say. A case passes where it ends with a TransferError, or is
-// understood; any other error, or a case that takes long, is a fault. Prints how the cases ended.
+// Feeds changed bytes to the page's parsers of network data: frames, announcements, both sides of the
+// handshake, manifests and control records. A case passes if it ends with a TransferError or is accepted;
+// any other error, or a case that takes long, is a fault. Prints how the cases ended.
 //
 //     node fuzz/protocol_fuzzer.mjs [CASES] [SEED]
 
@@ -143,7 +143,7 @@ const TARGETS = {
   callee: () => handshakeAgainst(sides.caller, (stream) => answers(stream)),
   caller: () => handshakeAgainst(sides.callee, (stream) => calls(stream, anna)),
 };
-/** Handshakes take a hundred times as long, and have a share of their own. */
+/** Handshakes take a hundred times as long, so only some of the cases are handshakes. */
 const SHARES = {
   announcement: 20,
   manifest: 35,

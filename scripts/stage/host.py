@@ -16,7 +16,7 @@ TIME_LIMIT = 60
 
 
 def holds_within(limit, condition):
-    """What a condition gives once it holds, or what it gives when the time is over, in seconds."""
+    """The value of a condition once it holds, or at the end of the limit (in seconds)."""
     deadline = time.monotonic() + limit
     while True:
         result = condition()

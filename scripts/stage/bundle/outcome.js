@@ -1,4 +1,4 @@
-// What a call came to, as data: {value}, {error: [code, message, details]} or {missing: true}.
+// The outcome of a call, as data: {value}, {error: [code, message, details]} or {missing: true}.
 
 import { MethodChannel, MethodError, MissingMethodError } from './engine/method_channel.js';
 
