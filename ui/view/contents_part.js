@@ -3,7 +3,7 @@
 
 import { isolated, plainName } from '../text/foreign_text.js';
 import { sizeText } from '../text/format.js';
-import { words } from '../text/words.js';
+import { sentenceText, words } from '../text/words.js';
 import { needsAnswer } from '../model/transfer_states.js';
 import { button } from './controls.js';
 import { element, setAttribute, setShown, setText } from './dom.js';
@@ -26,9 +26,12 @@ const countOf = ({ itemCount, fileCount }) =>
     : words('count.files', { count: fileCount });
 
 /** Whether there is more to see than the transfer's name. @param {Transfer} transfer */
-export const canBeOpened = ({ contents, itemCount, locations, state }) =>
+export const canBeOpened = ({ contents, itemCount, locations, failures, state }) =>
   state !== 'confirming' &&
-  (itemCount > 1 || locations.length > 1 || Boolean(contents[0]?.children?.length));
+  (itemCount > 1 ||
+    locations.length > 1 ||
+    failures.length > 1 ||
+    Boolean(contents[0]?.children?.length));
 
 /** @param {Node} node */
 function lineOf(node) {
@@ -58,12 +61,30 @@ function tree(nodes, hidden) {
     });
     return element('li', {}, folder);
   });
+  return listOf(rows, hidden);
+}
+
+/**
+ * @param {HTMLElement[]} rows
+ * @param {number} hidden how many more there are
+ */
+function listOf(rows, hidden) {
   const list = element('ul', { role: 'list' }, ...rows);
   if (hidden > 0) {
     list.append(element('li', { class: 'faint' }, words('transfer.notShown', { count: hidden })));
   }
   return list;
 }
+
+/**
+ * The files that did not arrive, each with the reason.
+ * @param {Transfer} transfer
+ */
+const failuresOf = ({ failures, failureCount }) =>
+  listOf(
+    failures.map(({ reason }) => element('li', { dir: 'auto' }, sentenceText(reason))),
+    failureCount - failures.length,
+  );
 
 /**
  * @param {Transfer} transfer
@@ -107,8 +128,8 @@ export function contentsPart(application, attempt) {
   let made = '';
   const fill = () => {
     if (!shown || !whole.open) return;
-    const { contents, itemCount, locations } = shown;
-    const wanted = JSON.stringify([locations, contents, itemCount]);
+    const { contents, itemCount, locations, failures } = shown;
+    const wanted = JSON.stringify([locations, contents, itemCount, failures]);
     if (wanted === made) return;
     made = wanted;
     const list =
@@ -122,7 +143,7 @@ export function contentsPart(application, attempt) {
         ? words('transfer.offered')
         : words('transfer.contentsNamed', { name: isolated(shown.name) }),
     );
-    whole.replaceChildren(summary, list);
+    whole.replaceChildren(summary, ...(failures.length > 1 ? [failuresOf(shown)] : []), list);
   };
   whole.addEventListener('toggle', fill);
   return {
