@@ -162,10 +162,10 @@ export class Transfers extends EventTarget {
    * @param {Partial<Transfer>} change
    */
   change(id, change) {
-    const isNewState = change.state !== undefined;
+    const isLasting = change.state !== undefined || change.items !== undefined;
     this.#replace(
       this.#list.map((one) => (one.id === id ? changed(one, change) : one)),
-      isNewState,
+      isLasting,
     );
     if (change.state && hasEnded({ state: change.state })) this.#progress.delete(id);
   }
