@@ -13,7 +13,7 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conver
 # GCC 12 finds uninitialised members in the standard library once sanitizers change its inlining.
 if(BREVANHOLT_SANITIZE)
   add_compile_options(-fsanitize=${BREVANHOLT_SANITIZE} -fno-sanitize-recover=all
-                      -fno-omit-frame-pointer
+                      -fno-omit-frame-pointer -g1
                       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${BREVANHOLT_SANITIZE})
 endif()

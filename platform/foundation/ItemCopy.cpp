@@ -60,9 +60,17 @@ void copyContents(const fs::path& source, int from, int to, const std::stop_toke
   }
 }
 
-FileDescriptor locked(FileDescriptor descriptor) {
-  ::flock(descriptor.get(), LOCK_EX | LOCK_NB);
-  return descriptor;
+// A new item, locked as one that is in use. Whoever looks for leftovers may lock and remove it
+// first; then it is created again.
+template <class Create>
+FileDescriptor lockedNew(Create create) {
+  for (;;) {
+    FileDescriptor item = create();
+    if (!item && errno == ENOENT) continue;
+    ::flock(item.get(), LOCK_EX);
+    struct stat information {};
+    if (::fstat(item.get(), &information) != 0 || information.st_nlink > 0) return item;
+  }
 }
 
 FileDescriptor copyItem(const fs::path& source, const fs::path& copy, const std::stop_token& stop);
@@ -71,7 +79,7 @@ FileDescriptor copyFile(const fs::path& source, const fs::path& copy, const std:
   const FileDescriptor from(::open(source.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat information {};
   if (!from || ::fstat(from.get(), &information) != 0) throw FileError("read", source, errno);
-  FileDescriptor to = locked(createFile(copy));
+  FileDescriptor to = lockedNew([&copy] { return createFile(copy); });
   copyContents(source, from.get(), to.get(), stop);
   copyTimes(to.get(), information);
   throwIfStopped(stop);
@@ -81,9 +89,10 @@ FileDescriptor copyFile(const fs::path& source, const fs::path& copy, const std:
 
 FileDescriptor copyFolder(const fs::path& source, const fs::path& copy,
                           const struct stat& information, const std::stop_token& stop) {
-  if (::mkdir(copy.c_str(), 0700) != 0) throw FileError("create the folder", copy, errno);
-  FileDescriptor folder =
-      locked(FileDescriptor(::open(copy.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+  FileDescriptor folder = lockedNew([&copy] {
+    if (::mkdir(copy.c_str(), 0700) != 0) throw FileError("create the folder", copy, errno);
+    return FileDescriptor(::open(copy.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  });
   std::error_code error;
   for (fs::directory_iterator entry(source, error); !error && entry != fs::directory_iterator();
        entry.increment(error)) {
@@ -120,15 +129,14 @@ bool isPartialName(const std::string& name) {
          isUuid(std::string_view(name).substr(1, name.size() - 1 - kPartialSuffix.size()));
 }
 
-// A copy that is in use is locked.
-bool isAbandoned(const fs::path& partial) {
+// The lock of a copy that nobody uses; a copy in use is locked, and gives none.
+FileDescriptor lockOfAbandoned(const fs::path& partial) {
   struct stat information {};
-  if (::lstat(partial.c_str(), &information) != 0 || information.st_uid != ::geteuid()) {
-    return false;
-  }
-  const FileDescriptor descriptor(
+  if (::lstat(partial.c_str(), &information) != 0 || information.st_uid != ::geteuid()) return {};
+  FileDescriptor descriptor(
       ::open(partial.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  return descriptor && ::flock(descriptor.get(), LOCK_EX | LOCK_NB) == 0;
+  if (!descriptor || ::flock(descriptor.get(), LOCK_EX | LOCK_NB) != 0) return {};
+  return descriptor;
 }
 
 }  // namespace
@@ -156,7 +164,9 @@ void removePartialCopies(const fs::path& folder, const std::stop_token& stop) {
                                          error);
   for (; !error && entry != fs::recursive_directory_iterator() && !stop.stop_requested();
        entry.increment(error)) {
-    if (!isPartialName(entry->path().filename().native()) || !isAbandoned(entry->path())) continue;
+    if (!isPartialName(entry->path().filename().native())) continue;
+    const FileDescriptor lock = lockOfAbandoned(entry->path());
+    if (!lock) continue;
     entry.disable_recursion_pending();
     std::error_code failure;
     fs::remove_all(entry->path(), failure);
