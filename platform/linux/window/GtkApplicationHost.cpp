@@ -10,6 +10,7 @@
 #include <glib-unix.h>
 #include <glibmm/main.h>
 #include <gtk/gtk.h>
+#include <gtkmm/clipboard.h>
 #include <gtkmm/window.h>
 
 #include <algorithm>
@@ -145,6 +146,9 @@ int GtkApplicationHost::run(ApplicationDelegate& delegate, const LaunchRequest& 
   application_->signal_shutdown().connect(
       [this, &atEnd] {
         delegate_ = nullptr;
+        // GTK runs the main loop until a clipboard manager has what was copied. It would do so
+        // after this, when the window is gone that a UI's code still asks about.
+        Gtk::Clipboard::get()->store();
         atEnd();
       },
       false);
