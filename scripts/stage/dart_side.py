@@ -23,7 +23,6 @@ class DartSide:
         self._server.settimeout(TIME_LIMIT)
         self._connection = None
         self._lock = threading.Lock()
-        self._results = 0
         self.details = None
         self.events = []
         self.properties = {}
@@ -72,28 +71,6 @@ class DartSide:
 
     def add(self, *controls):
         self._send("addPageControls", {"controls": list(controls), "trimIDs": []})
-
-    def invoke(self, method, **arguments):
-        """Calls a method of the application, and returns what it answered: (result, error)."""
-        self._results += 1
-        number = f"call-{self._results}"
-        self._send(
-            "invokeMethod",
-            {
-                "methodId": number,
-                "methodName": method,
-                "controlId": "",
-                "arguments": arguments,
-            },
-        )
-        answer = wait_until(lambda: self._answer(number), f"an answer to {method}")
-        return answer.get("result"), answer.get("error")
-
-    def _answer(self, number):
-        for _, name, data in list(self.events):
-            if name == "invoke_method_result" and json.loads(data)["method_id"] == number:
-                return json.loads(data)
-        return None
 
     def close(self):
         self._server.close()

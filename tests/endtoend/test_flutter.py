@@ -74,6 +74,9 @@ class FlutterTest(HostTest):
         mouse("windowactivate", "--sync", window, "mousemove", "300", "140", "click", "1")
         mouse("type", "naive")
         self.wait_for_event("field", "change", "naive")
+        mouse("key", "ctrl+a", "key", "ctrl+c", "key", "Right", "key", "ctrl+v")
+        self.wait_for_event("field", "change", "naivenaive")
+        self.assertEqual(output_of("xclip", "-selection", "clipboard", "-o"), "naive")
 
         hide_window()
         self.wait_for_event("page", "app_lifecycle_state_change", "hide")
@@ -92,6 +95,11 @@ class FlutterTest(HostTest):
         subprocess.run([BINARY], timeout=30, check=True)
         wait_until(visible_window, "the window")
         picture("flutter-after-login")
+        self.assertEqual(host.stop(), 0)
+
+    def test_logs_what_nobody_catches_and_stays(self):
+        host = self.start("--ui-bundle", self.bundle, environment=ENVIRONMENT)
+        wait_until(lambda: "Unhandled Exception: " in host.log, "the error")
         self.assertEqual(host.stop(), 0)
 
     def test_leaves_drops_to_the_host(self):
@@ -143,6 +151,10 @@ class FlutterTest(HostTest):
         wait_for('call setTitle { "title": "naïve 🎈" }')
         self.dart.set(windowwidth="700.5")
         wait_for('call setBounds { .*"width": 700.5 "height": 480 "animate": true }')
+
+        # Centred by what the displays are, which are maps in a list in a map.
+        self.dart.set(windowalignment='{"x":0,"y":0}')
+        wait_for('call setBounds { .*"x": 480 "y": 360 .*}')
 
         # After an error, and where nothing is implemented, the same is asked for again.
         for manner, method, name, value in (

@@ -23,6 +23,10 @@
 #include <optional>
 #include <sstream>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace brevanholt::platform {
 namespace {
 
@@ -50,14 +54,16 @@ void print(std::ostream& out, const Value& value) {
 
 // The results of the calls that have one, as the real plugins' are.
 Reply replyTo(const MethodCall& call) {
+  static const Map kDisplay{{"id", "only"},
+                            {"name", "only"},
+                            {"size", Map{{"width", 1600.0}, {"height", 1200.0}}},
+                            {"visiblePosition", Map{{"dx", 0.0}, {"dy", 0.0}}},
+                            {"visibleSize", Map{{"width", 1600.0}, {"height", 1200.0}}},
+                            {"scaleFactor", 1.0}};
   static const std::map<std::string, Reply> kReplies{
       {"getBounds", Value(Map{{"x", 40.0}, {"y", 60.0}, {"width", 640.0}, {"height", 480.0}})},
-      {"getPrimaryDisplay", Value(Map{{"id", "only"},
-                                      {"name", "only"},
-                                      {"size", Map{{"width", 1600.0}, {"height", 1200.0}}},
-                                      {"visiblePosition", Map{{"dx", 0.0}, {"dy", 0.0}}},
-                                      {"visibleSize", Map{{"width", 1600.0}, {"height", 1200.0}}},
-                                      {"scaleFactor", 1.0}})},
+      {"getPrimaryDisplay", Value(kDisplay)},
+      {"getAllDisplays", Value(Map{{"displays", List{kDisplay}}})},
       {"getCursorScreenPoint", Value(Map{{"dx", 5.0}, {"dy", 6.0}})}};
   if (call.method.starts_with("is")) return Value(false);
   const auto found = kReplies.find(call.method);
@@ -163,6 +169,12 @@ int main(int argc, char** argv) {
   installJournalLog();
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   Gtk::Main main;
-  const Exchange exchange(FlutterBundle(arguments.at(0)), {arguments.begin() + 1, arguments.end()});
-  Gtk::Main::run();
+  {
+    const Exchange exchange(FlutterBundle(arguments.at(0)),
+                            {arguments.begin() + 1, arguments.end()});
+    Gtk::Main::run();
+  }
+#ifdef __SANITIZE_ADDRESS__
+  __lsan_do_leak_check();  // where an engine ran, the process ends without what runs at an exit
+#endif
 }
