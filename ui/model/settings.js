@@ -9,7 +9,7 @@ import { fittingValues, isCount, isFlag, isMissingOr, isOneOf, isText } from './
 const DOCUMENT = 'settings';
 
 /** At the first start. @type {Settings} */
-const INITIAL = {
+export const INITIAL_SETTINGS = {
   receiveFolder: 'Brevanholt',
   isVisible: true,
   launchAtStartup: false,
@@ -21,7 +21,7 @@ const INITIAL = {
 };
 
 /** For values that are missing or damaged: the person may have hidden this device. */
-const SAFE = { ...INITIAL, isVisible: false };
+const SAFE = { ...INITIAL_SETTINGS, isVisible: false };
 
 const FIELDS = {
   receiveFolder: isText,
@@ -43,11 +43,11 @@ export async function loadSettings(documents) {
     fittingValues(DOCUMENT, content, FIELDS),
   );
   const isFirstStart = !stored && !documents.damaged.has(DOCUMENT);
-  const settings = isFirstStart ? { ...INITIAL } : { ...SAFE, ...stored };
+  const settings = isFirstStart ? { ...INITIAL_SETTINGS } : { ...SAFE, ...stored };
   // Saved at once: without a document the next start would count as the first one.
   if (!isFirstStart) await documents.save(DOCUMENT, settings).catch(() => {});
   await platform.setReceiveFolderName(settings.receiveFolder).catch(() => {
-    settings.receiveFolder = INITIAL.receiveFolder;
+    settings.receiveFolder = INITIAL_SETTINGS.receiveFolder;
   });
   await platform.prepareReceiveLocation().catch(() => {});
   settings.launchAtStartup = await platform.launchAtStartupEnabled().catch(() => false);

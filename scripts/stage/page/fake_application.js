@@ -1,7 +1,8 @@
 // An application without devices, network or host: made-up state that a test replaces as it likes, and a
 // record of what the views asked for.
 
-import { FINGERPRINT, SETTINGS } from './sample_state.js';
+import { INITIAL_SETTINGS } from './model/settings.js';
+import { FINGERPRINT } from './sample_state.js';
 
 /** What can be asked of the application itself and of each of its parts. */
 const OWN_ACTIONS = ['openReceiveFolder', 'openFormerFolder', 'requestNotifications'];
@@ -26,7 +27,7 @@ export class FakeApplication extends EventTarget {
   problem = null;
   damage = null;
   knownDevices = [];
-  settings = SETTINGS;
+  settings = INITIAL_SETTINGS;
 
   /** What was asked for, in order: [“part.action”, ...arguments]. */
   calls = [];

@@ -1,5 +1,7 @@
 // Made-up devices, items and transfers: one of every kind, and names that are too long.
 
+import { INITIAL_SETTINGS } from './model/settings.js';
+
 export const FINGERPRINT = '3F9A 0C41 77DE B210 5E8C 94A6 D033 61FB';
 const LONG =
   'Ein wirklich sehr langer Name eines Ordners mit Bildern vom letzten Sommer am See (Kopie 2).tar.gz';
@@ -120,17 +122,6 @@ export const KNOWN = [
   seen: Date.UTC(2026, 10, 2, 9, 30),
 }));
 
-export const SETTINGS = {
-  receiveFolder: 'Brevanholt',
-  isVisible: true,
-  launchAtStartup: false,
-  notifications: 'unknown',
-  showsConsole: false,
-  deviceName: '',
-  zoom: 100,
-  knowsItStays: false,
-};
-
 /** What the window can show, by name. */
 export const STATES = {
   empty: {},
@@ -157,7 +148,7 @@ export const STATES = {
   },
   long: {
     devices: DEVICES,
-    settings: { ...SETTINGS, showsConsole: true },
+    settings: { ...INITIAL_SETTINGS, showsConsole: true },
     self: { name: `${DEVICES[2].name}, and on`, fingerprint: FINGERPRINT, version: '1.0.0' },
     problem: 'The network cannot be used. What you choose to send stays here.',
   },
