@@ -55,36 +55,27 @@ BrevanholtNativeShareStore::Items checked(const fs::path& share,
   return kept;
 }
 
-std::vector<fs::directory_entry> visibleEntries(const fs::path& folder) {
-  std::vector<fs::directory_entry> entries;
+std::vector<fs::path> visibleEntries(const fs::path& folder) {
+  std::vector<fs::path> entries;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
-    if (!entry->path().filename().native().starts_with('.')) entries.push_back(*entry);
+    if (!entry->path().filename().native().starts_with('.')) entries.push_back(entry->path());
   }
   if (error) throw platform::FileError("read the folder", folder, error.value());
   return entries;
 }
 
-// Whether the share was taken and its files are still needed, so that only these are left.
-bool isTaken(const fs::directory_entry& entry) {
-  std::error_code error;
-  return entry.is_directory(error) && !entry.is_symlink(error) &&
-         platform::isUuid(entry.path().filename().native()) &&
-         fs::symlink_status(entry.path() / kManifest, error).type() == fs::file_type::not_found;
-}
-
-// What `read` makes of each entry. What cannot be read is logged and left out.
+// What `read` makes of each visible entry. What cannot be read is logged and left out.
 template <class Read>
-std::vector<BrevanholtNativeShareStore::Share> readAll(
-    const std::vector<fs::directory_entry>& entries, Read read) {
+std::vector<BrevanholtNativeShareStore::Share> readAll(const fs::path& folder, Read read) {
   std::vector<BrevanholtNativeShareStore::Share> shares;
-  for (const fs::directory_entry& entry : entries) {
+  for (const fs::path& entry : visibleEntries(folder)) {
     try {
-      shares.push_back(read(entry.path()));
+      shares.push_back(read(entry));
     } catch (const std::exception& error) {
-      platform::logWarning("Brevanholt could not import native share at " + entry.path().string() +
-                           ": " + error.what());
+      platform::logWarning("Brevanholt could not import native share at " + entry.string() + ": " +
+                           error.what());
     }
   }
   return shares;
@@ -133,9 +124,7 @@ BrevanholtNativeShareStore::Share BrevanholtNativeShareStore::consumeDirectory(
 std::vector<BrevanholtNativeShareStore::Share> BrevanholtNativeShareStore::consumePending() const {
   try {
     const fs::path inbox = inboxDirectory();
-    auto entries = visibleEntries(inbox);
-    std::erase_if(entries, isTaken);
-    return readAll(entries, [&](const fs::path& share) { return take(share, inbox); });
+    return readAll(inbox, [&](const fs::path& share) { return take(share, inbox); });
   } catch (const std::exception& error) {
     platform::logWarning("Brevanholt could not read pending native shares: " +
                          std::string(error.what()));
@@ -148,7 +137,7 @@ std::vector<BrevanholtNativeShareStore::Share> BrevanholtNativeShareStore::undel
     const fs::path inbox = inboxDirectory();
     const fs::path receipts = inbox / kReceipts;
     if (!platform::isDirectory(receipts)) return {};
-    return readAll(visibleEntries(receipts), [&](const fs::path& receipt) {
+    return readAll(receipts, [&](const fs::path& receipt) {
       const std::string name = receipt.filename();
       const std::string identifier = name.substr(0, kUuidLength);
       if (!platform::isUuid(identifier))

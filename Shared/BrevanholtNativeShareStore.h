@@ -54,8 +54,7 @@ class BrevanholtNativeShareStore {
   // Takes one share. Throws StoreError or FileError, and has then removed nothing.
   [[nodiscard]] Share consumeIdentifier(std::string_view identifier) const;
   [[nodiscard]] Share consumeDirectory(const std::filesystem::path& directory) const;
-  // Takes every share that can be read. What cannot is logged and stays; folders of shares that
-  // were taken before are passed over.
+  // Takes every share that can be read. What cannot is logged and stays.
   [[nodiscard]] std::vector<Share> consumePending() const;
 
   // The shares that were taken and not delivered, by whichever run. For the start of a run.

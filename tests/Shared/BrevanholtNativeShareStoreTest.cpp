@@ -201,8 +201,7 @@ TEST_F(NativeShareStoreTest, TakesWhatIsPendingAndReportsTheRestAndAMissingInbox
               testing::UnorderedElementsAre(Field(&Share::items, SizeIs(1)),
                                             Field(&Share::items, SizeIs(0))));
   EXPECT_EQ(log_.count(LogLevel::kWarning, stray.native() + ": " + kBadLocation), 1);
-  EXPECT_TRUE(store_.consumePending().empty());
-  EXPECT_EQ(log_.count(LogLevel::kWarning, "could not import"), 4) << "twice the two refused ones";
+  EXPECT_EQ(log_.count(LogLevel::kWarning, "could not import"), 2);
 
   const BrevanholtNativeShareStore nowhere("");
   EXPECT_TRUE(nowhere.consumePending().empty());
