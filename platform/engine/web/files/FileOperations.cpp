@@ -97,9 +97,10 @@ void settleFile(const WholeFile& whole) {
   const FileDescriptor file =
       whole.isNew ? place.open(O_WRONLY | O_CREAT | O_EXCL, 0666) : place.openToWrite();
   const timespec times[] = {{0, UTIME_OMIT}, timeOf(whole.modified)};
-  if (whole.isNew && ::futimens(file.get(), times) == 0) return;
+  if (::futimens(file.get(), times) != 0) throw FileError("save", place.path(), errno);
+  if (whole.isNew) return;
   struct stat information {};
-  if (::futimens(file.get(), times) != 0 || ::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
+  if (::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
       ::fstat(file.get(), &information) != 0 ||
       (information.st_size > 0 && ::fsync(file.get()) != 0)) {
     throw FileError("save", place.path(), errno);

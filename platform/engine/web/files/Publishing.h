@@ -7,9 +7,10 @@ namespace brevanholt::platform {
 
 // Moves whole files to where received files go, many with one call. For the main thread.
 //
-//   publish {files: [{path, relativePath}]}  for each the path where it is, once that outlasts a
-//   power
-//                                            cut, or [code, text, the error's name]
+//   publish {files: [{path, relativePath}]}
+//
+// Replies with a list: for each file the path where it is, once that outlasts a power cut, or
+// [code, text, the error's name].
 void publishFiles(const MethodCall& call, FileAccess* access, MethodResult result);
 
 }  // namespace brevanholt::platform

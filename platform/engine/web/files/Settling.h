@@ -10,10 +10,11 @@ namespace brevanholt::platform {
 // Puts whole files on the disk, several at once: a flush waits for the disk, which does many in
 // little more than the time of one.
 //
-//   settle {files: [{path, modified, isNew}]}  for each null, when it is on the disk with that
-//                                              modification time (milliseconds since 1970) and a
-//                                              new file's usual permissions, or [code, text, the
-//                                              error's name]; one that is new is made, empty
+//   settle {files: [{path, modified, isNew}]}
+//
+// Replies with a list: for each file null once it is on the disk with that modification time
+// (milliseconds since 1970) and a new file's usual permissions, or [code, text, the error's name].
+// A file that is new is created, empty.
 class Settling {
  public:
   explicit Settling(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
