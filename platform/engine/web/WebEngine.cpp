@@ -29,6 +29,27 @@ void setFeature(WebKitSettings* settings, std::string_view identifier, bool enab
   webkit_feature_list_unref(features);
 }
 
+struct FreeMemoryPressureSettings {
+  void operator()(WebKitMemoryPressureSettings* settings) const {
+    webkit_memory_pressure_settings_free(settings);
+  }
+};
+
+using MemoryPressureSettings =
+    std::unique_ptr<WebKitMemoryPressureSettings, FreeMemoryPressureSettings>;
+
+// The page's process checks its memory every 30 seconds, and frees caches above 120 MB, and more of
+// them above 180 MB. It is never killed for its memory.
+MemoryPressureSettings memoryPressureSettings() {
+  MemoryPressureSettings settings(webkit_memory_pressure_settings_new());
+  webkit_memory_pressure_settings_set_memory_limit(settings.get(), 600);  // MB
+  webkit_memory_pressure_settings_set_conservative_threshold(settings.get(), 0.2);
+  webkit_memory_pressure_settings_set_strict_threshold(settings.get(), 0.3);
+  webkit_memory_pressure_settings_set_kill_threshold(settings.get(), 0);
+  webkit_memory_pressure_settings_set_poll_interval(settings.get(), 30);
+  return settings;
+}
+
 }  // namespace
 
 WebEngine::WebEngine(WebEngineOptions options, MainQueue& mainQueue)
@@ -68,36 +89,13 @@ void WebEngine::setZoom(std::int64_t percent) {
   webkit_web_view_set_zoom_level(webView_.get(), zoom);
 }
 
-namespace {
-
-struct FreeMemoryPressureSettings {
-  void operator()(WebKitMemoryPressureSettings* settings) const {
-    webkit_memory_pressure_settings_free(settings);
-  }
-};
-
-// The page's process looks at its memory twice a minute, and gives back what it can above 120 MB,
-// and more above 180 MB. It is never ended for it.
-WebKitMemoryPressureSettings* thriftyMemory() {
-  WebKitMemoryPressureSettings* settings = webkit_memory_pressure_settings_new();
-  webkit_memory_pressure_settings_set_memory_limit(settings, 600);
-  webkit_memory_pressure_settings_set_conservative_threshold(settings, 0.2);
-  webkit_memory_pressure_settings_set_strict_threshold(settings, 0.3);
-  webkit_memory_pressure_settings_set_kill_threshold(settings, 0);
-  webkit_memory_pressure_settings_set_poll_interval(settings, 30);
-  return settings;
-}
-
-}  // namespace
-
 void WebEngine::createContext() {
   const GObjectPointer<WebKitWebsiteDataManager> nothingKept(
       webkit_website_data_manager_new_ephemeral());
-  const std::unique_ptr<WebKitMemoryPressureSettings, FreeMemoryPressureSettings> thrift(
-      thriftyMemory());
+  const MemoryPressureSettings memory = memoryPressureSettings();
   context_.reset(WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "website-data-manager",
                                                  nothingKept.get(), "memory-pressure-settings",
-                                                 thrift.get(), nullptr)));
+                                                 memory.get(), nullptr)));
   sandboxPages(context_.get(), options_.webExtensions, options_.isInFlatpak);
   webkit_web_context_set_cache_model(context_.get(), WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
   g_signal_connect(context_.get(), "initialize-web-extensions",
