@@ -19,14 +19,14 @@ class Activity final : public ProcessActivity {
 }  // namespace
 
 LinuxProcessActivities::LinuxProcessActivities(SleepInhibitor& sleepInhibitor,
-                                               std::function<void()> willRun)
-    : sleepInhibitor_(sleepInhibitor), willRun_(std::move(willRun)) {}
+                                               std::function<void()> firstBegins)
+    : sleepInhibitor_(sleepInhibitor), firstBegins_(std::move(firstBegins)) {}
 
 std::unique_ptr<ProcessActivity> LinuxProcessActivities::begin(ActivityOptions options,
                                                                const std::string& reason) {
   std::shared_ptr<void> running = running_.lock();
   if (!running) {
-    willRun_();
+    firstBegins_();
     running_ = running = std::make_shared<char>();
   }
   const bool keepsAwake = options == ActivityOptions::kUserInitiated;

@@ -28,10 +28,10 @@ bool canPlaceWindows(GdkDisplay* display) {
 
 }  // namespace
 
-LinuxStatusItem::LinuxStatusItem(Bus& sessionBus, Options options, Permissions permissions)
+LinuxStatusItem::LinuxStatusItem(Bus& sessionBus, Options options, InputEvents events)
     : sessionBus_(sessionBus),
       applicationIcon_(std::move(options.applicationIcon)),
-      permissions_(std::move(permissions)),
+      inputEvents_(std::move(events)),
       panelStyle_(panelStyle(options.currentDesktop)),
       placesWindows_(canPlaceWindows(gdk_display_get_default())),
       ownPictures_(std::move(options.ownPictures)) {
@@ -84,12 +84,12 @@ void LinuxStatusItem::setAccessibilityLabel(const std::string& text) {
 }
 
 void LinuxStatusItem::setMenu(const Menu& menu) {
-  exportedMenu_ = std::make_unique<DBusMenuExporter>(sessionBus_, menu, permissions_.clicked);
+  exportedMenu_ = std::make_unique<DBusMenuExporter>(sessionBus_, menu, inputEvents_.clicked);
   if (placesWindows_) popupMenu_ = std::make_unique<GtkPopupMenu>(menu);
   notifierItem_ = std::make_unique<StatusNotifierItem>(
       sessionBus_, DBusMenuExporter::kPath, !placesWindows_,
       StatusNotifierItem::Events{.activated = [this](int x, int y) { popUpAt(x, y); },
-                                 .activationTokenGiven = permissions_.activationTokenGiven,
+                                 .activationTokenGiven = inputEvents_.activationTokenGiven,
                                  .shownChanged = [this](bool isShown) { shownChanged(isShown); }});
   showAppearance();
 }

@@ -30,14 +30,14 @@ class LinuxStatusItem final : public StatusItem {
     std::filesystem::path ownPictures;  // a folder; pictures in it show what the icon does
   };
 
-  // What says that the person has just used the icon or its menu, so that a window may come
-  // forward.
-  struct Permissions {
+  // Called when the person uses the icon or its menu, before what that does. A window manager asks
+  // for the token or the time before it raises a window.
+  struct InputEvents {
     std::function<void(const std::string& token)> activationTokenGiven;
     DBusMenuExporter::Clicked clicked;
   };
 
-  LinuxStatusItem(Bus& sessionBus, Options options, Permissions permissions);
+  LinuxStatusItem(Bus& sessionBus, Options options, InputEvents events);
   ~LinuxStatusItem() override;
 
   void setImage(const Image& image) override;
@@ -61,7 +61,7 @@ class LinuxStatusItem final : public StatusItem {
 
   Bus& sessionBus_;
   std::string applicationIcon_;
-  Permissions permissions_;
+  InputEvents inputEvents_;
   PanelStyle panelStyle_;
   bool placesWindows_;  // by coordinates, which X11 alone allows
   bool hasWarned_ = false;
