@@ -68,7 +68,8 @@ export class Courier {
     return this.#run(id, async () => {
       // Looking at many files takes as long as the handshake.
       const connecting = connect();
-      const { entries, failures, renamed } = await outgoing(items).catch((error) => {
+      connecting.catch(() => {}); // it may fail before it is awaited
+      const { entries, failures, renamed } = await sendable(items).catch((error) => {
         connecting.then(({ conversation }) => conversation.close('cancelled')).catch(() => {});
         throw error;
       });
@@ -78,7 +79,6 @@ export class Courier {
       this.#transfers.change(id, { fileCount: files, bytesTotal, note });
       const { conversation, session } = await connecting;
       await this.#hold(id, conversation);
-      if (entries.length === 0) throw new TransferError(failures[0]?.code ?? 'unreadable');
       if (!(await greet(conversation, session, this.#trust))) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
@@ -342,3 +342,13 @@ function tooEarly() {
 
 /** @param {{ kind: string }[]} entries */
 const fileCount = (entries) => entries.filter(({ kind }) => kind !== 'directory').length;
+
+/**
+ * What is to be sent of some items. Rejects where nothing can be.
+ * @param {import('./types.js').Item[]} items
+ */
+async function sendable(items) {
+  const found = await outgoing(items);
+  if (found.entries.length > 0) return found;
+  throw new TransferError(found.failures[0]?.code ?? 'unreadable');
+}

@@ -182,9 +182,11 @@ export class Inbox {
     try {
       const files = await Promise.all(group.map((one) => this.#settling(one)));
       const unsettled = await settle(files);
-      const settled = group
-        .map(({ index }, at) => ({ index, path: files[at].path }))
-        .filter(({ index }, at) => !this.#hasFailed(index, unsettled[at]));
+      const settled = [];
+      for (const [at, { index }] of group.entries()) {
+        if (unsettled[at]) this.#fail(index, unsettled[at]);
+        else settled.push({ index, path: files[at].path });
+      }
       await this.#scratch.markWhole(settled.map(({ index }) => this.#entries[index]));
       const published = await publish(
         settled.map(({ index, path }) => ({ path, relativePath: this.#entries[index].path })),
@@ -208,15 +210,6 @@ export class Inbox {
     const { modified } = entry;
     if (path !== undefined) return { path, modified, isNew: false };
     return { path: await this.#scratch.partFor(entry, 0), modified, isNew: true };
-  }
-
-  /**
-   * @param {number} index
-   * @param {any} error null for none
-   */
-  #hasFailed(index, error) {
-    if (error) this.#fail(index, error);
-    return error !== null;
   }
 
   /**
