@@ -6,15 +6,15 @@ answer. Needs root:
 """
 
 import shutil
-import statistics
 import subprocess
 import sys
 import time
 
 from copying import LIMIT
+from medians import print_medians
 from stage.host import wait_until, web_processes_of
 from stage.network import Network
-from stage.station import Station
+from stage.station import Station, acquaint
 from usage import PeakMemory, processor_seconds
 
 IN_A_FOLDER = 100
@@ -104,37 +104,20 @@ def send_once(stations, source):
     return {**rows, **watch.stop()}
 
 
-def meet(stations):
-    sender, receiver = stations
-    for station in stations:
-        station.start()
-    sender.share_text("hello")
-    sender.press(f"Send to {receiver.name}")
-    for station in stations:
-        station.press("They match")
-    receiver.press("Accept")
-    sender.sees(f"Sent to {receiver.name}")
-    for station in stations:
-        station.press("Clear recent transfers")
-
-
 def main(entries=100_000, runs=3):
     network = Network("anna", "bob")
     stations = [Station(network, name) for name in ("anna", "bob")]
     try:
-        meet(stations)
+        for station in stations:
+            station.start()
+        acquaint(*stations)
         source = many_empty(stations[0].folder, entries)
         outcomes = [send_once(stations, source) for _ in range(runs)]
     finally:
         for station in stations:
             station.close()
         network.close()
-    for name in outcomes[0]:
-        values = [outcome[name] for outcome in outcomes]
-        print(
-            f"{name:42} {statistics.median(values):9.2f}"
-            f"   ({min(values):.2f} to {max(values):.2f})"
-        )
+    print_medians(outcomes, 2)
 
 
 if __name__ == "__main__":

@@ -5,7 +5,6 @@
 
 import pathlib
 import shutil
-import statistics
 import subprocess
 import tempfile
 import time
@@ -16,6 +15,7 @@ gi.require_version("Gio", "2.0")
 from gi.repository import Gio  # noqa: E402  (after the version)
 
 SOURCE = pathlib.Path(__file__).resolve().parents[1]
+from medians import print_medians
 from stage import host
 from usage import below, memory_of, wake_ups
 
@@ -131,12 +131,7 @@ def main():
     for name, value in idle_once():
         print(f"{name:43} {value:10}")
     runs = [{**run_once(), **share_once()} for _ in range(RUNS)]
-    for name in runs[0]:
-        values = [run[name] for run in runs]
-        print(
-            f"{name:43} {statistics.median(values):10.3f}"
-            f"   ({min(values):.3f} to {max(values):.3f})"
-        )
+    print_medians(runs, 3)
 
 
 if __name__ == "__main__":

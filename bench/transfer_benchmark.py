@@ -13,7 +13,7 @@ import time
 
 from copying import LIMIT, OtherWays
 from stage.network import Network
-from stage.station import Station
+from stage.station import Station, acquaint
 from usage import PeakMemory, processor_seconds
 
 PAUSE = 3  # seconds in which the system ends what the run before began
@@ -28,14 +28,7 @@ class Brevanholt:
         self.stations = [Station(network, name) for name in ("anna", "bob")]
         for station in self.stations:
             station.start()
-        sender, receiver = self.stations
-        sender.share_text("hello")
-        sender.press(f"Send to {receiver.name}")
-        for station in self.stations:
-            station.press("They match")
-        receiver.press("Accept")
-        sender.sees(f"Sent to {receiver.name}")
-        sender.press("Clear recent transfers")
+        acquaint(*self.stations)
 
     def send(self, source):
         sender, receiver = self.stations

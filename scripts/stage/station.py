@@ -162,3 +162,15 @@ class Station:
             raise AssertionError(
                 f"{failure}; it says:\n{self.text()}\nlog:\n" f"{self._log.read_text()[-2000:]}"
             ) from None
+
+
+def acquaint(sender, receiver):
+    """Makes two stations that run know each other, by a text that is sent."""
+    sender.share_text("hello")
+    sender.press(f"Send to {receiver.name}")
+    for station in (sender, receiver):
+        station.press("They match")
+    receiver.press("Accept")
+    sender.sees(f"Sent to {receiver.name}")
+    for station in (sender, receiver):
+        station.press("Clear recent transfers")
