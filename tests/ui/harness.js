@@ -21,14 +21,18 @@ export function open(entry) {
   found.find((one) => one.firstElementChild.textContent === entry).click();
 }
 
-/** Until what has just come in takes clicks. */
-export async function answerable() {
+/** Waits for a condition; throws what did not happen in time. */
+export async function until(holds, what) {
   const deadline = performance.now() + 10_000;
-  while (document.querySelector('[inert]')) {
-    if (performance.now() > deadline) throw new Error('Something takes no clicks.');
+  while (!holds()) {
+    if (performance.now() > deadline) throw new Error(`This did not happen: ${what}.`);
     await new Promise((resolve) => setTimeout(resolve, 50));
   }
 }
+
+/** Until what has just come in takes clicks. */
+export const answerable = () =>
+  until(() => !document.querySelector('[inert]'), 'everything takes clicks');
 
 export function equal(actual, expected) {
   const [one, other] = [JSON.stringify(actual), JSON.stringify(expected)];

@@ -1,6 +1,6 @@
 // What stays as it is while the state changes, and what is said of it.
 
-import { control, equal, mount } from './harness.js';
+import { control, equal, mount, until } from './harness.js';
 import { ACTIVE, ASKING, RECENTS, transfer } from './sample_state.js';
 import { durationText, share, sizeText } from './text/format.js';
 import { TransferNews } from './view/transfer_words.js';
@@ -44,6 +44,22 @@ export const updatesChecks = {
     equal(document.activeElement.dataset.key, 'a9');
     application.change({ transfers: [] });
     equal(document.activeElement.tagName, 'MAIN');
+  },
+
+  async rowsOfALongHistoryComeWhenScrolledTo() {
+    const ended = Array.from({ length: 300 }, (_, at) => ({ ...RECENTS[0], id: `h${at}` }));
+    mount({ transfers: ended });
+    const rows = () => document.querySelectorAll('.transfers [data-key]');
+    equal(rows().length < 100, true);
+    while (rows().length < ended.length) {
+      const before = rows().length;
+      rows()[before - 1].scrollIntoView();
+      await until(() => rows().length > before, `rows after ${before}`);
+    }
+    equal(
+      [...rows()].map(({ dataset }) => dataset.key),
+      ended.map(({ id }) => id),
+    );
   },
 
   progressDoesNotChatter() {

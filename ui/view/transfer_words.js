@@ -71,32 +71,38 @@ export function factsText(transfer) {
   return facts.join(' · ');
 }
 
+/** @param {Transfer} transfer how many quarters of it are done */
+const quartersOf = (transfer) => Math.floor(share(transfer) * 4);
+
 /** Finds what a screen reader announces: each change of state and each quarter of the progress. */
 export class TransferNews {
-  /** @type {Map<string, { state: string, quarter: number }> | null} */
+  /** @type {Map<string, Transfer> | null} */
   #known = null;
 
   /**
-   * @param {Transfer[]} transfers
+   * @param {Transfer[]} transfers replaced where they change, never mutated
    * @returns {string[]} nothing the first time: what was there before is no news
    */
   update(transfers) {
     const before = this.#known;
-    this.#known = new Map(
-      transfers.map((transfer) => [
-        transfer.id,
-        { state: transfer.state, quarter: Math.floor(share(transfer) * 4) },
-      ]),
-    );
+    this.#known = new Map(transfers.map((transfer) => [transfer.id, transfer]));
     if (!before) return [];
-    return transfers.flatMap((transfer) => {
-      const now = this.#known?.get(transfer.id);
-      const then = before.get(transfer.id);
-      const name = isolated(transfer.name);
-      if (then?.state !== transfer.state)
-        return [words('status.row', { name, status: statusText(transfer) })];
-      const passed = transfer.state === 'active' && now && now.quarter > then.quarter;
-      return passed ? [words('news.progress', { name, share: percentText(now.quarter / 4) })] : [];
+    return transfers.flatMap((now) => {
+      const then = before.get(now.id);
+      return now === then ? [] : newsOf(now, then);
     });
   }
+}
+
+/**
+ * @param {Transfer} now
+ * @param {Transfer} [then]
+ */
+function newsOf(now, then) {
+  const name = isolated(now.name);
+  if (then?.state !== now.state) return [words('status.row', { name, status: statusText(now) })];
+  const hasPassed = now.state === 'active' && quartersOf(now) > quartersOf(then);
+  return hasPassed
+    ? [words('news.progress', { name, share: percentText(quartersOf(now) / 4) })]
+    : [];
 }

@@ -13,6 +13,9 @@ import { TransferNews } from './transfer_words.js';
 /** @typedef {import('../model/application.js').Application} Application */
 /** @typedef {import('../model/types.js').Transfer} Transfer */
 
+/** How many ended transfers get a row at first, and how many more whenever the last row comes near. */
+const STEP = 40;
+
 /**
  * @param {Application} application
  * @param {import('./notices.js').Notices} notices
@@ -32,6 +35,8 @@ export function transfersViews(application, { attempt }) {
   const running = rowsOf(words('transfers.running'));
   const recent = rowsOf(words('transfers.recent'));
   const lists = { asked: listIn(asked), running: listIn(running), recent: listIn(recent) };
+  let room = STEP;
+  const end = element('div', { class: 'end' });
   const nothing = nothingYet('receive', words('transfers.none')).element;
   const recentHead = element(
     'div',
@@ -50,7 +55,7 @@ export function transfersViews(application, { attempt }) {
   const transfers = region(
     'transfers',
     words('transfers.title'),
-    element('div', { class: 'card' }, nothing, running, recentHead, recent),
+    element('div', { class: 'card' }, nothing, running, recentHead, recent, end),
   );
 
   const update = () => {
@@ -59,12 +64,22 @@ export function transfersViews(application, { attempt }) {
     const others = application.transfers.filter((one) => !needsAnswer(one) && !hasEnded(one));
     lists.asked.update(waiting);
     lists.running.update(others);
-    lists.recent.update(over);
+    lists.recent.update(over.slice(0, room));
+    setShown(end, over.length > room);
     setShown(requests, waiting.length > 0);
     setShown(running, others.length > 0);
     for (const part of [recentHead, recent]) setShown(part, over.length > 0);
     setShown(nothing, others.length + over.length === 0);
   };
+  const watcher = new IntersectionObserver((entries) => {
+    if (!entries.some(({ isIntersecting }) => isIntersecting)) return;
+    room += STEP;
+    update();
+    // It is reported again where it is still near.
+    watcher.disconnect();
+    watcher.observe(end);
+  });
+  watcher.observe(end);
   return {
     requests,
     transfers,
