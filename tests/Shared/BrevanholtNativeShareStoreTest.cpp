@@ -245,7 +245,7 @@ TEST_F(NativeShareStoreTest, NeverFollowsALinkThatTakesAFoldersPlace) {
   };
   race(30, share_ / "folder", share_ / "link", [&] { store_.discardStagedItems({share_}); });
   race(300, share_, inbox_ / ".link", [&] {
-    // Refused where the link was there first.
+    // Refused if the link was there first.
     refusalOf([&] { EXPECT_TRUE(store_.consumeIdentifier(kShare).items.empty()); });
   });
   EXPECT_TRUE(fs::exists(outside_ / "share.json"));

@@ -52,7 +52,7 @@ class HostTest(unittest.TestCase):
         return self.start(scenario=scenario, arguments=arguments, **how).report()
 
     def start_bus(self, without=None):
-        """A bus that can start the session's services but for one."""
+        """A bus that can start every service of the session except `without`."""
         folder = self.new_folder()
         for service in SERVICES.glob("*.service"):
             if f"Name={without}" not in service.read_text().split():
@@ -63,8 +63,8 @@ class HostTest(unittest.TestCase):
         return f"unix:path={folder}/bus"
 
     def mock(self, name, path=None, interface=None, template=None, system=False, address=None):
-        """A service on a bus, and what changes its object; the object's path and interface are where
-        its name says unless they are given."""
+        """Starts a mocked service and returns the interface that controls it. The object's path and
+        interface are derived from the name unless they are given."""
         variable = "DBUS_SYSTEM_BUS_ADDRESS" if system else "DBUS_SESSION_BUS_ADDRESS"
         address = address or os.environ[variable]
         path = path or "/" + name.replace(".", "/")

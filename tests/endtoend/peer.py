@@ -1,4 +1,4 @@
-"""Protocol 2 once more, after docs/protocol.md, with the cryptography of Python's `cryptography`.
+"""A second implementation of protocol 2, after docs/protocol.md, with Python's `cryptography`.
 
     peer.py call ADDRESS PORT NAME TEXT   meets that device and sends it a file NAME with that text
     peer.py answer PORT                   announces itself as "python", meets who calls and accepts
@@ -205,7 +205,7 @@ class Connection:
         self.stream.sendall(header + sealed)
 
     def receive(self):
-        """The next record that is no ping."""
+        """The next record other than a ping."""
         while True:
             frame = self.read()
             header = struct.pack(">I", len(frame)) + frame[:4]

@@ -1,4 +1,4 @@
-"""The program on desktops that lack what it likes to have."""
+"""The program on desktops where a bus, a service or the tray is missing."""
 
 import os
 import subprocess

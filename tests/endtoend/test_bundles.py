@@ -1,4 +1,4 @@
-"""Folders that are no user interface, or half a one, and engines that do not serve."""
+"""Bundles that are missing or incomplete, and engine libraries that do not work."""
 
 import os
 import pathlib

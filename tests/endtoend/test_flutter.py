@@ -143,7 +143,7 @@ class FlutterTest(HostTest):
         def wait_for(pattern):
             wait_until(lambda: calls(pattern), pattern)
 
-        # The doubles of a map that was replied.
+        # A reply that is a map of doubles.
         self.assertEqual(self.dart.wait()["windowWidth"], "640.0")
         self.assertEqual(self.dart.details["windowTop"], "60.0")
         self.show_page()
@@ -152,11 +152,11 @@ class FlutterTest(HostTest):
         self.dart.set(windowwidth="700.5")
         wait_for('call setBounds { .*"width": 700.5 "height": 480 "animate": true }')
 
-        # Centred by what the displays are, which are maps in a list in a map.
+        # Centring reads the displays, a list of maps in a map.
         self.dart.set(windowalignment='{"x":0,"y":0}')
         wait_for('call setBounds { .*"x": 480 "y": 360 .*}')
 
-        # After an error, and where nothing is implemented, the same is asked for again.
+        # After an error or "not implemented" the application can make the same call again.
         for manner, method, name, value in (
             ("error", "setOpacity", "windowopacity", "0.5"),
             ("nothing", "setAlwaysOnTop", "windowalwaysontop", "true"),

@@ -152,7 +152,7 @@ class InstalledTest(IntakeTest):
         program.chmod(0o755)
 
     def open_share(self, link, text=None):
-        """Opens a link to a share, which has that text where it is there."""
+        """Opens a link to a share; writes the share before if a text for it is given."""
         identifier = str(uuid.uuid4())
         if text:
             share = HOME / "Downloads/.NativeShareInbox" / identifier

@@ -129,7 +129,7 @@ class NeighboursTest(unittest.TestCase):
         wait_until(lambda: "/s" in station.text(), "progress")
 
     def full(self, folder, size):
-        """Puts a small disk of its own where the folder is."""
+        """Mounts a small file system on the folder."""
         folder.mkdir(parents=True, exist_ok=True)
         subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}", "none", folder], check=True)
         self.addCleanup(subprocess.run, ["umount", "--lazy", folder], check=True)

@@ -21,12 +21,12 @@ GREEN = (38, 163, 105)  # what says in a menu that all is well
 
 
 def mouse(*orders):
-    """Does with the pointer and the keys what xdotool is told."""
+    """Runs xdotool with these arguments."""
     output_of("xdotool", *map(str, orders))
 
 
 def glide(start, end, steps=12):
-    """Moves the pointer as a hand does: a drag begins, and is followed, by its motions."""
+    """Moves the pointer in small steps: GTK follows a drag by its motion events."""
     for step in range(steps + 1):
         mouse("mousemove", *(a + (b - a) * step // steps for a, b in zip(start, end)))
 
@@ -36,7 +36,7 @@ def window_titled(title):
 
 
 def menu_is_open():
-    """Whether the program's own menu shows, which the window manager leaves alone."""
+    """Whether the program's own menu is shown, a window that the window manager does not manage."""
     return bool(set(visible_windows()) - set(managed_windows()))
 
 
@@ -45,7 +45,7 @@ def open_menu():
         mouse("mousemove", *ICON, "click", 1)
         return holds_within(5, menu_is_open)
 
-    # The panel takes an icon a little before it has a place for it.
+    # The panel accepts an icon shortly before it places it.
     wait_until(opened, "the menu")
 
 
@@ -71,7 +71,7 @@ def darkest(path):
 
 
 def pixels_like(colour, path):
-    """How many pixels of a picture are of that colour, give or take what antialiasing does."""
+    """How many pixels of a picture are of that colour, with a tolerance for antialiasing."""
     alike = f"-alpha off -fuzz 2% -fill black +opaque rgb{colour} -fuzz 0 -fill white +opaque black"
     alike = alike.replace(", ", ",").split()
     return round(float(output_of("convert", path, *alike, "-format", "%[fx:mean*w*h]", "info:")))

@@ -82,7 +82,7 @@ struct FakeStatusItem final : StatusItem {
   const Menu* menu = nullptr;
 };
 
-// What else of a desktop the application uses. It may refuse to open anything, and to be pasted to.
+// The other services of a desktop. With `refuses`, opening and copying fail.
 struct FakeDesktop final : Pasteboard, Workspace, Images, Screen, HostName {
   bool setText(const std::string& /*text*/) override { return !refuses; }
   void openUrl(const std::string& url, Callback callback) override {

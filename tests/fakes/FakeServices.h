@@ -68,7 +68,7 @@ struct FakeNetworkMonitor final : NetworkMonitor {
   std::function<void()> updated;
 };
 
-// A token that counts itself while it lives.
+// A token that is counted while it exists.
 template <class Token>
 struct Counted final : Token {
   explicit Counted(int& counter) : count(counter) { ++count; }
@@ -87,9 +87,8 @@ struct FakeProcessActivities final : ProcessActivities {
   std::map<std::string, int> held;
 };
 
-// Scopes that are counted by location, and bookmarks "bookmark of <location>" of whatever is asked
-// for. A bookmark of what has moved is stale and leads to the new place, or nowhere if that is
-// empty.
+// Counts scopes by location. The bookmark of a location is "bookmark of <location>"; once the item
+// has moved, it is stale and resolves to the new place, or fails if that is empty.
 struct FakeSecurityScopes final : SecurityScopes {
   using Path = std::filesystem::path;
 

@@ -9,7 +9,7 @@
 
 namespace brevanholt::platform {
 
-// Takes the log while it lives.
+// Captures the log while it exists.
 class CapturedLog {
  public:
   CapturedLog() {

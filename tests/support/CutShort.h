@@ -26,7 +26,7 @@ inline bool isCutShort(int n, const std::function<void()>& action) {
   int status = 0;
   ::waitpid(child, &status, 0);
   ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD);
-  // The process stops on the way into each call and on the way out.
+  // The process stops before and after each call.
   int stops = 0;
   while (stops < 2 * n - 1) {
     ::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);

@@ -11,7 +11,7 @@
 
 namespace brevanholt::platform {
 
-// A message bus of the test's own, that starts and ends with it.
+// A message bus that ends with the object.
 class PrivateBus {
  public:
   PrivateBus() : daemon_(g_test_dbus_new(G_TEST_DBUS_NONE)) { g_test_dbus_up(daemon_.get()); }
@@ -63,7 +63,7 @@ class BusService {
   }
   [[nodiscard]] Bus& bus() { return bus_; }
 
-  // Gives the name away.
+  // Releases the name.
   void vanish() {
     if (name_ != 0) g_bus_unown_name(std::exchange(name_, 0));
   }
@@ -95,7 +95,7 @@ inline void waitForName(Bus& bus, const char* name) {
   }));
 }
 
-// Waits for a reply on the bus's connection: what was sent before it has come then.
+// Waits for a reply on the bus's connection, by when all messages sent before have arrived.
 inline void settle(Bus& bus) {
   replyText(bus, {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}, nullptr);
   spinOnce();

@@ -9,7 +9,7 @@
 
 namespace brevanholt {
 
-// Two names that trade what they name as fast as the system can, for as long as this lives.
+// Exchanges two names again and again in a thread, while it exists.
 class Swapping {
  public:
   Swapping(std::filesystem::path one, std::filesystem::path other)

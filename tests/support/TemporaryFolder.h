@@ -8,7 +8,7 @@
 
 namespace brevanholt {
 
-// A folder that goes with the test, whatever its permissions have become.
+// A folder that is removed with the object, whatever permissions it has by then.
 class TemporaryFolder {
  public:
   // In `parent`, or where temporary files go.

@@ -11,9 +11,8 @@
 
 namespace brevanholt {
 
-// A small disk whose power can be cut: what was not yet written to it in earnest is then gone. It
-// does no file system's favours to programs that forget to wait for the disk. Takes root and loop
-// devices; where the tests have none, isMounted() says so.
+// A small disk whose power can be cut: what was not flushed is lost, also where ext4 would have
+// flushed on its own. Needs root and loop devices; isMounted() is false without them.
 class UnreliableDisk {
  public:
   UnreliableDisk() {

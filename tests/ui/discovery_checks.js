@@ -1,4 +1,4 @@
-// What strangers on the network can and cannot do to the list of devices.
+// The list of devices, while strangers on the network send what they like.
 
 import { TcpListener } from './engine/sockets.js';
 import { equal } from './harness.js';

@@ -27,13 +27,13 @@ class AppDelegateTest : public HostTest {
     const auto& items = platform_.statusItem.menu->items();
     (*std::ranges::find(items, title, &MenuItem::title))->activate();
   }
-  // How many requests to look for devices anew were sent since the last time.
+  // The number of discovery requests sent since the last call.
   std::ptrdiff_t requests() {
     platform_.mainQueue.drain();
     const auto events = std::exchange(platform_.engine.messenger.events, {});
     return std::ranges::count(events, "discoveryRecoveryRequested", &MethodCall::method);
   }
-  // Which activities are held, after a call with that mode.
+  // The activities that run after a call with that mode.
   std::pair<int, int> heldAfter(const Map& mode) {
     EXPECT_EQ(call("setBackgroundMode", mode), Reply(Value()));
     return {platform_.processActivities.held[kAvailability],

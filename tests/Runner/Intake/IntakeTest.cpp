@@ -39,7 +39,7 @@ class IntakeTest : public HostTest {
   void share(const std::vector<fs::path>& files, const std::string& text) {
     delegate_->shareWithBrevanholt({.files = files, .text = text});
   }
-  // The batches of entries that the UI was sent in this run, once there are so many.
+  // Waits for `count` batches, and returns those that the UI was sent in this run.
   std::vector<Value> batches(std::size_t count) {
     std::vector<Value> batches;
     platform_.mainQueue.runUntil([&] {

@@ -64,7 +64,7 @@ TEST_F(MigrationTest, MovesItemsUpBesideWhatIsThere) {
   EXPECT_EQ(fs::read_symlink(received("link")), "/nowhere");
   EXPECT_FALSE(fs::exists(received("home")));
 
-  // With a suffix this name would be too long for its folder's entry.
+  // With a suffix this name would be longer than a file system takes.
   put(std::string(254, 'n'), "here");
   put("home/ada/" + std::string(254, 'n'), "legacy");
   prepare();

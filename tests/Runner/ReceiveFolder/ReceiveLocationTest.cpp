@@ -71,8 +71,8 @@ TEST_F(ReceiveLocationTest, HandsOutScratchPathsThatStayInTheirArea) {
     EXPECT_TRUE(isUuid(last.substr(0, 36)));
     EXPECT_EQ(last.substr(36), "-" + expected);
   }
-  // A name that fills its folder's entry leaves no room for the UUID, nor for a number; the file
-  // can be received all the same, and twice.
+  // A name of the greatest length has no room for a UUID or a number. Its file can be received,
+  // even twice.
   std::string longName;
   while (longName.size() < 250) longName += "é";
   EXPECT_EQ(publish(scratch(longName, "long"), longName), received(longName));
@@ -162,8 +162,8 @@ TEST_F(ReceiveLocationTest, KeepsTheScratchFileOfWhatItRefuses) {
 }
 
 TEST_F(ReceiveLocationTest, NeverReplacesAFileThatAppearsInBetween) {
-  // Another program creates the same names all the while. Whoever comes first keeps a name, and
-  // every byte of both is still there in the end.
+  // Another program creates files of the same names meanwhile. Nothing is overwritten: every byte
+  // of both is there at the end.
   std::atomic<bool> stop = false;
   std::atomic<int> made = 0;
   std::thread creator([&] {
@@ -249,7 +249,7 @@ TEST_F(TwoDisksTest, LeavesNothingHalfOnAFullOrReadOnlyDisk) {
 }
 
 TEST_F(TwoDisksTest, KeepsTheOrderOfCallsBehindACopy) {
-  // All of these are made before the copy is through, yet see what it has done.
+  // These calls are made before the copy ends, and see its result.
   const std::string large = scratch("a", std::string(400'000, '1'));
   const auto first = begin("publishReceivedFile", Map{{"path", large}, {"name", "a"}});
   const auto second = begin("publishReceivedFile", Map{{"path", scratch("a", "2")}, {"name", "a"}});

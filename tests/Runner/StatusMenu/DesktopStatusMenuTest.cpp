@@ -42,7 +42,7 @@ class Content final : public ViewVisitor {
 
 class DesktopStatusMenuTest : public testing::Test {
  protected:
-  // How often the menu was built anew in that update.
+  // How often that update rebuilt the menu.
   int update(const Value& active, const List& recent = {}, bool available = true) {
     int rebuilds = 0;
     const Connection connection = controller_.menu().itemsChanged.connect([&] { ++rebuilds; });

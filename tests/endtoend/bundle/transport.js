@@ -33,7 +33,7 @@ async function largePayload(folder) {
   return equal;
 }
 
-/** What of all that would reach outside the bundle does, and which of the page's rules refused it. */
+/** Tries each way out of the bundle: which work, and which of the page's rules refused the others. */
 async function escapes() {
   const blocked = [];
   document.addEventListener('securitypolicyviolation', (event) => {

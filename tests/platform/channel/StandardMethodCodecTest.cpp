@@ -35,7 +35,7 @@ std::optional<Cause> causeOfDecoding(Raw raw) {
   return causeOf([&raw] { static_cast<void>(Codec::decodeMessage(std::move(raw))); });
 }
 
-// A list and, inside it, another: `depth` of them.
+// `depth` lists, each the only element of the one before.
 Raw nestedLists(int depth) {
   Raw raw;
   for (int level = 0; level < depth; ++level) raw.insert(raw.end(), {12, 1});
@@ -43,7 +43,7 @@ Raw nestedLists(int depth) {
   return raw;
 }
 
-// Every type, as it is written where a message begins.
+// A value of every type, and its encoding at the start of a message.
 const std::pair<Value, Raw> kTypes[] = {
     {{}, {0}},
     {true, {1}},
@@ -104,7 +104,7 @@ TEST(StandardMethodCodecTest, WritesMethodCallsAndEnvelopes) {
             (Raw{1, 7, 1, 'e', 7, 1, 'm', 0}));
   EXPECT_TRUE(Codec::encodeReply(NotImplemented{}).empty());
 
-  // The alignment of what follows an envelope's first byte counts from that byte.
+  // Alignment counts from the envelope's first byte.
   EXPECT_EQ(rawOf(Codec::encodeReply(Value(1.0))),
             (Raw{0, 6, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F}));
 }
@@ -138,7 +138,7 @@ TEST(StandardMethodCodecTest, DoesNotBelieveSizesThatAreNotThere) {
   for (const std::uint8_t tag : Raw{7, 8, 9, 10, 11, 12, 13, 14}) {
     EXPECT_EQ(causeOfDecoding({tag, 255, 0xFF, 0xFF, 0xFF, 0xFF}), Cause::kTruncated) << int{tag};
   }
-  // A list may claim as many elements as there are bytes, yet reserves only for those that come.
+  // A list may claim one element for each byte left; memory is reserved as elements are read.
   Raw claims{12, 255, 0x00, 0x00, 0x10, 0x00};
   claims.resize(claims.size() + 0x100000, 0xFE);
   EXPECT_EQ(causeOfDecoding(claims), Cause::kUnknownTag);

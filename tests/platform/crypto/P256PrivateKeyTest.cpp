@@ -60,7 +60,7 @@ TEST(P256PrivateKeyTest, TellsAFailingLibraryFromBytesThatAreNotAKey) {
 }
 
 TEST(P256PrivateKeyTest, GeneratesDifferentKeysWithTheSmallerY) {
-  // Half of the prime. Of y and the prime less y, that which is not above it is the smaller one.
+  // Half of the prime p: the smaller one of y and p - y is at most this.
   const Octets half = fromHex(
       "7fffffff80000000800000000000000000000000"
       "7fffffffffffffffffffffff");
@@ -77,7 +77,7 @@ TEST(P256PrivateKeyTest, RefusesWhatIsNotAnUncompressedPointOfTheCurve) {
   const auto refusal = [&key](const Octets& peer) {
     return refusalOf([&] { return key.sharedSecret(peer); });
   };
-  // The point at x = 0, and the same written with the prime in the place of zero.
+  // The point at x = 0, and its encoding with x = p, which is not canonical.
   const std::string y = "66485c780e2f83d72433bd5d84a06bb6541c2af31dae871728bf856a174f93f4";
   const Octets good = fromHex("04" + std::string(64, '0') + y);
   ASSERT_EQ(refusal(good), "not refused");

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The storage that a test waits for to be freed, and what was in it then.
+// The storage whose release a test watches, and its content at that moment.
 const void* watched = nullptr;
 std::vector<std::uint8_t>* contentWhenFreed = nullptr;
 constexpr std::size_t kWatchedSize = 32;

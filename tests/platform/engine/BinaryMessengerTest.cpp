@@ -197,7 +197,7 @@ TYPED_TEST(BinaryMessengerTest, AnswersOnAChannelThatNobodyServes) {
   EXPECT_EQ(this->ui_.repliesTo(this->ui_.call("brief", "x")), Texts{""});
 }
 
-// What holds for a UI that starts and ends.
+// Messengers whose UI starts and ends.
 template <class Ui>
 class EngineMessengerTest : public BinaryMessengerTest<Ui> {};
 using EngineMessengers = testing::Types<WebUi, FlutterUi>;

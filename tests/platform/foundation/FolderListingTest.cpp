@@ -49,7 +49,7 @@ TEST_F(FolderListingTest, ListsEachFolderRightBeforeItsItems) {
 
   EXPECT_THAT(items,
               UnorderedElementsAre("a/", "a/b/", "a/b/c/", "d/", "a/1: 5", "a/b/c/2: 5", "d/3: 5"));
-  // Of every folder, all that is in it follows it without a gap.
+  // The entries of a folder follow it directly.
   for (auto folder = items.begin(); folder != items.end(); ++folder) {
     if (!folder->ends_with('/')) continue;
     const auto isInside = [&](const std::string& item) { return item.starts_with(*folder); };

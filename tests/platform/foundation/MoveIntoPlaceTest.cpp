@@ -161,7 +161,7 @@ TEST_F(MoveIntoPlaceTest, RemovesWhatKilledCopiesLeftAndNothingElse) {
   EXPECT_EQ(entryCount(folder_ / "to"), 2);
   EXPECT_EQ(entryCount(folder_ / "to/deep"), 1);
 
-  // What is being copied just now stays, whoever looks for leftovers.
+  // A copy under way is not taken for a leftover.
   fs::resize_file(put("a"), std::uintmax_t{8} << 30);
   std::stop_source stop;
   std::string outcome;

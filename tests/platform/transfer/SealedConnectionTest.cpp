@@ -58,7 +58,7 @@ class SealedConnectionTest : public testing::Test {
                  queue_);
   }
 
-  // The outcome of a call, once it is there; errors by their number.
+  // Waits for the outcome of a call.
   template <class T, class F>
   Outcome<T> outcomeOf(F call) {
     std::optional<Outcome<T>> found;

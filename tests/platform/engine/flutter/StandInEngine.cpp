@@ -26,7 +26,7 @@ void answer(GTask* task) {
   g_object_unref(task);
 }
 
-// An object of the engine's whose inside nobody looks into.
+// An opaque object of the engine.
 template <class T>
 T* object() {
   return static_cast<T*>(static_cast<void*>(g_object_new(G_TYPE_OBJECT, nullptr)));

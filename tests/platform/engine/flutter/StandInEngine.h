@@ -24,11 +24,11 @@ class StandInDart {
   void listen(const std::string& channel);
   // Calls the host, and returns the call's number. -1 for a channel without a handler.
   int call(const std::string& channel, const std::string& text);
-  // The first event that is not answered, and nothing while there is none.
+  // The first event without an answer, if there is one.
   std::optional<std::string> next();
-  // Answers what next() gave.
+  // Answers the event that next() returned.
   void handle();
-  // Forgets everything, as the end of the code does. What is on its way is answered unhandled.
+  // Forgets everything, as when the Dart code ends. Messages under way are answered as unhandled.
   void end();
 
   void arrived(Event event);

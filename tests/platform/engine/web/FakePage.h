@@ -12,7 +12,7 @@
 
 namespace brevanholt::platform {
 
-// The far end of a link: blocking, as a page's process may be driven by hand.
+// The page's end of a link, with blocking calls.
 class FakePage {
  public:
   explicit FakePage(
@@ -31,7 +31,7 @@ class FakePage {
     const Bytes frame = LinkFrame::encode(kind, channel, number, message).joined();
     sendRaw(frame.data(), frame.size());
   }
-  // The next frame, or nothing where none comes in that time.
+  // The next frame, or nothing if none comes in that time.
   std::optional<LinkFrame> receive(
       std::chrono::milliseconds limit = std::chrono::milliseconds(500)) {
     std::uint32_t size = 0;

@@ -38,7 +38,7 @@ class Server {
   }
 
   void hang() { service_.hang(); }
-  // Keeps the answers to Notify back until they are let go.
+  // Holds the replies to Notify back until letAnswersGo().
   void holdAnswers() {
     service_.bus().whenConnected([this](GDBusConnection* connection) {
       filter_ = g_dbus_connection_add_filter(connection, hold, this, nullptr);
@@ -62,7 +62,7 @@ class Server {
   std::vector<std::string> bodies;
 
  private:
-  // On the connection's own thread, before the test lets them go.
+  // Runs in the connection's own thread.
   static GDBusMessage* hold(GDBusConnection*, GDBusMessage* message, gboolean isIncoming,
                             gpointer self) {
     const std::string_view signature = g_dbus_message_get_signature(message);

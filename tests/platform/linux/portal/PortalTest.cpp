@@ -71,7 +71,7 @@ class FakePortal {
   std::map<std::string, std::string> shown;
 
  private:
-  // Answers before the call returns, as a portal that need not ask may.
+  // Answers before the call returns, as a portal may that shows no dialog.
   GVariant* decide(GVariant* asked) {
     const GVariantPointer options(g_variant_get_child_value(asked, 1));
     const char* token = nullptr;

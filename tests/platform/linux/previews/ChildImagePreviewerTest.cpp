@@ -46,7 +46,7 @@ class ChildImagePreviewerTest : public testing::Test {
     options_.bubblewrap = folder_ / "none";
     previewer_ = std::make_unique<ChildImagePreviewer>(options_);
   }
-  // A child of the test's own that does as the shell commands say.
+  // A child that runs these shell commands.
   void useChild(const std::string& commands) {
     options_.child = file("child", "#!/usr/bin/sh\n[ \"$1\" = --check ] && exit 0\n" + commands);
     fs::permissions(options_.child, fs::perms::owner_all);
@@ -297,7 +297,7 @@ TEST_F(ChildImagePreviewerTest, EndsTheChildWhenItGoesAndAnswers) {
   EXPECT_TRUE(spinUntil([child] { return ::kill(child, 0) != 0; })) << "it is dead, and reaped";
 }
 
-// Where it is not installed, this is true as well: the tests need the package.
+// True without bubblewrap as well, so that the tests fail: they need it.
 bool mayMakeSandboxes() {
   return std::system(
              "(! command -v bwrap || bwrap --unshare-all --ro-bind / / true) >/dev/null 2>&1") == 0;

@@ -25,7 +25,7 @@ constexpr const char* kDescription =
        <method name="Dequeue"><arg type="u" direction="in"/></method>
        <signal name="Finished"><arg type="u"/></signal></interface></node>)";
 
-// A thumbnailer that makes what the test makes in its place.
+// A thumbnailing service that replies; the test itself writes the thumbnails.
 class FakeTumbler {
  public:
   explicit FakeTumbler(const std::string& address)
@@ -42,7 +42,7 @@ class FakeTumbler {
   const char* flavor = "large";
   std::vector<std::string> queued;
   std::vector<unsigned> dequeued;
-  // What it does before it answers a request, whose handle is the number of requests until then.
+  // Called before a request is answered. Its handle is the number of requests so far.
   std::function<void(unsigned handle)> onQueue = [](unsigned) {};
 
  private:

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 class AutostartLoginItemTest : public testing::Test {
  protected:
-  // A program that leaves its arguments beside itself.
+  // A program that writes its arguments to a file beside itself.
   fs::path makeProgram(const std::string& folder) {
     fs::create_directories(home_ / folder);
     fs::path program = home_ / folder / "brevanholt";

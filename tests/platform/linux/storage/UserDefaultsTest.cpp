@@ -91,7 +91,7 @@ bool staysSet(UserDefaults& defaults, const std::string& key) {
   return stays;
 }
 
-// Whether two keys stay set that two threads set at once.
+// Whether two keys that two threads set at once are both kept.
 bool doNotDisturbEachOther(UserDefaults& one, UserDefaults& other) {
   bool oneStays = false;
   std::thread thread([&] { oneStays = staysSet(one, "one"); });
@@ -241,7 +241,8 @@ TEST_F(KeyFileUserDefaultsTest, KeepsOneKeyWhileAnotherProcessSetsAnother) {
   EXPECT_TRUE(doNotDisturbEachOther(defaults_, others));
 }
 
-// What is kept after the process, or the power, went before the n-th system call of setData().
+// What is kept if the process is killed, or the power cut, before the n-th system call of
+// setData().
 class CutShortTest : public testing::Test {
  protected:
   // Sets "key" anew again and again, cut short one call later each time.

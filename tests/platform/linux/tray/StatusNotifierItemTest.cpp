@@ -55,7 +55,7 @@ class StatusNotifierItemTest : public testing::Test {
                                    .activationTokenGiven = [](const std::string&) {},
                                    .shownChanged = [this](bool isShown) { isShown_ = isShown; }});
   }
-  // By its connection's own name, which it has at once.
+  // The item registers by its connection's unique name.
   std::string connectionName() {
     std::string name;
     host_.whenConnected([&name](GDBusConnection* connection) {

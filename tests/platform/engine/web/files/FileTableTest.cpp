@@ -54,7 +54,7 @@ class FileTableTest : public testing::Test {
     const Bytes bytes = *std::get<Value>(reply).getIf<Bytes>();
     return {bytes.begin(), bytes.end()};
   }
-  // The name of the system's error, or what else came.
+  // The name of the system's error, or another error's message.
   static std::string errorOf(const Reply& reply) {
     const auto* error = std::get_if<MethodError>(&reply);
     if (error == nullptr) return "no error";

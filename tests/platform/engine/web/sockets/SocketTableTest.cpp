@@ -160,7 +160,7 @@ TEST_F(SocketTableTest, TellsWhyThereIsNoConnection) {
             "“example.org” port 80 is no network address.");
   EXPECT_EQ(errorOf(wait(startConnecting("127.0.0.1", 70000))),
             "“127.0.0.1” port 70000 is no network address.");
-  // Nobody takes calls from a full backlog.
+  // A full backlog accepts no more connections.
   std::array<SharedReply, 8> waiting;
   for (SharedReply& reply : waiting) reply = startConnecting("127.0.0.1", port, 300);
   EXPECT_EQ(errorOf(wait(waiting.back())), "ETIMEDOUT");
