@@ -58,7 +58,7 @@ int run(const platform::LaunchOptions& options) {
   return application.wantsRestart() ? kRestart : statusOf(options.request, status);
 }
 
-// What was asked for once is not asked for again.
+// The new version gets no request that this one has already carried out.
 int startAnew(const std::filesystem::path& program, const platform::LaunchOptions& options,
               std::vector<char*> arguments) {
   const auto& request = options.request;
@@ -74,7 +74,8 @@ int startAnew(const std::filesystem::path& program, const platform::LaunchOption
 int main(int argc, char** argv) {
   keepMemoryBetweenPayloads();
   brevanholt::platform::installJournalLog();
-  // Both change: the link with the file on the disk, the arguments as they are parsed.
+  // Read first: the link to the executable changes when the file is replaced, and parsing changes
+  // the arguments.
   const auto program = brevanholt::platform::InstallLayout::ofThisProcess().executable;
   const std::vector<char*> arguments(argv, argv + argc);
   const auto options =

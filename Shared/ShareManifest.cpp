@@ -94,7 +94,7 @@ Items itemsIn(ondemand::document& manifest) {
     if (field.value().type() != Type::array) refuse("it has no list of items");
     for (auto item : field.value().get_array()) addItem(item.value(), *items);
   }
-  // Only at the end of the text is there no location.
+  // There must be nothing after the object: at the end of the text there is no location.
   if (manifest.current_location().error() != simdjson::OUT_OF_BOUNDS) refuseSyntax();
   if (!items) refuse("it has no list of items");
   return std::move(*items);

@@ -25,8 +25,8 @@ struct ReleaseFilter {
 };
 using Filter = std::unique_ptr<void, ReleaseFilter>;
 
-// What decoders, the C library, GLib and fontconfig use whatever the arguments. Everything else
-// does as if the kernel had never heard of it, which libraries are prepared for.
+// Calls that decoders, the C library, GLib and fontconfig need, with any arguments. All others fail
+// with ENOSYS, as on a kernel without them, which libraries are prepared for.
 constexpr std::array kHarmlessCalls{
     // Input and output on what is open.
     SCMP_SYS(read), SCMP_SYS(readv), SCMP_SYS(pread64), SCMP_SYS(write), SCMP_SYS(writev),

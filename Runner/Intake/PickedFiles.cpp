@@ -17,7 +17,7 @@ namespace {
 constexpr const char* kBookmarks = "pickedFileBookmarks";
 constexpr const char* kQueueLabel = "org.brevanholt.Brevanholt.bookmarks";
 
-// Runs what reads or writes the bookmarks: they are upkeep, and no pick fails over them.
+// Reads or writes the bookmarks. A failure is logged: a pick succeeds without its bookmark.
 void attempt(const std::function<void()>& upkeep) {
   try {
     upkeep();

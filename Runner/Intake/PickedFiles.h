@@ -47,7 +47,7 @@ class PickedFiles {
 
   platform::SecurityScopes& scopes_;
   platform::UserDefaults& defaults_;
-  // By the path that is its bookmark's key. A stale bookmark's scope is here by two.
+  // By the bookmark's key. The scope of a stale bookmark is here under its new path as well.
   std::map<std::string, std::shared_ptr<platform::SecurityScope>> securityScopedURLs_;
   platform::DispatchQueue bookmarkQueue_;
 };

@@ -69,7 +69,7 @@ void MainFlutterWindow::windowDidBecomeKey() {
   requestDiscoveryRecovery();
 }
 
-// Every occasion asks, unfiltered; the UI decides what comes of it, and how often.
+// Every event sends a request; the UI decides how often it looks for devices.
 void MainFlutterWindow::configureDiscoveryRecovery() {
   const auto request = [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->requestDiscoveryRecovery();

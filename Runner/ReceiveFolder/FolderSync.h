@@ -10,16 +10,16 @@
 
 namespace brevanholt {
 
-// Waits for the disk to have folders' new entries, off the main thread. What is asked for while a
-// sync runs shares the next one. For the main thread.
+// Flushes folders, so that their new entries outlast a power cut, off the main thread. Requests
+// that come while a flush runs share the next one. For the main thread.
 class FolderSync {
  public:
   using Folders = std::set<std::filesystem::path>;
 
   explicit FolderSync(platform::MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
-  // Calls `done` when the entries made so far in these folders outlast a power cut. A folder that
-  // cannot be synced is logged: its entries are there, and doing it all again would double them.
+  // Calls `done` when these folders were flushed. A folder that cannot be flushed is logged and no
+  // error: its files are in place, and a caller that tried again would place them twice.
   void afterSync(const Folders& folders, platform::UniqueFunction<void()> done);
 
  private:

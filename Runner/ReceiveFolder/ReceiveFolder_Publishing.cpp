@@ -39,7 +39,7 @@ void ReceiveFolder::publishFile(const Arrival& arrival, Placed done) {
   const auto placed = outcomeOf([&]() -> std::optional<fs::path> {
     name = receivedFileName(arrival.name);
     const std::string relative = safeRelativePath(arrival.relativePath.value_or(name));
-    // The relative path only chooses the subfolder; its last piece gives way to the name.
+    // The relative path only chooses the subfolder: the name replaces its last component.
     folder = (requiredReceiveDirectory() / relative).parent_path();
     create(folder);
     if (copies_.isPending(folder / name)) return std::nullopt;  // that one gets its name first

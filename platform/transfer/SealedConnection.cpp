@@ -46,7 +46,7 @@ Outcome<T> SealedConnection::attempt(F& work) {
   try {
     if (isClosed_) return canceled();
     Outcome<T> outcome = work();
-    // What ended because of that did not end by itself.
+    // close() has ended the work, whatever its outcome.
     if (isClosed_) outcome = canceled();
     return outcome;
   } catch (const SystemError& error) {
@@ -183,7 +183,7 @@ Arrival SealedConnection::nextArrival(std::size_t largestFrame) {
   const bool wasStalled = content_.isStalled();
   if (wasStalled) {
     content_.take(segments_, news);
-    // Nobody expects it, although it was asked about.
+    // The caller was told of the entry and still does not expect it.
     if (news.wanted && news.taken == 0 && news.whole.empty() && news.failed.empty()) {
       throw SystemError("understand the content", EPROTO);
     }
@@ -225,7 +225,7 @@ void SealedConnection::add(Arrival news) {
     news_.wanted = news.wanted;
     isWaitingForPart_ = true;
   }
-  // After the end nothing can come but this.
+  // After the end every later call gets this error.
   if (news.isEnd) failure_ = SystemError("read from the connection", ECONNRESET);
   if (!news.record && !news.isEnd) return;
   news_.record = std::move(news.record);

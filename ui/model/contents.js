@@ -7,7 +7,7 @@ import { isCount, isListOf, isOneOf, isRecord, isText } from './schema.js';
 
 /** Clusters of a name that are shown. */
 export const NAME_CLUSTERS = 60;
-/** Nodes of a tree, and those at its top that outlast the question. */
+/** The most nodes of a tree, and how many of its top are kept once the question is answered. */
 const MOST = 400;
 const LISTED = 50;
 

@@ -25,7 +25,7 @@ import { QuestionGate } from './question_gate.js';
 import { Questions } from './questions.js';
 import { keepReceivedText } from './received.js';
 
-/** Ends after which nobody goes on. */
+/** Errors after which what has arrived is not kept for a resumption. */
 const DISCARDS = new Set([
   'cancelled',
   'cancelled-there',
@@ -248,7 +248,7 @@ export class Courier {
   }
 
   /**
-   * Ends it so that it can go on later where it was.
+   * Pauses it: sent again, it goes on where it was.
    * @param {string} id
    */
   pause(id) {
@@ -304,7 +304,7 @@ export class Courier {
   }
 
   /**
-   * What has arrived is kept to go on with, unless nobody wants to or it fills the disk.
+   * Keeps what has arrived for a resumption, unless the transfer was cancelled or the disk is full.
    * @param {string} id
    * @param {string | undefined} code
    */

@@ -5,7 +5,7 @@ import { words } from '../text/words.js';
 
 /** @typedef {{ key: string, name: string }} Named with the key in hexadecimal */
 
-/** Names that read the same: case, width and accents do not tell devices apart. @param {string} name */
+/** The same for names that differ in case, width or accents only. @param {string} name */
 const readAs = (name) =>
   name.normalize('NFKD').replace(/\p{M}/gu, '').toLowerCase().replace(/\s+/g, ' ').trim();
 

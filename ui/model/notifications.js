@@ -40,7 +40,7 @@ function notificationOf(transfer) {
     : null;
 }
 
-/** Names of an offer that a notification has. */
+/** The most names of an offer that a notification lists. */
 const NAMED = 5;
 
 /** How much is offered comes first: the desktop cuts what is long. @param {Transfer} transfer */

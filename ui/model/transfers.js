@@ -242,7 +242,7 @@ export class Transfers extends EventTarget {
     this.#timer = setTimeout(() => {
       this.#timer = undefined;
       this.#told = performance.now();
-      // What a view keeps is not to change under it.
+      // Views get copies: they compare what they have with what comes next.
       this.#list = this.#list.map((one) => (hasEnded(one) ? one : { ...one }));
       this.dispatchEvent(new Event('change'));
     }, wait);
@@ -250,7 +250,7 @@ export class Transfers extends EventTarget {
 }
 
 /**
- * Texts have a name of the language, and so has what was sent beside others.
+ * Renames texts, and what is called “… and 2 more”, in the language of the window.
  * @param {Transfer} transfer
  * @returns {Transfer}
  */
@@ -272,7 +272,7 @@ function changed(transfer, change) {
   if (change.state === undefined) return after;
   after.when = Date.now();
   if (change.state !== 'confirming') after.isConfirmed = false;
-  // The tree is for whoever decides about it.
+  // The tree is only shown while the question is open.
   if (change.state !== 'asking') after.contents = topOf(after.contents);
   return after;
 }

@@ -61,7 +61,7 @@ class FlutterBinaryMessenger::OwedReplies {
   std::uint64_t last_ = 0;
 };
 
-// What the engine hands back with an answer; it never does when it ends before.
+// The user data of a response. The engine does not return it if it ends before the response.
 struct FlutterBinaryMessenger::PendingAnswer {
   std::weak_ptr<FlutterBinaryMessenger*> messenger;
   std::uint64_t number;

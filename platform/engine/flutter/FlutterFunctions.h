@@ -2,7 +2,7 @@
 
 #include <gio/gio.h>
 
-// Types of Flutter's public C interface for GTK, which are not looked into. An FlView is a
+// Opaque types of Flutter's public C interface for GTK. An FlView is a
 // GtkWidget and a plugin registry, and all of them are GObjects.
 struct _FlDartProject;
 struct _FlView;

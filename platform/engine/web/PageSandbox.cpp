@@ -14,9 +14,9 @@ namespace {
 constexpr const char* kBubblewrap = "/usr/bin/bwrap";
 constexpr const char* kBusProxy = "/usr/bin/xdg-dbus-proxy";
 
-// WebKit shows the sandbox the folder that the session bus's socket is in. Of a socket in "/", even
-// of one that is not there, that is everything; and there a file of root's sandbox would stay, by
-// which programs think that they are in a Flatpak.
+// WebKit makes the folder of the session bus's socket visible in the sandbox. For a socket in "/",
+// even a missing one, that is the whole file system. The sandbox's /.flatpak-info would then be
+// written to this machine, and other programs would believe that they run in a Flatpak.
 bool isBusInRoot() {
   const char* address = g_getenv("DBUS_SESSION_BUS_ADDRESS");
   const std::string_view path = "unix:path=/";

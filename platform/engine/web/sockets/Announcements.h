@@ -26,7 +26,7 @@ class Announcements {
     std::chrono::milliseconds shortest{};
     std::chrono::milliseconds longest{};
   };
-  // Sends one; its failure is nobody's concern.
+  // Sends one datagram; a failure is ignored.
   using Send = std::function<void(const Datagram&)>;
 
   // Takes the place of what was repeated before. The first round is after a pause.

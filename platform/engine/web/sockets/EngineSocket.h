@@ -10,7 +10,8 @@ class EngineSocket {
  public:
   virtual ~EngineSocket() = default;
 
-  // For somebody else to go on with; what waits on this object waits until it is destroyed.
+  // Gives the socket to another owner. Calls that wait on this object are answered when it is
+  // destroyed.
   [[nodiscard]] FileDescriptor release() { return std::move(descriptor_); }
 
  protected:

@@ -22,7 +22,7 @@ class TcpConnection final : public EngineSocket {
   // Begins to connect. Throws SystemError.
   explicit TcpConnection(const SocketAddress& address);
 
-  // Waits until the connection stands. `connected` makes what the page gets for it.
+  // Waits until the connection is established. `connected` makes the reply to the page.
   void whenConnected(std::int64_t limitMilliseconds, MethodResult& result,
                      std::function<Value()> connected, std::function<void()> failed);
   [[nodiscard]] Value description() const;

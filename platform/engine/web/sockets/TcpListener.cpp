@@ -45,7 +45,7 @@ bool TcpListener::acceptNow() {
       ::accept4(descriptor(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
   // Ignores connections that were aborted before accept.
   if (!connection && (errno == EAGAIN || errno == EINTR || errno == ECONNABORTED)) return false;
-  // Hangs up on a peer from elsewhere.
+  // Closes connections from addresses that the rules refuse.
   if (connection && !rules_.isPeer(SocketAddress::ofPeer(connection.get()))) return false;
   onReadable_.stop();
   if (!connection) {

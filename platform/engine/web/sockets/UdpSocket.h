@@ -21,10 +21,10 @@ class UdpSocket final : public EngineSocket {
   void join(const std::string& group, const std::string& interface);
   // Throws SystemError.
   void send(const Bytes& bytes, const SocketAddress& to);
-  // What is this socket's own, and dropped where it comes back.
+  // A datagram that this socket sends itself, and drops when it receives it.
   void ignore(const Bytes& bytes) { ignored_ = bytes; }
   void receive(MethodResult& result);
-  // What is sent once more when the socket closes, however that comes about; nothing where empty.
+  // The datagram that is sent when the socket closes for whatever reason; none if it is empty.
   void setFarewell(const Bytes& bytes, const SocketAddress& to);
 
  private:
