@@ -137,6 +137,19 @@ export const actionsChecks = {
     equal(distinctName({ key: '04cd', name: 'ÁLICE' }, known), 'ÁLICE (not the one you know)');
   },
 
+  async anEmptiedNameGoesBackToTheComputersOwn() {
+    const application = mount();
+    open('Settings');
+    const field = document.querySelector('dialog[open] input[type=text]');
+    const name = field.value;
+    field.value = ' ';
+    field.dispatchEvent(new Event('input'));
+    control('Rename').click();
+    await settled();
+    equal(application.calls, [['changeSettings', { deviceName: '' }]]);
+    equal([field.value === name, control('Rename').disabled], [true, true]);
+  },
+
   async aFailureIsShownAndASwitchGoesBack() {
     const application = mount();
     application.nextFailure = 'The login item could not be registered.';

@@ -18,11 +18,12 @@ const NOTIFICATIONS = {
 
 /**
  * A text of one line with a button that changes it.
- * @param {{ label: string, hint: string, change: string }} texts
+ * @param {{ label: string, hint: string, change: string, mayBeEmpty?: boolean }} options texts, and
+ *     whether the text can be emptied to have the usual one
  * @param {(text: string) => Promise<unknown>} changed
  * @param {...Node} besides
  */
-function textSetting({ label, hint, change }, changed, ...besides) {
+function textSetting({ label, hint, change, mayBeEmpty = false }, changed, ...besides) {
   const id = uniqueId();
   const field = element('input', {
     id,
@@ -34,7 +35,8 @@ function textSetting({ label, hint, change }, changed, ...besides) {
   const submit = element('button', {}, change);
   let shown = '';
   const refresh = () => {
-    submit.disabled = ['', shown].includes(field.value.trim());
+    const text = field.value.trim();
+    submit.disabled = text === shown || (text === '' && !mayBeEmpty);
   };
   const form = element(
     'form',
@@ -46,7 +48,10 @@ function textSetting({ label, hint, change }, changed, ...besides) {
   field.addEventListener('input', refresh);
   form.addEventListener('submit', async (event) => {
     event.preventDefault();
-    if (!submit.disabled) await changed(field.value.trim());
+    if (submit.disabled) return;
+    await changed(field.value.trim());
+    if (field.value.trim() === '') field.value = shown;
+    refresh();
   });
   return {
     element: form,
@@ -69,6 +74,7 @@ export function namePart(application, attempt) {
       label: words('settings.name'),
       hint: words('settings.nameHint'),
       change: words('settings.nameChange'),
+      mayBeEmpty: true,
     },
     (deviceName) => attempt(() => application.changeSettings({ deviceName })),
   );

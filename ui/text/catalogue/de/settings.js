@@ -4,7 +4,8 @@
 export const settings = {
   'settings.title': 'Einstellungen',
   'settings.name': 'Dieses Gerät',
-  'settings.nameHint': 'Unter diesem Namen sehen es andere Geräte.',
+  'settings.nameHint':
+    'Unter diesem Namen sehen es andere Geräte. Ein leeres Feld steht für den Namen des Rechners.',
   'settings.nameChange': 'Umbenennen',
   'settings.visible': 'In der Nähe sichtbar',
   'settings.visibleHint': 'Geräte in diesem Netzwerk sehen dieses.',

@@ -3,7 +3,8 @@
 export const settings = {
   'settings.title': 'Settings',
   'settings.name': 'This device',
-  'settings.nameHint': 'Other devices see it under this name.',
+  'settings.nameHint':
+    'Other devices see it under this name. Leave it empty to use the computer’s own name.',
   'settings.nameChange': 'Rename',
   'settings.visible': 'Visible nearby',
   'settings.visibleHint': 'Devices on this network see this one.',
