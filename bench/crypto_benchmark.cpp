@@ -11,7 +11,7 @@
 
 #include <functional>
 
-#include "bench/SecondsOf.h"
+#include "bench/InTurns.h"
 
 namespace brevanholt {
 namespace {
@@ -69,20 +69,11 @@ class BareCipher {
   std::vector<std::uint8_t> output_;
 };
 
-// One after the other in each round, since a shared machine is not the same from one moment to the
-// next.
 void beside(benchmark::State& state, const std::function<void()>& work, const Bytes& payload) {
   BareCipher cipher(payload.size());
-  double working = 0;
-  double bare = 0;
-  for (auto _ : state) {
-    const double seconds = secondsOf(work);
-    bare += secondsOf([&] { cipher.run(payload); });
-    working += seconds;
-    state.SetIterationTime(seconds);
-  }
+  inTurns(state, [&] { return secondsOf(work); },
+          {{"bare_cipher", [&] { return secondsOf([&] { cipher.run(payload); }); }}});
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(payload.size()));
-  state.counters["of_bare_cipher"] = bare / working;
 }
 
 void BM_Seal(benchmark::State& state) {

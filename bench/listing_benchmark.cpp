@@ -6,11 +6,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
-#include "bench/SecondsOf.h"
+#include "bench/InTurns.h"
 
 namespace brevanholt {
 namespace {
@@ -28,27 +27,20 @@ void fill(const std::filesystem::path& folder) {
   }
 }
 
-// In turns with `find`, since a machine is not the same from one second to the next.
 template <class List>
 void compareWithFind(benchmark::State& state, List list) {
   const TemporaryFolder folder;
   fill(folder.path());
-  const std::string find = "find '" + folder.path().string() + "' -printf '%y %s %P\\n' >/dev/null";
-  double listing = 0;
-  double finding = 0;
-  for (auto _ : state) {
-    finding += secondsOf([&] {
-      if (std::system(find.c_str()) != 0) state.SkipWithError("find failed");
-    });
-    const double seconds = secondsOf([&] {
+  const auto ours = [&] {
+    return secondsOf([&] {
       if (list(folder.path()) < std::size_t{kFolders} * kFilesInEach) {
         state.SkipWithError("files are missing");
       }
     });
-    listing += seconds;
-    state.SetIterationTime(seconds);
-  }
-  state.counters["of_find"] = listing / finding;
+  };
+  inTurns(state, ours,
+          {shellCommand(state, "find",
+                        "find '" + folder.path().string() + "' -printf '%y %s %P\\n' >/dev/null")});
 }
 
 void BM_ListFolder(benchmark::State& state) {

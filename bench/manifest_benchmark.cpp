@@ -12,7 +12,7 @@
 #include <functional>
 #include <string>
 
-#include "bench/SecondsOf.h"
+#include "bench/InTurns.h"
 
 namespace brevanholt {
 namespace {
@@ -90,30 +90,24 @@ void BM_TakeShare(benchmark::State& state, Make make) {
   const std::string manifest = make(share);
   const fs::path copy = downloads / "copy.json";
   writeFile(copy, manifest);
-  const std::string tool = "python3 -m json.tool '" + copy.string() + "' >/dev/null";
-  double taking = 0;
-  double reading = 0;
-  for (auto _ : state) {
+  const auto ours = [&] {
     writeFile(share / "share.json", manifest);
-    reading += secondsOf([&] {
-      if (std::system(tool.c_str()) != 0) state.SkipWithError("python3 -m json.tool failed");
-    });
-    const double seconds = secondsOf([&] {
+    return secondsOf([&] {
       const auto shares = BrevanholtNativeShareStore(downloads.path()).consumePending();
       benchmark::DoNotOptimize(shares.data());
     });
-    taking += seconds;
-    state.counters["refused"] = fs::exists(share / "share.json") ? 1 : 0;
-    state.SetIterationTime(seconds);
-  }
-  state.counters["of_json_tool"] = taking / reading;
+  };
+  inTurns(state, ours,
+          {shellCommand(state, "json_tool",
+                        "python3 -m json.tool '" + copy.string() + "' >/dev/null")});
+  state.counters["refused"] = fs::exists(share / "share.json") ? 1 : 0;
 }
 
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define BREVANHOLT_MANIFEST(make)              \
   BENCHMARK_CAPTURE(BM_TakeShare, make, &make) \
       ->Unit(benchmark::kMillisecond)          \
-      ->Iterations(3)                          \
+      ->Iterations(4)                          \
       ->UseManualTime()
 // NOLINTEND(bugprone-macro-parentheses)
 BREVANHOLT_MANIFEST(longPath);

@@ -1,5 +1,5 @@
-// Publishing through the channel's own handler: many small files within one file system beside `mv`
-// and one `sync`, and one large file from one file system to another beside `cp` and `sync`.
+// Publishing through the channel's own handler: many small files within one file system beside
+// `mv`, and one large file from one file system to another beside `cp` and `sync`.
 //
 // BREVANHOLT_OTHER_DISK names a folder on another file system than the temporary folder (TMPDIR).
 
@@ -13,7 +13,7 @@
 
 #include <unistd.h>
 
-#include "bench/SecondsOf.h"
+#include "bench/InTurns.h"
 
 namespace brevanholt {
 namespace {
@@ -66,38 +66,40 @@ void publishAll(FakePlatform& platform, const std::vector<fs::path>& files) {
   for (const auto& reply : replies) platform.mainQueue.runUntil([&] { return reply->has_value(); });
 }
 
-// All calls are made before the first reply, as a page that does not wait makes them. In turns with
-// one `mv` of all of them and one sync of their file system.
+// All calls are made before the first reply, as a page that does not wait makes them. Each way
+// finds the files on the disk already, since a file is flushed before it is published. `sync
+// FOLDER` flushes the names in it, as the host does; `sync -f` everything that waits for its file
+// system.
 void BM_PublishSmallFiles(benchmark::State& state) {
   const TemporaryFolder folder;
+  const std::string source = folder / "source";
+  const std::string moved = folder / "moved";
   Host host(folder / "Downloads");
-  const fs::path moved = folder / "moved";
-  const std::string command = "mv -n '" + (folder / "source").string() + "'/* '" + moved.string() +
-                              "' && sync -f '" + moved.string() + "'";
-  double publishing = 0;
-  double moving = 0;
-  for (auto _ : state) {
-    writeSmallFiles(folder / "source", state.range(0));
-    fs::create_directory(moved);
-    ::sync();
-    moving += secondsOf([&] {
-      if (std::system(command.c_str()) != 0) state.SkipWithError("mv failed");
-    });
-    const auto files = writeSmallFiles(folder / "source", state.range(0));
-    ::sync();
-    const double seconds = secondsOf([&] { publishAll(host.platform, files); });
-    publishing += seconds;
-    state.SetIterationTime(seconds);
+  const auto prepare = [&] {
     fs::remove_all(moved);
+    fs::create_directory(moved);
+    auto files = writeSmallFiles(source, state.range(0));
+    ::sync();
+    return files;
+  };
+  const auto ours = [&] {
+    const auto files = prepare();
+    const double seconds = secondsOf([&] { publishAll(host.platform, files); });
     fs::remove_all(folder / "Downloads/Brevanholt");
-  }
+    return seconds;
+  };
+  const auto move = [&](const char* name, const std::string& flush) {
+    return shellCommand(state, name, "mv -n '" + source + "'/* '" + moved + "'" + flush, prepare);
+  };
+  inTurns(state, ours,
+          {move("mv", ""), move("mv_and_fsync", " && sync '" + moved + "'"),
+           move("mv_and_syncfs", " && sync -f '" + moved + "'")});
   state.SetItemsProcessed(state.iterations() * state.range(0));
-  state.counters["of_mv_and_sync"] = publishing / moving;
 }
 BENCHMARK(BM_PublishSmallFiles)
     ->Arg(1000)
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(10)
+    ->Iterations(12)
     ->UseManualTime();
 
 void BM_ProbeTakenNames(benchmark::State& state) {
@@ -121,32 +123,28 @@ void BM_ProbeTakenNames(benchmark::State& state) {
 }
 BENCHMARK(BM_ProbeTakenNames)->Unit(benchmark::kMillisecond);
 
-// One after the other in each round, since a disk is not the same from one minute to the next.
 void BM_PublishAcrossFileSystems(benchmark::State& state) {
   const TemporaryFolder source(otherDisk());
   const TemporaryFolder target;
-  Host host(target.path());
+  const std::string large = source / "large";
   const std::string copy = target / "copy";
-  const std::string command = "cp '" + (source / "large").string() + "' '" + copy + "' && sync '" +
-                              copy + "' '" + target.path().string() + "'";
-  double publishing = 0;
-  double copying = 0;
-  for (auto _ : state) {
-    writeLargeFile(source / "large");
-    copying += secondsOf([&] {
-      if (std::system(command.c_str()) != 0) state.SkipWithError("cp failed");
-    });
+  Host host(target.path());
+  const auto prepare = [&] {
     fs::remove(copy);
+    writeLargeFile(large);
+  };
+  const auto ours = [&] {
+    prepare();
     const double seconds = secondsOf([&] {
-      host.platform.call("publishReceivedFile",
-                         Map{{"path", (source / "large").string()}, {"name", "large"}});
+      host.platform.call("publishReceivedFile", Map{{"path", large}, {"name", "large"}});
     });
-    publishing += seconds;
-    state.SetIterationTime(seconds);
     fs::remove(target / "Brevanholt/large");
-  }
+    return seconds;
+  };
+  const std::string command =
+      "cp '" + large + "' '" + copy + "' && sync '" + copy + "' '" + target.path().string() + "'";
+  inTurns(state, ours, {shellCommand(state, "cp_and_fsync", command, prepare)});
   state.SetBytesProcessed(state.iterations() * kLargeFile);
-  state.counters["of_cp_and_sync"] = publishing / copying;
 }
 BENCHMARK(BM_PublishAcrossFileSystems)
     ->Unit(benchmark::kMillisecond)

@@ -1,5 +1,6 @@
 """Processor time and memory of processes and of all their descendants."""
 
+import collections
 import os
 import pathlib
 import re
@@ -40,41 +41,43 @@ def seconds_of_children():
     return usage.ru_utime + usage.ru_stime
 
 
-def memory_of(process):
-    """Its proportional share of memory (PSS), in kB."""
+def memory_of(process, part="Pss"):
+    """Its proportional share of memory (PSS), in kB, or only a part of it: "Pss_Anon" leaves out the
+    pages of files. How large the share of a library is depends on the programs that run besides."""
     try:
         rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
     except (FileNotFoundError, ProcessLookupError):
         return 0
-    return int(re.search(r"^Pss: *(\d+)", rollup, re.MULTILINE)[1])
+    return int(re.search(rf"^{part}: *(\d+)", rollup, re.MULTILINE)[1])
 
 
 def _waits(process):
     """How often each thread of a process, and of all below it, has waited for something so far."""
     counts = {}
     for one in below(process):
-        for status in pathlib.Path(f"/proc/{one}/task").glob("*/status"):
+        for task in pathlib.Path(f"/proc/{one}/task").glob("*"):
             try:
-                text = status.read_text()
+                text = (task / "status").read_text()
+                names = pathlib.Path(f"/proc/{one}/comm").read_text(), (task / "comm").read_text()
             except (FileNotFoundError, ProcessLookupError):
                 continue
             waited = re.search(r"^voluntary_ctxt_switches:\s*(\d+)", text, re.MULTILINE)
-            counts[one, status.parent.name] = int(waited[1])
+            counts[(task, *map(str.strip, names))] = int(waited[1])
     return counts
 
 
 def wake_ups(process, seconds):
-    """How often the threads of a process, and of all below it, wait for something in a time. A thread
-    that ends counts as far as it was last seen."""
+    """How often the threads of a process, and of all below it, wait for something in a time: a count
+    for each name of a process and a thread. One that ends counts as far as it was last seen."""
     seen = _waits(process)
-    total = 0
+    total = collections.Counter()
     deadline = time.monotonic() + seconds
     while time.monotonic() < deadline:
         time.sleep(0.5)
         for thread, count in _waits(process).items():
-            total += count - seen.get(thread, 0)
+            total[thread[1:]] += count - seen.get(thread, 0)
             seen[thread] = count
-    return total
+    return +total
 
 
 class PeakMemory:
