@@ -29,13 +29,16 @@ Place::Place(const Reach& reach)
 }
 
 bool Place::look(struct stat& information) const {
-  const int flags = folder_ ? AT_SYMLINK_NOFOLLOW : 0;
-  if (::fstatat(folder(), name(), &information, flags) != 0) {
-    if (errno == ENOENT || errno == ENOTDIR) return false;
-    throw FileError("look at", path_, errno);
-  }
+  if (!lookBeside(name_, information)) return false;
   check(information);
   return true;
+}
+
+bool Place::lookBeside(const std::string& name, struct stat& information) const {
+  const int flags = folder_ ? AT_SYMLINK_NOFOLLOW : 0;
+  if (::fstatat(folder(), name.c_str(), &information, flags) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  throw FileError("look at", path_.parent_path() / name, errno);
 }
 
 FileDescriptor Place::open(int flags, mode_t mode) const {

@@ -36,8 +36,14 @@ class Place {
   [[nodiscard]] int folder() const { return folder_ ? folder_.get() : AT_FDCWD; }
   [[nodiscard]] const char* name() const { return name_.c_str(); }
 
+  // Leads to another name in the same folder. False, with nothing changed, where the reach is not
+  // of such a name.
+  [[nodiscard]] bool stepTo(const Reach& reach);
+
   // False where there is nothing. ESTALE where something else is there than what may be reached.
   [[nodiscard]] bool look(struct stat& information) const;
+  // The same for another name in the folder of a place below a root.
+  [[nodiscard]] bool lookBeside(const std::string& name, struct stat& information) const;
   // As open(). Links are not followed at the end of a path below a root.
   [[nodiscard]] FileDescriptor open(int flags, mode_t mode = 0) const;
   // A regular file, for reading. Never waits for a pipe or a device.
