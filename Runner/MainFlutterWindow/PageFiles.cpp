@@ -59,10 +59,18 @@ Reach PageFiles::toChange(const Path& path) {
   return std::move(*own);
 }
 
-void PageFiles::publish(const Path& path, const std::string& relativePath, Published done) {
-  received_.publishFile(
-      {.path = path, .name = relativePath, .relativePath = relativePath, .isReadable = isOwn(path)},
-      std::move(done));
+void PageFiles::publish(std::vector<platform::ReceivedFile> files, Published done) {
+  std::vector<ReceiveFolder::Arrival> arrivals;
+  arrivals.reserve(files.size());
+  for (platform::ReceivedFile& file : files) {
+    const bool isReadable = !file.path || isOwn(*file.path);
+    arrivals.push_back({.path = std::move(file.path),
+                        .name = file.relativePath,
+                        .relativePath = std::move(file.relativePath),
+                        .isReadable = isReadable,
+                        .modified = file.modified});
+  }
+  received_.publishFiles(arrivals, std::move(done));
 }
 
 bool PageFiles::isOwn(const Path& path) const {

@@ -23,7 +23,7 @@ class PageFiles final : public platform::FileAccess {
 
   [[nodiscard]] platform::Reach toRead(const Path& path) override;
   [[nodiscard]] platform::Reach toChange(const Path& path) override;
-  void publish(const Path& path, const std::string& relativePath, Published done) override;
+  void publish(std::vector<platform::ReceivedFile> files, Published done) override;
   // Whether the path is of something that the UI may change, with no link on the way.
   [[nodiscard]] bool isOwn(const Path& path) const;
 

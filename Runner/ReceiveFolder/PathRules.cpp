@@ -69,7 +69,9 @@ std::string safeRelativePath(std::string_view path) {
   std::ranges::replace(slashed, '\\', '/');
   std::string relative = platform::trimmed(slashed);
   // An empty path and an absolute one have an empty first piece.
-  if (!arePiecesSafe(relative) || platform::characterCount(relative) > kLongestRelativePath) {
+  // There are no more characters than bytes, and counting them takes longer than placing the file.
+  if (!arePiecesSafe(relative) || (relative.size() > kLongestRelativePath &&
+                                   platform::characterCount(relative) > kLongestRelativePath)) {
     throw PlatformError(kInvalidPath);
   }
   return relative;

@@ -5,6 +5,8 @@
 #include "Runner/ReceiveFolder/LegacyItems.h"
 #include "platform/foundation/KnownFolders.h"
 #include "platform/foundation/MainQueue.h"
+#include "platform/foundation/Result.h"
+#include "platform/foundation/UniqueFunction.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -30,11 +32,13 @@ class ReceiveFolder {
 
   // A file that was received completely, and where it should go below the folder.
   struct Arrival {
-    Path path;
+    std::optional<Path> path;  // none for an empty file, which is made in its place
     std::string name;
-    std::optional<std::string> relativePath;
-    bool isReadable = true;  // to the UI, once it is placed
+    std::optional<std::string> relativePath = std::nullopt;
+    bool isReadable = true;     // to the UI, once it is placed
+    std::int64_t modified = 0;  // of one that is made, in milliseconds since 1970
   };
+  using Places = std::vector<platform::Result<Path>>;
   struct Found {
     std::string name;
     Path location;
@@ -64,6 +68,9 @@ class ReceiveFolder {
   // Moves a file into the folder under a free name. `done` gets its final path when that outlasts a
   // power cut, or why the file stays where it was.
   void publishFile(const Arrival& arrival, Placed done);
+  // The same with many; `done` is called once.
+  void publishFiles(const std::vector<Arrival>& arrivals,
+                    platform::UniqueFunction<void(Places)> done);
   // Makes a directory, or takes the one that is there.
   void publishDirectory(std::string_view relativePath, Placed done);
   // Finds files by their names at the folder's top level, after everything published so far.
@@ -74,9 +81,18 @@ class ReceiveFolder {
   [[nodiscard]] Path brevanholtDownloadsDirectory();
   [[nodiscard]] const Path& requiredReceiveDirectory() const;
   [[nodiscard]] std::vector<Found> found(const std::vector<std::string>& names) const;
+  // Where an arrival goes.
+  struct Destination {
+    Path folder;
+    std::string name;
+  };
+  struct Round;
+
+  [[nodiscard]] Destination destinationOf(const Arrival& arrival) const;
+  [[nodiscard]] std::optional<Path> place(const Arrival& arrival, const Destination& destination);
   void create(const Path& folder);
   void remember(const Path& placed);
-  void answerAfterSync(Path placed, Placed done);
+  void afterSync(platform::UniqueFunction<void()> done);
 
   platform::KnownFolders folders_;
   std::optional<Path> receiveDirectory_;

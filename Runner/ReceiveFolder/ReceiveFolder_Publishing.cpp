@@ -3,6 +3,7 @@
 #include "platform/foundation/Files.h"
 #include "platform/foundation/MoveIntoPlace.h"
 
+#include <memory>
 #include <utility>
 
 #include <sys/stat.h>
@@ -33,32 +34,81 @@ bool namesAnItem(const std::string& name) {
 
 }  // namespace
 
-void ReceiveFolder::publishFile(const Arrival& arrival, Placed done) {
-  std::string name;
-  fs::path folder;
-  const auto placed = outcomeOf([&]() -> std::optional<fs::path> {
-    name = receivedFileName(arrival.name);
-    const std::string relative = safeRelativePath(arrival.relativePath.value_or(name));
-    // The relative path only chooses the subfolder: the name replaces its last component.
-    folder = (requiredReceiveDirectory() / relative).parent_path();
-    create(folder);
-    if (copies_.isPending(folder / name)) return std::nullopt;  // that one gets its name first
-    return platform::renameIntoPlace(
-        arrival.path, [&] { return uniqueDestination(folder, name, platform::nameIsTaken); });
-  });
-  if (!placed.ok()) return done(placed.error());
-  if (placed.value()) {
-    unsynced_.insert(folder);
-    if (arrival.isReadable) remember(*placed.value());
-    return answerAfterSync(*placed.value(), std::move(done));
+// One call on its way; whatever ends last answers.
+struct ReceiveFolder::Round {
+  platform::UniqueFunction<void(Places)> done;
+  Places places;
+  std::size_t left = 1;  // the call itself, and each copy
+
+  void end() {
+    if (--left == 0) done(std::move(places));
   }
-  copies_.add(arrival.path, folder, name,
-              lifetime_.bind([this, isReadable = arrival.isReadable,
-                              done = std::move(done)](Result<fs::path> copied) mutable {
-                if (!copied.ok()) return done(copied.error());
-                if (isReadable) remember(copied.value());
-                answerAfterSync(copied.value(), std::move(done));
-              }));
+};
+
+void ReceiveFolder::publishFile(const Arrival& arrival, Placed done) {
+  publishFiles({arrival}, [done = std::move(done)](Places places) mutable {
+    done(std::move(places.front()));
+  });
+}
+
+void ReceiveFolder::publishFiles(const std::vector<Arrival>& arrivals,
+                                 platform::UniqueFunction<void(Places)> done) {
+  const auto round = std::make_shared<Round>(
+      Round{.done = std::move(done), .places = Places(arrivals.size(), Path())});
+  bool isAnythingPlaced = false;
+  Path made;  // files mostly come folder by folder
+  for (std::size_t at = 0; at < arrivals.size(); ++at) {
+    const Arrival& arrival = arrivals[at];
+    Destination destination;
+    const auto placed = outcomeOf([&] {
+      destination = destinationOf(arrival);
+      if (made.native() != destination.folder.native()) create(destination.folder);
+      made = destination.folder;
+      return place(arrival, destination);
+    });
+    if (!placed.ok()) {
+      round->places[at] = placed.error();
+    } else if (placed.value()) {
+      round->places[at] = *placed.value();
+      isAnythingPlaced = true;
+    } else {
+      ++round->left;
+      copies_.add(arrival.path.value(), destination.folder, destination.name,
+                  lifetime_.bind(
+                      [this, round, at, isReadable = arrival.isReadable](Result<fs::path> copied) {
+                        if (copied.ok() && isReadable) remember(copied.value());
+                        round->places[at] = std::move(copied);
+                        afterSync([round] { round->end(); });
+                      }));
+    }
+  }
+  if (!isAnythingPlaced) return round->end();
+  afterSync([round] { round->end(); });
+}
+
+// The relative path only chooses the subfolder: the name replaces its last component.
+ReceiveFolder::Destination ReceiveFolder::destinationOf(const Arrival& arrival) const {
+  std::string name = receivedFileName(arrival.name);
+  const std::string relative = safeRelativePath(arrival.relativePath.value_or(name));
+  return {.folder = (requiredReceiveDirectory() / relative).parent_path(), .name = std::move(name)};
+}
+
+// Nothing, and nothing done, where it has to be copied.
+std::optional<fs::path> ReceiveFolder::place(const Arrival& arrival,
+                                             const Destination& destination) {
+  const fs::path& folder = destination.folder;
+  const std::string& name = destination.name;
+  const auto choose = [&] { return uniqueDestination(folder, name, platform::nameIsTaken); };
+  std::optional<fs::path> placed;
+  if (!arrival.path) {
+    placed = platform::makeInPlace(choose, arrival.modified);
+  } else if (!copies_.isPending(folder / name)) {  // else that one gets its name first
+    placed = platform::renameIntoPlace(*arrival.path, choose);
+  }
+  if (!placed) return placed;
+  unsynced_.insert(folder);
+  if (arrival.isReadable) remember(*placed);
+  return placed;
 }
 
 void ReceiveFolder::publishDirectory(std::string_view relativePath, Placed done) {
@@ -68,7 +118,8 @@ void ReceiveFolder::publishDirectory(std::string_view relativePath, Placed done)
     return made;
   });
   if (!directory.ok()) return done(directory.error());
-  answerAfterSync(directory.value(), std::move(done));
+  afterSync(
+      [made = directory.value(), done = std::move(done)]() mutable { done(std::move(made)); });
 }
 
 void ReceiveFolder::remember(const fs::path& placed) {
@@ -82,10 +133,8 @@ std::optional<ReceiveFolder::Identity> ReceiveFolder::placedAt(const fs::path& l
   return found != placed_.end() ? std::optional(found->second) : std::nullopt;
 }
 
-void ReceiveFolder::answerAfterSync(fs::path placed, Placed done) {
-  folderSync_.afterSync(
-      std::exchange(unsynced_, {}),
-      [placed = std::move(placed), done = std::move(done)]() mutable { done(std::move(placed)); });
+void ReceiveFolder::afterSync(platform::UniqueFunction<void()> done) {
+  folderSync_.afterSync(std::exchange(unsynced_, {}), std::move(done));
 }
 
 void ReceiveFolder::locate(std::vector<std::string> names,

@@ -63,6 +63,12 @@ void writeAll(int descriptor, std::string_view content) {
   }
 }
 
+bool setModified(int descriptor, std::int64_t milliseconds) {
+  const timespec times[] = {{0, UTIME_OMIT},
+                            {milliseconds / 1000, (milliseconds % 1000) * 1'000'000}};
+  return ::futimens(descriptor, times) == 0;
+}
+
 std::vector<std::filesystem::path> createDirectories(const std::filesystem::path& path,
                                                      mode_t mode) {
   std::vector<std::filesystem::path> changed;

@@ -32,6 +32,8 @@ namespace brevanholt::platform {
 [[nodiscard]] FileDescriptor createFile(const std::filesystem::path& path, mode_t mode = 0600);
 // Writes all of it at the file's position. Throws SystemError.
 void writeAll(int descriptor, std::string_view content);
+// Sets a file's modification time, in milliseconds since 1970. False, with errno, where that fails.
+[[nodiscard]] bool setModified(int descriptor, std::int64_t milliseconds);
 
 // Creates the directory and those above it; one that exists is fine. Returns the directories that
 // got a new entry: syncDirectory() makes those entries outlast a power cut. Throws FileError.

@@ -65,15 +65,30 @@ int renameWithoutReplacing(const fs::path& source, const fs::path& destination) 
   throw FileError("move the item to", destination, error);
 }
 
-// Renames to the first chosen name that is still free by then. Nothing for another file system.
-std::optional<fs::path> renameToFreeName(const fs::path& source, const ChooseDestination& choose) {
+struct Attempt {
+  fs::path destination;
+  int error = 0;
+};
+
+// Calls `take`, which returns an error number, with one chosen name after the other until somebody
+// else was not faster.
+template <class Take>
+Attempt takeFreeName(const ChooseDestination& choose, Take take) {
   for (int tries = 1;; ++tries) {
     fs::path destination = choose();
-    const int error = renameWithoutReplacing(source, destination);
-    if (error == 0) return destination;
-    if (error == EXDEV) return std::nullopt;
-    if (error != EEXIST || tries == kMostTries) failToMove(source, destination, error);
+    const int error = take(destination);
+    if (error != EEXIST || tries == kMostTries) return {std::move(destination), error};
   }
+}
+
+// Renames to the first chosen name that is still free by then. Nothing for another file system.
+std::optional<fs::path> renameToFreeName(const fs::path& source, const ChooseDestination& choose) {
+  Attempt attempt = takeFreeName(choose, [&](const fs::path& destination) {
+    return renameWithoutReplacing(source, destination);
+  });
+  if (attempt.error == EXDEV) return std::nullopt;
+  if (attempt.error != 0) failToMove(source, attempt.destination, attempt.error);
+  return std::move(attempt.destination);
 }
 
 void trySyncDirectory(const fs::path& folder) {
@@ -85,6 +100,20 @@ void trySyncDirectory(const fs::path& folder) {
 }
 
 }  // namespace
+
+fs::path makeInPlace(const ChooseDestination& choose, std::int64_t modified) {
+  FileDescriptor file;
+  Attempt attempt = takeFreeName(choose, [&](const fs::path& destination) {
+    file =
+        FileDescriptor(::open(destination.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    return file ? 0 : errno;
+  });
+  if (attempt.error != 0) throw FileError("create the file", attempt.destination, attempt.error);
+  if (!setModified(file.get(), modified)) {
+    logWarning("a received file has no modification time: " + attempt.destination.string());
+  }
+  return std::move(attempt.destination);
+}
 
 std::optional<fs::path> renameIntoPlace(const fs::path& source, const ChooseDestination& choose) {
   return renameToFreeName(source, choose);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -9,6 +10,11 @@ namespace brevanholt::platform {
 
 // Names a free place to move an item to. Asked again when somebody else took that name in between.
 using ChooseDestination = std::function<std::filesystem::path()>;
+
+// An empty file that was modified then, in milliseconds since 1970, at the first chosen name that
+// is still free. Throws FileError. Before it outlasts a power cut, its folder must be synced.
+[[nodiscard]] std::filesystem::path makeInPlace(const ChooseDestination& choose,
+                                                std::int64_t modified);
 
 // The two ways of moving an item (a file, a folder with all that is in it, a link, a FIFO) to a
 // name that must be free. Both return where the item is now. Neither replaces anything, and after

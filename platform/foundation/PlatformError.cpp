@@ -5,9 +5,9 @@
 namespace brevanholt::platform {
 
 SystemError::SystemError(std::string_view action, int errorNumber)
-    : PlatformError("Could not " + std::string(action) + ": " +
-                    std::generic_category().message(errorNumber)),
-      errorNumber_(errorNumber) {}
+    : PlatformError(
+          "Could not " + std::string(action) + ": " + std::generic_category().message(errorNumber),
+          errorNumber) {}
 
 FileError::FileError(std::string_view action, const std::filesystem::path& path, int errorNumber)
     : SystemError(std::string(action) + " “" + path.string() + "”", errorNumber) {}

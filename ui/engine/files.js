@@ -74,8 +74,8 @@ export function space(path) {
 
 /**
  * Resolves when whole files would outlast a power cut, each with a modification time (in milliseconds
- * since 1970) and with the permissions of a file that this user makes. One that is new is made, empty.
- * @param {{ path: string, modified: number, isNew: boolean }[]} files
+ * since 1970) and with the permissions of a file that this user makes.
+ * @param {{ path: string, modified: number }[]} files
  * @returns {Promise<(MethodError | null)[]>} why each could not be saved, or null
  */
 export async function settle(files) {
@@ -85,9 +85,12 @@ export async function settle(files) {
   );
 }
 
+/** A whole file; without a path, an empty one that is made in its place.
+ *  @typedef {{ path: string | null, relativePath: string, modified: number }} Publication */
+
 /**
  * Moves files into the receive folder, each under a free name at its path there.
- * @param {{ path: string, relativePath: string }[]} files
+ * @param {Publication[]} files
  * @returns {Promise<(string | MethodError)[]>} where each is, once that outlasts a power cut, or why not
  */
 export async function publish(files) {

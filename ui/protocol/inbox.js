@@ -9,7 +9,8 @@ import { TransferError } from './errors.js';
 
 /** Entries that the host is told of at once. */
 const EXPECTED = 500;
-/** Files that are put into place together, and how many such groups at once. */
+/** Files that are put into place together, and how many such groups at once: while one is written to
+ *  the disk, another is moved. */
 const GROUP = 256;
 const GROUPS = 2;
 /** Folders that are put into place at once. */
@@ -20,8 +21,8 @@ const AT_ONCE = 100;
 /** @typedef {import('./scratch_area.js').Had} Had */
 /** @typedef {import('../engine/transfers.js').IncomingPart} IncomingPart */
 /** @typedef {{ index: number, code: string, isTold?: boolean }} Failure */
-/** A file of which all is there, and where unless it is empty.
- *  @typedef {{ index: number, path: string | undefined }} Whole */
+/** A file of which all is there, and where; null for an empty one, which is made in its place.
+ *  @typedef {{ index: number, path: string | null, relativePath: string, modified: number }} Whole */
 
 export class Inbox {
   #entries;
@@ -109,10 +110,11 @@ export class Inbox {
     const group = [];
     for (const index of this.#coming) {
       if (index > upTo) break;
-      const { kind, size } = this.#entries[index];
+      const { kind, path: relativePath, size, modified } = this.#entries[index];
       const isWhole = size === 0 || this.#whole.has(index);
       if (!isWhole && !this.#failures.has(index)) throw new TransferError('not-understood');
-      if (isWhole && kind === 'file') group.push({ index, path: this.#paths.get(index) });
+      if (isWhole && kind === 'file')
+        group.push({ index, path: this.#paths.get(index) ?? null, relativePath, modified });
       else if (isWhole) this.#texts.push(textOf(this.#whole.get(index) ?? new Uint8Array(0)));
       this.#forget(index);
       if (group.length === GROUP) await this.#finish(group.splice(0));
@@ -171,28 +173,23 @@ export class Inbox {
   async #finish(group) {
     const finishing = this.#place(group).finally(() => this.#finishing.delete(finishing));
     this.#finishing.add(finishing);
-    // One group is written to the disk while another is moved. Without content there is nothing to
-    // write, and both would only wait for the folder's lock.
-    const most = group.every(({ path }) => path === undefined) ? 1 : GROUPS;
-    while (this.#finishing.size >= most) await Promise.race(this.#finishing);
+    while (this.#finishing.size >= GROUPS) await Promise.race(this.#finishing);
   }
 
   /** @param {Whole[]} group */
   async #place(group) {
     try {
-      const files = await Promise.all(group.map((one) => this.#settling(one)));
-      const unsettled = await settle(files);
-      const settled = [];
-      for (const [at, { index }] of group.entries()) {
-        if (unsettled[at]) this.#fail(index, unsettled[at]);
-        else settled.push({ index, path: files[at].path });
-      }
-      await this.#scratch.markWhole(settled.map(({ index }) => this.#entries[index]));
-      const published = await publish(
-        settled.map(({ index, path }) => ({ path, relativePath: this.#entries[index].path })),
+      const written = await this.#settled(group.filter(({ path }) => path !== null));
+      const made = group.filter(({ path }) => path === null);
+      const settled = [...written, ...made];
+      await this.#markWhole(written);
+      const places = await publish(settled);
+      // What was not moved is found again where it was; what was not made is made.
+      await this.#markWhole(
+        made.filter((_, at) => typeof places[written.length + at] === 'string'),
       );
       for (const [at, { index }] of settled.entries()) {
-        const place = published[at];
+        const place = places[at];
         if (typeof place === 'string') this.#located(this.#entries[index], place);
         else this.#fail(index, place);
       }
@@ -202,14 +199,23 @@ export class Inbox {
   }
 
   /**
-   * What is to be on the disk of a whole file; one without content was not made yet.
-   * @param {Whole} whole
+   * Those of some files that are on the disk.
+   * @param {Whole[]} files
    */
-  async #settling({ index, path }) {
-    const entry = this.#entries[index];
-    const { modified } = entry;
-    if (path !== undefined) return { path, modified, isNew: false };
-    return { path: await this.#scratch.partFor(entry, 0), modified, isNew: true };
+  async #settled(files) {
+    if (files.length === 0) return files;
+    const failures = await settle(
+      files.map(({ path, modified }) => ({ path: /** @type {string} */ (path), modified })),
+    );
+    for (const [at, { index }] of files.entries()) {
+      if (failures[at]) this.#fail(index, failures[at]);
+    }
+    return files.filter((_, at) => !failures[at]);
+  }
+
+  /** @param {Whole[]} files */
+  #markWhole(files) {
+    return this.#scratch.markWhole(files.map(({ index }) => this.#entries[index]));
   }
 
   /**

@@ -89,5 +89,29 @@ TEST_F(PageFilesTest, ReadsTheVeryFileThatWasReceived) {
   EXPECT_EQ(read(placed + ".moved"), "refused");
 }
 
+TEST_F(PageFilesTest, PublishesManyOfWhichOneFails) {
+  const std::string scratch = wordsOf(call("temporaryReceivePath", Map{{"name", "x"}}));
+  writeFile(scratch, "content");
+  std::optional<std::vector<Result<std::filesystem::path>>> places;
+  platform_.engine.access->publish(
+      {{.path = scratch, .relativePath = "d/full"},
+       {.path = std::nullopt, .relativePath = "d/../empty"},
+       {.path = std::nullopt, .relativePath = "d/full", .modified = 1'600'000'000'123},
+       {.path = scratch, .relativePath = "d/gone"}},
+      [&](auto outcome) { places = std::move(outcome); });
+  platform_.mainQueue.runUntil([&] { return places.has_value(); });
+
+  EXPECT_EQ(readFile(places->at(0).value()), "content");
+  EXPECT_EQ(places->at(1).error().message(), "The received path is invalid.");
+  const std::string made = places->at(2).value();
+  EXPECT_TRUE(made.ends_with("/Brevanholt/d/full (1)")) << made;
+  EXPECT_EQ(readFile(made), "");
+  EXPECT_EQ(read(made), made + "|");
+  struct stat found {};
+  ASSERT_EQ(::stat(made.c_str(), &found), 0);
+  EXPECT_EQ(found.st_mtim.tv_sec, 1'600'000'000);
+  EXPECT_EQ(places->at(3).error().errorNumber(), ENOENT);
+}
+
 }  // namespace
 }  // namespace brevanholt

@@ -1,5 +1,6 @@
 #include "platform/engine/web/files/FileOperations.h"
 
+#include "platform/foundation/Files.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cerrno>
@@ -38,10 +39,6 @@ mode_t umaskOfProcess() {
 mode_t permissionsOfNewFiles() {
   static const mode_t kPermissions = 0666 & ~umaskOfProcess();
   return kPermissions;
-}
-
-timespec timeOf(std::int64_t milliseconds) {
-  return {milliseconds / 1000, (milliseconds % 1000) * 1'000'000};
 }
 
 }  // namespace
@@ -94,13 +91,10 @@ void flushFile(int descriptor) {
 
 void settleFile(const WholeFile& whole) {
   const Place place(whole.reach);
-  const FileDescriptor file =
-      whole.isNew ? place.open(O_WRONLY | O_CREAT | O_EXCL, 0666) : place.openToWrite();
-  const timespec times[] = {{0, UTIME_OMIT}, timeOf(whole.modified)};
-  if (::futimens(file.get(), times) != 0) throw FileError("save", place.path(), errno);
-  if (whole.isNew) return;
+  const FileDescriptor file = place.openToWrite();
   struct stat information {};
-  if (::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
+  if (!setModified(file.get(), whole.modified) ||
+      ::fchmod(file.get(), permissionsOfNewFiles()) != 0 ||
       ::fstat(file.get(), &information) != 0 ||
       (information.st_size > 0 && ::fsync(file.get()) != 0)) {
     throw FileError("save", place.path(), errno);

@@ -25,7 +25,6 @@ void flushFile(int descriptor);
 struct WholeFile {
   Reach reach;
   std::int64_t modified = 0;  // milliseconds since 1970
-  bool isNew = false;         // then it is made, empty
 };
 
 // Flushes a file that is whole, gives it its modification time and the permissions of a file that

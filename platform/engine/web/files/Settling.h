@@ -10,11 +10,10 @@ namespace brevanholt::platform {
 // Puts whole files on the disk, several at once: a flush waits for the disk, which does many in
 // little more than the time of one.
 //
-//   settle {files: [{path, modified, isNew}]}
+//   settle {files: [{path, modified}]}
 //
 // Replies with a list: for each file null once it is on the disk with that modification time
 // (milliseconds since 1970) and a new file's usual permissions, or [code, text, the error's name].
-// A file that is new is created, empty.
 class Settling {
  public:
   explicit Settling(MainQueue& mainQueue) : mainQueue_(mainQueue) {}

@@ -84,9 +84,9 @@ const Map& argumentsOf(const MethodCall& call) {
 }
 
 MethodError engineError(const char* code, const std::exception& error) {
-  const auto* ofTheSystem = dynamic_cast<const SystemError*>(&error);
-  const char* name =
-      ofTheSystem != nullptr ? ::strerrorname_np(ofTheSystem->errorNumber()) : nullptr;
+  const auto* known = dynamic_cast<const PlatformError*>(&error);
+  const int number = known != nullptr ? known->errorNumber() : 0;
+  const char* name = number != 0 ? ::strerrorname_np(number) : nullptr;
   return {code, error.what(), name != nullptr ? Value(name) : Value()};
 }
 

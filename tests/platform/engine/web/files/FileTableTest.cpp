@@ -1,3 +1,4 @@
+#include "platform/engine/web/files/Describing.h"
 #include "platform/engine/web/files/FileTable.h"
 #include "platform/engine/web/files/Settling.h"
 #include "platform/foundation/PlatformError.h"
@@ -12,18 +13,16 @@
 namespace brevanholt::platform {
 namespace {
 
-// Lets everything in one folder be used.
+// Lets everything in one folder be used that is named plainly.
 struct OneFolder final : FileAccess {
   explicit OneFolder(std::filesystem::path folder) : root(std::move(folder)) {}
   Reach toRead(const std::filesystem::path& path) override {
+    if (path.lexically_normal() != path) throw PlatformError("refused");
     const std::string below = path.lexically_relative(root);
     return {.root = root, .below = below == "." || below == "./" ? "" : below};
   }
   Reach toChange(const std::filesystem::path& path) override { return toRead(path); }
-  void publish(const std::filesystem::path& path, const std::string& relativePath,
-               Published done) override {
-    done(path.parent_path() / relativePath);
-  }
+  void publish(std::vector<ReceivedFile> /*files*/, Published done) override { done({}); }
 
   std::filesystem::path root;
 };
@@ -66,9 +65,7 @@ class FileTableTest : public testing::Test {
   std::vector<std::string> settle(const std::vector<std::string>& paths) {
     List files;
     for (const std::string& path : paths) {
-      files.push_back(Map{{"path", path},
-                          {"modified", std::int64_t{1'600'000'000'123}},
-                          {"isNew", path.ends_with("/new")}});
+      files.push_back(Map{{"path", path}, {"modified", std::int64_t{1'600'000'000'123}}});
     }
     std::optional<Reply> found;
     Settling(queue_).perform({"settle", Map{{"files", std::move(files)}}}, &access_,
@@ -101,6 +98,29 @@ TEST_F(FileTableTest, WritesWhereItIsToldAndReadsRanges) {
   EXPECT_EQ(read(reader, 2, 3), "345");
   EXPECT_EQ(read(reader, 7, std::int64_t{1} << 40), "89");
   EXPECT_EQ(read(reader, 100, 5), "");
+}
+
+TEST_F(FileTableTest, DescribesWhatMayBeUsed) {
+  std::filesystem::create_directories(folder_ / "b/more");
+  for (const char* name : {"b/file", "b/more/file"}) writeFile(folder_ / name, "1234");
+  std::filesystem::create_symlink(folder_ / "b/file", folder_ / "b/link");
+  List paths;
+  for (const char* name : {"b/file", "b/..", "b/.", "b/link", "b/more", "b/none", "b/file",
+                           "b/more/file", "b/file/x", "c/x"}) {
+    paths.emplace_back((folder_.path() / name).native());
+  }
+  paths.emplace_back((folder_ / "b/file").native() + std::string("\0", 1));
+  DispatchQueue thread("describing");
+  std::optional<Reply> found;
+  Describing(thread, queue_)
+      .perform({"describe", Map{{"paths", std::move(paths)}}}, &access_,
+               MethodResult([&found](Reply reply) { found = std::move(reply); }));
+  queue_.runUntil([&found] { return found.has_value(); });
+  const Map& described = *std::get<Value>(found.value()).getIf<Map>();
+  const Bytes kinds = *described.find("kinds")->getIf<Bytes>();
+  EXPECT_THAT(std::vector(kinds.begin(), kinds.end()),
+              testing::ElementsAre(1, 0, 0, 0, 2, 0, 1, 1, 0, 0, 0));
+  EXPECT_EQ(described.find("sizes")->getIf<Float64List>()->at(7), 4);
 }
 
 TEST_F(FileTableTest, NeverTakesANameThatIsTaken) {
@@ -139,9 +159,8 @@ TEST_F(FileTableTest, GoesOnWithAFileAndSettlesIt) {
 
   const auto file = handle("edit", path);
   EXPECT_EQ(write(file, 0, "whole"), Reply(Value()));
-  EXPECT_THAT(settle({path, folder_ / "link", folder_ / "none", folder_ / "new"}),
-              testing::ElementsAre("saved", "ELOOP", "ENOENT", "saved"));
-  EXPECT_EQ(readFile(folder_ / "new"), "");
+  EXPECT_THAT(settle({path, folder_ / "link", folder_ / "none"}),
+              testing::ElementsAre("saved", "ELOOP", "ENOENT"));
   const Reply found = at("stat", path);
   EXPECT_EQ(std::get<Value>(found).getIf<Map>()->find("modified")->integer(), 1'600'000'000'123);
   const mode_t mask = ::umask(0);
