@@ -7,6 +7,8 @@ import { expectedOf } from './console_methods.js';
 
 const MOST_BYTES = 3 * 1024;
 const MOST_TEXT = 20_000;
+/** Entries of a list of which some may be seen: each takes a line. */
+const MOST_ENTRIES = 10_000;
 
 /** @param {string} text */
 function bytesOfHex(text) {
@@ -65,17 +67,18 @@ export function valueText(value) {
     (_key, part) => {
       if (part instanceof Uint8Array) return bytesText(part);
       if (ArrayBuffer.isView(part))
-        return Array.from(/** @type {any} */ (part), (item) =>
+        return Array.from(/** @type {any} */ (part).subarray(0, MOST_ENTRIES), (item) =>
           typeof item === 'bigint' ? String(item) : item,
         );
       if (typeof part === 'bigint') return String(part);
-      if (part instanceof Map) return [...part];
+      if (part instanceof Map) return [...part].slice(0, MOST_ENTRIES);
+      if (Array.isArray(part)) return part.slice(0, MOST_ENTRIES);
       return part;
     },
     2,
   );
-  const more = text.length - MOST_TEXT;
-  return more > 0 ? `${text.slice(0, MOST_TEXT)}\n${words('console.cut', { count: more })}` : text;
+  const isCut = text.length > MOST_TEXT;
+  return isCut ? `${text.slice(0, MOST_TEXT)}\n${words('console.cut')}` : text;
 }
 
 /** @param {unknown} error */

@@ -21,8 +21,5 @@ export const developerConsole = {
   'console.noJson': 'Die Argumente sind kein JSON. {why}',
   'console.takesMap': '„{method}“ erwartet eine Zuordnung von Argumenten.',
   'console.requires': '„{method}“ braucht „{key}“ vom Typ {type}; ohne ihn endete das Programm.',
-  'console.cut': {
-    one: '… und {count} weiteres Zeichen',
-    other: '… und {count} weitere Zeichen',
-  },
+  'console.cut': '… Der Rest wird nicht gezeigt.',
 };

@@ -21,8 +21,5 @@ export const developerConsole = {
   'console.takesMap': '“{method}” takes a map of arguments.',
   'console.requires':
     '“{method}” requires “{key}”, of the type {type}; without it the program would end.',
-  'console.cut': {
-    one: '… and {count} more character',
-    other: '… and {count} more characters',
-  },
+  'console.cut': '… The rest is not shown.',
 };
