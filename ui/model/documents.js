@@ -22,11 +22,25 @@ const TEMPORARY = /^\.[a-z0-9-]+\.json\.[0-9A-Fa-f-]{36}$/;
 /** What is written of a document that is removed. */
 const REMOVED = Symbol('removed');
 
+/** What is written of a document that gets the file of another one. */
+class Taken {
+  /**
+   * @param {unknown} content
+   * @param {string} from
+   */
+  constructor(content, from) {
+    this.content = content;
+    this.from = from;
+  }
+}
+
 export class Documents {
   #folder;
   #missing;
   /** @type {Map<string, unknown>} what waits to be written, by document */
   #waiting = new Map();
+  /** What was written last, by document. @type {Map<string, unknown>} */
+  #written = new Map();
   #writing = Promise.resolve();
   /** @type {Map<string, string | null>} */
   #damaged = new Map();
@@ -90,6 +104,18 @@ export class Documents {
   }
 
   /**
+   * Writes the document, by giving it the file of another one where that holds this very content; the
+   * other one has to be saved anew.
+   * @param {string} name
+   * @param {unknown} content
+   * @param {string} from
+   * @returns {Promise<void>}
+   */
+  saveTaking(name, content, from) {
+    return this.save(name, new Taken(content, from));
+  }
+
+  /**
    * Removes the document, after what was saved before.
    * @param {string} name
    * @returns {Promise<void>}
@@ -118,8 +144,27 @@ export class Documents {
     if (!this.#waiting.has(name)) return;
     const content = this.#waiting.get(name);
     this.#waiting.delete(name);
+    if (content instanceof Taken) return this.#take(name, content);
+    this.#written.delete(name);
     if (content === REMOVED) return remove(this.#pathOf(name));
     await replace(this.#pathOf(name), await bytesOf(content));
+    this.#written.set(name, content);
+  }
+
+  /**
+   * @param {string} name
+   * @param {Taken} taken
+   */
+  async #take(name, { content, from }) {
+    const isThere = this.#written.get(from) === content;
+    this.#written.delete(from);
+    const isMoved =
+      isThere &&
+      (await move(this.#pathOf(from), this.#pathOf(name)).then(
+        () => true,
+        () => false,
+      ));
+    if (!isMoved) await replace(this.#pathOf(name), await bytesOf(content));
   }
 
   /** @param {string} name */

@@ -8,6 +8,8 @@ import { fittingEntries } from './schema.js';
 /** @typedef {{ id: string, items: Item[] }} Sending */
 
 const PREFIX = 'items-';
+/** The document that most of them are in before they are sent. */
+const OUTBOX = 'outbox';
 
 /** @param {string} id of a transfer */
 const documentOf = (id) => PREFIX + id;
@@ -45,7 +47,7 @@ export class SentItems {
     );
     for (const [id, items] of needed) {
       if (this.#saved.get(id) !== items)
-        this.#documents.save(documentOf(id), items).catch(() => {});
+        this.#documents.saveTaking(documentOf(id), items, OUTBOX).catch(() => {});
     }
     for (const id of this.#saved.keys()) {
       if (!needed.has(id)) this.#documents.remove(documentOf(id)).catch(() => {});

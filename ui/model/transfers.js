@@ -227,13 +227,14 @@ export class Transfers extends EventTarget {
     this.#list = list.filter((one) => !surplus.has(one));
     this.#tell();
     if (!isLasting) return;
-    this.#sentItems.save(this.#list);
     const kept = this.#list.map((one) => ({
       ...one,
       contents: topOf(one.contents),
       items: undefined,
     }));
     this.#documents.save(DOCUMENT, kept).catch(() => {});
+    // Later: a list without its transfer is removed at the next start.
+    this.#sentItems.save(this.#list);
   }
 
   #tell() {
