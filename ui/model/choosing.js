@@ -34,7 +34,7 @@ export class Choosing {
     const repeated = await this.#outbox.add(entries);
     const top = repeated.filter(({ relativePath }) => !relativePath?.includes('/'));
     if (top.length === 0) return;
-    const text = words('send.alreadyAdded', { names: namesOf(top), count: top.length });
+    const text = words('send.alreadyAdded', { names: await namesOf(top), count: top.length });
     this.#suggestions.offer({ text });
   }
 
@@ -53,7 +53,7 @@ export class Choosing {
 
   /** Removes all items, and offers to put them back. */
   async clear() {
-    const { itemCount } = contentFields(this.#outbox.items);
+    const { itemCount } = await contentFields(this.#outbox.items);
     const gone = await this.#outbox.clear();
     this.#suggestions.offer({
       text: words('send.cleared', { count: itemCount }),
@@ -74,4 +74,5 @@ export class Choosing {
 }
 
 /** @param {Item[]} items */
-const namesOf = (items) => contentFields(items).contents.map(({ name }) => isolated(name));
+const namesOf = async (items) =>
+  (await contentFields(items)).contents.map(({ name }) => isolated(name));

@@ -1,5 +1,6 @@
 // What is moved, as a person looks at it: a tree of names with sizes, cut where it gets long.
 
+import { Slices } from '../engine/slices.js';
 import { isolated, plainName, shortened } from '../text/foreign_text.js';
 import { firstOf } from '../text/format.js';
 import { words } from '../text/words.js';
@@ -78,14 +79,16 @@ class Tree {
  * The tree of some items. A path below a folder stands for that folder, whether or not the folder has
  * an entry of its own.
  * @param {Named[]} items
- * @returns {{ nodes: Node[], count: number }} `count`: of all at the top
+ * @returns {Promise<{ nodes: Node[], count: number }>} `count`: of all at the top
  */
-export function contentsOf(items) {
+export async function contentsOf(items) {
+  const slices = new Slices();
   const tree = new Tree();
   /** Files mostly come folder by folder. @type {Node[]} */
   let folders = [];
   let path = '';
   for (const item of items) {
+    if (slices.isOver) await slices.next();
     const place = placeOf(item);
     if (item.kind === 'directory') {
       tree.folder(place);
@@ -118,11 +121,15 @@ export function contentsOf(items) {
 export function countAtTop(items) {
   const folders = new Set();
   let files = 0;
+  let last = '/';
   for (const item of items) {
     const place = placeOf(item);
+    if (place.startsWith(last)) continue; // most are in the folder of the one before
     const cut = place.indexOf('/');
-    if (cut > 0) folders.add(place.slice(0, cut));
-    else if (item.kind === 'directory') folders.add(place);
+    if (cut > 0) {
+      folders.add(place.slice(0, cut));
+      last = place.slice(0, cut + 1);
+    } else if (item.kind === 'directory') folders.add(place);
     else ++files;
   }
   return folders.size + files;
@@ -131,10 +138,10 @@ export function countAtTop(items) {
 /**
  * The fields of a transfer that say what is moved.
  * @param {Named[]} items
- * @returns {Pick<import('./types.js').Transfer, 'name' | 'contents' | 'itemCount'>}
+ * @returns {Promise<Pick<import('./types.js').Transfer, 'name' | 'contents' | 'itemCount'>>}
  */
-export function contentFields(items) {
-  const { nodes, count } = contentsOf(items);
+export async function contentFields(items) {
+  const { nodes, count } = await contentsOf(items);
   return { name: nameOfContents(nodes, count), contents: nodes, itemCount: count };
 }
 

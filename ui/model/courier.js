@@ -19,7 +19,7 @@ import { isolated, plainFileName, plainPath } from '../text/foreign_text.js';
 import { sizeText } from '../text/format.js';
 import { words } from '../text/words.js';
 import { contentFields } from './contents.js';
-import { outgoing } from './items.js';
+import { Outgoings } from './items.js';
 import { endedBy, failureFields, renamedSentence } from './outcomes.js';
 import { QuestionGate } from './question_gate.js';
 import { Questions } from './questions.js';
@@ -66,31 +66,31 @@ export class Courier {
    */
   send({ id, items, number }, connect) {
     return this.#run(id, async () => {
+      const offer = new Outgoings(items);
       // Looking at many files takes as long as the handshake.
       const connecting = connect();
       connecting.catch(() => {}); // it may fail before it is awaited
-      const { entries, failures, renamed } = await sendable(items).catch((error) => {
+      await anythingOf(offer).catch((error) => {
         connecting.then(({ conversation }) => conversation.close('cancelled')).catch(() => {});
         throw error;
       });
-      const bytesTotal = totalSize(entries);
-      const files = fileCount(entries) + failures.length;
-      const note = renamedSentence(renamed);
-      this.#transfers.change(id, { fileCount: files, bytesTotal, note });
       const { conversation, session } = await connecting;
       await this.#hold(id, conversation);
       if (!(await greet(conversation, session, this.#trust))) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
-      this.#transfers.change(id, { state: 'asking', code: null });
-      const late = await sendAll(conversation, number, entries, {
+      const late = await sendAll(conversation, number, offer.parts(), {
+        onOffered: () =>
+          this.#transfers.change(id, { state: 'asking', code: null, ...sumOf(offer) }),
         onAccepted: () => this.#transfers.change(id, { state: 'active' }),
         onProgress: (bytes) => this.#transfers.advance(id, bytes),
       });
+      const { entries, failures } = offer;
       const failed = [
         ...failures,
         ...late.map(({ index, code }) => ({ item: entries[index].item, code })),
       ];
+      const { bytesTotal, fileCount: files } = sumOf(offer);
       if (failed.length === 0) {
         return { state: 'complete', bytesDone: bytesTotal };
       }
@@ -127,9 +127,8 @@ export class Courier {
       if (!isKnown) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
-      const { transfer, manifest, entries: offered } = await receiveOffer(conversation);
       // What is saved has the names that are shown.
-      const entries = await mappedInSlices(offered, (entry) => ({
+      const { transfer, manifest, entries } = await receiveOffer(conversation, (entry) => ({
         ...entry,
         path: entry.kind === 'text' ? plainFileName(entry.path) : plainPath(entry.path),
       }));
@@ -168,10 +167,15 @@ export class Courier {
    * @param {() => void} onAnswered
    */
   async #receiveFrom(id, conversation, { manifest, entries }, scratch, mayComeIn, onAnswered) {
-    const items = entries.map(({ kind, path, size }) => ({ kind, name: path, size }));
+    const items = await mappedInSlices(entries, ({ kind, path, size }) => ({
+      kind,
+      name: path,
+      size,
+    }));
     const bytesTotal = totalSize(entries);
     const files = fileCount(entries);
-    this.#transfers.change(id, { ...contentFields(items), fileCount: files, bytesTotal });
+    const fields = await contentFields(items);
+    this.#transfers.change(id, { ...fields, fileCount: files, bytesTotal });
     // The sender is silent until it is answered, so what comes first is its end or the content.
     const first = conversation.arrival();
     first.catch(() => {});
@@ -344,11 +348,20 @@ function tooEarly() {
 const fileCount = (entries) => entries.filter(({ kind }) => kind !== 'directory').length;
 
 /**
- * What is to be sent of some items. Rejects where nothing can be.
- * @param {import('./types.js').Item[]} items
+ * Resolves when there is something to send. Rejects where nothing can be.
+ * @param {Outgoings} offer
  */
-async function sendable(items) {
-  const found = await outgoing(items);
-  if (found.entries.length > 0) return found;
-  throw new TransferError(found.failures[0]?.code ?? 'unreadable');
+async function anythingOf(offer) {
+  const { done } = await offer.parts().next();
+  if (done) throw new TransferError(offer.failures[0]?.code ?? 'unreadable');
 }
+
+/**
+ * What a transfer says of a whole offer.
+ * @param {Outgoings} offer
+ */
+const sumOf = ({ entries, failures, renamed }) => ({
+  fileCount: fileCount(entries) + failures.length,
+  bytesTotal: totalSize(entries),
+  note: renamedSentence(renamed),
+});

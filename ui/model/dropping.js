@@ -72,7 +72,7 @@ export class Dropping extends EventTarget {
     const items = entries.map(itemOf);
     const measures = await measured(items);
     try {
-      this.#sending.sendOnly(
+      await this.#sending.sendOnly(
         deviceId,
         items.map((item) => measures.get(item) ?? item),
       );

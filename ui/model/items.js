@@ -5,7 +5,6 @@ import { mappedInSlices, Slices } from '../engine/slices.js';
 import { utf8 } from '../protocol/bytes.js';
 import { TransferError } from '../protocol/errors.js';
 import { Limit } from '../protocol/limits.js';
-import { totalSize } from '../protocol/manifest.js';
 import { ReceivablePaths } from '../protocol/receivable_names.js';
 import { isCount, isMissingOr, isOneOf, isText } from './schema.js';
 
@@ -50,49 +49,90 @@ export const textItem = (text) => ({
 /** @param {Item} item */
 const placeOf = (item) => item.relativePath || item.name;
 
-/** What is offered of some items. `items`: those that it is of. `failures`: what cannot be sent.
- *  `renamed`: what has to be received under another name.
- *  @typedef {object} Outgoings
- *  @property {(Outgoing & { item: Item })[]} entries
- *  @property {{ item: Item, code: string }[]} failures
- *  @property {{ from: string, to: string }[]} renamed */
+/** An entry of an offer, and the item that it is of. @typedef {Outgoing & { item: Item }} Offered */
 
 /**
- * The entries of an offer of these items, with their sizes as they are now, and under paths that can
- * be received.
- * @param {Item[]} items
- * @returns {Promise<Outgoings>}
+ * The offer of some items: entries with their sizes as they are now, and under paths that can be
+ * received. They are looked at from the beginning on, whether or not anybody takes them yet.
  */
-export async function outgoing(items) {
-  if (items.length > Limit.entries) throw new TransferError('too-large');
-  /** @type {Outgoings} */
-  const offer = { entries: [], failures: [], renamed: [] };
-  const paths = new ReceivablePaths();
-  const folders = new Set();
-  let next = outgoingsOf(items, 0);
-  for (let at = 0; at < items.length; at += AT_ONCE) {
-    const found = await next;
-    // The host looks at the next ones meanwhile.
-    next = outgoingsOf(items, at + AT_ONCE);
-    for (const [number, one] of found.entries()) {
-      const item = items[at + number];
-      const path = one.kind === 'text' ? item.name : paths.take(placeOf(item), one.kind ?? '');
-      if (one.kind === null || path === null) {
-        offer.failures.push({ item, code: one.kind === null ? 'unreadable' : 'unreceivable' });
-      } else if (one.kind !== 'directory' || !folders.has(path)) {
-        if (one.kind === 'directory') folders.add(path);
-        const { kind } = one;
-        offer.entries.push({ ...one, kind, path, item });
-        if (path !== placeOf(item) && one.kind !== 'text') {
-          const to = path.slice(path.lastIndexOf('/') + 1);
-          if (to !== item.name) offer.renamed.push({ from: item.name, to });
-        }
-      }
+export class Outgoings {
+  /** So far. @type {Offered[]} */
+  entries = [];
+  /** What cannot be sent. @type {{ item: Item, code: string }[]} */
+  failures = [];
+  /** What has to be received under another name. @type {{ from: string, to: string }[]} */
+  renamed = [];
+  /** Resolves when all items were looked at. @type {Promise<void>} */
+  whole;
+  #paths = new ReceivablePaths();
+  #folders = new Set();
+  /** Resolves when there are more entries, or all. */
+  #more = Promise.resolve();
+
+  /**
+   * Throws where there is too much.
+   * @param {Item[]} items
+   */
+  constructor(items) {
+    const texts = items.reduce((sum, { text }) => sum + (text ? utf8(text).length : 0), 0);
+    if (items.length > Limit.entries || texts > Limit.textBytes) {
+      throw new TransferError('too-large');
+    }
+    this.whole = this.#lookAt(items);
+    this.whole.catch(() => {}); // whoever takes the entries hears of it
+  }
+
+  /**
+   * The entries in their order, a part after the other.
+   * @returns {AsyncGenerator<Offered[]>}
+   */
+  async *parts() {
+    let isWhole = false;
+    this.whole.finally(() => (isWhole = true)).catch(() => {});
+    for (let at = 0; ;) {
+      const part = this.entries.slice(at, at + AT_ONCE);
+      at += part.length;
+      if (part.length > 0) yield part;
+      else if (isWhole) break;
+      else await Promise.race([this.#more, this.whole]);
+    }
+    await this.whole;
+  }
+
+  /** @param {Item[]} items */
+  async #lookAt(items) {
+    let next = outgoingsOf(items, 0);
+    for (let at = 0; at < items.length; at += AT_ONCE) {
+      const found = next;
+      // The host looks at the next ones meanwhile.
+      next = outgoingsOf(items, at + AT_ONCE);
+      next.catch(() => {}); // it is awaited in its turn
+      this.#more = found.then((some) =>
+        some.forEach((one, number) => this.#add(items[at + number], one)),
+      );
+      await this.#more;
     }
   }
-  const texts = offer.entries.filter(({ kind }) => kind === 'text');
-  if (totalSize(texts) > Limit.textBytes) throw new TransferError('too-large');
-  return offer;
+
+  /**
+   * @param {Item} item
+   * @param {ReturnType<typeof outgoingOf>} one
+   */
+  #add(item, one) {
+    const { kind } = one;
+    const place = placeOf(item);
+    const path = kind === 'text' ? item.name : this.#paths.take(place, kind ?? '');
+    if (kind === null || path === null) {
+      this.failures.push({ item, code: kind === null ? 'unreadable' : 'unreceivable' });
+      return;
+    }
+    if (kind === 'directory' && this.#folders.has(path)) return;
+    if (kind === 'directory') this.#folders.add(path);
+    this.entries.push({ ...one, kind, path, item });
+    if (path === place || kind === 'text') return;
+    const to = path.slice(path.lastIndexOf('/') + 1);
+    if (to !== item.name) this.renamed.push({ from: item.name, to });
+  }
 }
 
 /**
@@ -205,10 +245,10 @@ const foldersAbove = (path) =>
  * @param {Item[]} items
  * @param {Item[]} needed
  */
-export function releasablePaths(items, needed) {
-  const paths = pathsOf(items);
+export async function releasablePaths(items, needed) {
+  const paths = await pathsOf(items);
   if (needed.length === 0) return paths;
-  const kept = new Set(needed.map(({ path }) => path));
+  const kept = new Set(await mappedInSlices(needed, ({ path }) => path));
   const keptShares = new Set([...kept].map(shareOf).filter(Boolean));
   return paths.filter(
     (path) =>
@@ -222,10 +262,13 @@ export function releasablePaths(items, needed) {
  * The paths that the host keeps open for these items: of a folder, what is in it has none of its own.
  * @param {Item[]} items
  */
-export function pathsOf(items) {
-  const folders = new Set();
-  for (const { kind, path } of items) if (kind === 'directory') folders.add(path);
-  return items
-    .map(({ path }) => path)
-    .filter((path) => path !== '' && !folders.has(path.slice(0, path.lastIndexOf('/'))));
+export async function pathsOf(items) {
+  const folders = new Set(items.filter(({ kind }) => kind === 'directory').map(({ path }) => path));
+  const slices = new Slices();
+  const paths = [];
+  for (const { path } of items) {
+    if (path !== '' && !folders.has(path.slice(0, path.lastIndexOf('/')))) paths.push(path);
+    if (slices.isOver) await slices.next();
+  }
+  return paths;
 }

@@ -111,28 +111,34 @@ export class Outbox extends EventTarget {
     return gone;
   }
 
-  /**
-   * Takes what is shown out, to be sent: what is still being added stays.
-   * @returns {Item[]}
-   */
+  /** Takes what is shown out, to be sent: what is still being added stays. */
   takeAll() {
-    const taken = new Set(this.items);
-    this.#replace(this.#latest.filter((one) => !taken.has(one))).catch(() => {});
-    return [...taken];
+    const taken = this.items === this.#latest ? null : new Set(this.items);
+    const left = taken ? this.#latest.filter((one) => !taken.has(one)) : [];
+    this.#replace(left).catch(() => {});
   }
 
   /**
    * Lets go of the files that nothing that is still to be sent needs.
    * @param {Item[]} items
+   * @returns {Promise<void>}
    */
   async release(items) {
-    const paths = releasablePaths(items, [...this.#latest, ...this.#neededElsewhere()]);
+    const needed = this.#needed;
+    const paths = await releasablePaths(items, needed);
+    const now = this.#needed;
+    const isSame = now.length === needed.length && now.every((one, at) => one === needed[at]);
+    if (!isSame) return this.release(items); // what was added meanwhile may need them
     if (paths.length > 0) await platform.releasePickedFiles(paths).catch(() => {});
+  }
+
+  get #needed() {
+    return [...this.#latest, ...this.#neededElsewhere()];
   }
 
   /** Has the host open the files of earlier runs again. */
   async restore() {
-    const paths = pathsOf([...this.items, ...this.#neededElsewhere()]);
+    const paths = await pathsOf([...this.items, ...this.#neededElsewhere()]);
     if (paths.length > 0) await platform.restorePickedFiles(paths).catch(() => {});
   }
 

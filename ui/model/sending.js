@@ -34,23 +34,28 @@ export class Sending {
   /**
    * Sends the outbox to each of the devices.
    * @param {string[]} deviceIds
+   * @returns {Promise<void>}
    */
   async send(deviceIds) {
-    const { items } = this.#outbox;
+    const items = this.#outbox.items;
     if (items.length === 0) throw new Error(words('send.nothing'));
+    const fields = await contentFields(items);
+    // More may have been added meanwhile.
+    if (this.#outbox.items !== items) return this.send(deviceIds);
     const neighbours = deviceIds.map((id) => this.#devices.neighbour(id));
     // The transfers' document has the items before the outbox loses them.
-    for (const neighbour of neighbours) this.#sendTo(neighbour, items);
+    for (const neighbour of neighbours) this.#sendTo(neighbour, items, fields);
     this.#outbox.takeAll();
   }
 
   /**
-   * Sends items that never were in the outbox. Throws where the device is no longer near.
+   * Sends items that never were in the outbox. Rejects where the device is no longer near.
    * @param {string} deviceId
    * @param {Item[]} items
    */
-  sendOnly(deviceId, items) {
-    this.#sendTo(this.#devices.neighbour(deviceId), items);
+  async sendOnly(deviceId, items) {
+    const fields = await contentFields(items);
+    this.#sendTo(this.#devices.neighbour(deviceId), items, fields);
   }
 
   /**
@@ -59,22 +64,24 @@ export class Sending {
    */
   async retry(transferId) {
     const { deviceId, items, number } = this.#transfers.find(transferId);
+    const fields = await contentFields(items);
     const neighbour = this.#devices.withIdentity(deviceId);
     this.#transfers.remove(({ id }) => id === transferId);
-    this.#sendTo(neighbour, items, number);
+    this.#sendTo(neighbour, items, fields, number);
   }
 
   /**
    * @param {import('../protocol/discovery.js').Neighbour} neighbour
    * @param {Item[]} items
+   * @param {Awaited<ReturnType<typeof contentFields>>} fields
    * @param {string} [number] of an earlier attempt
    */
-  async #sendTo(neighbour, items, number) {
+  async #sendTo(neighbour, items, fields, number) {
     const transfer = this.#transfers.add({
       direction: 'send',
       deviceId: neighbour.id,
       deviceName: this.#trust.nameOf(neighbour),
-      ...contentFields(items),
+      ...fields,
       state: 'connecting',
       items,
       ...(number ? { number } : {}),

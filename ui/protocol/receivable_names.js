@@ -67,7 +67,8 @@ export class ReceivablePaths {
     const above = cut < 0 ? '' : `${this.#folderFor(path.slice(0, cut))}/`;
     const wanted = above + receivableName(path.slice(cut + 1));
     const isFolder = kind === 'directory';
-    const found = isFolder && this.#used.get(wanted) === kind ? wanted : this.#free(wanted);
+    const free = isFolder && this.#used.get(wanted) === kind ? wanted : this.#free(wanted);
+    const found = free === path ? path : free; // one text of both in memory
     if (!isReceivable(found)) return null;
     this.#used.set(found, kind);
     if (isFolder) this.#folders.set(path, found);

@@ -19,10 +19,11 @@ const TRANSFER = /^[0-9a-f]{32}$/;
 
 /**
  * @param {Conversation} conversation
+ * @param {(entry: Entry) => Entry} convert what is offered to what is received
  * @returns {Promise<Offer>}
  */
-export async function receiveOffer(conversation) {
-  const manifest = new ManifestReader();
+export async function receiveOffer(conversation, convert) {
+  const manifest = new ManifestReader(convert);
   for (;;) {
     const { type, body } = await conversation.next();
     if (type === Type.offer) {

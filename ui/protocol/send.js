@@ -22,6 +22,7 @@ const BATCH_BYTES = 16 << 20;
 
 /**
  * @typedef {object} Report
+ * @property {() => void} onOffered
  * @property {() => void} onAccepted
  * @property {(bytes: number) => void} onProgress content that has arrived, with what had before
  */
@@ -30,14 +31,14 @@ const BATCH_BYTES = 16 << 20;
  * Offers the entries, and sends what the other side does not have. Answers what failed.
  * @param {Conversation} conversation
  * @param {string} transfer the number by which the other side knows it again
- * @param {Outgoing[]} entries
+ * @param {AsyncIterable<Outgoing[]>} parts the entries, as they are found
  * @param {Report} report
  * @returns {Promise<Failure[]>}
  */
-export async function sendAll(conversation, transfer, entries, { onAccepted, onProgress }) {
-  for (const body of manifestRecords(entries)) await conversation.send(Type.offer, body);
-  const offered = { transfer, entries: entries.length, bytes: totalSize(entries) };
-  await conversation.send(Type.offered, jsonBytes(offered));
+export async function sendAll(conversation, transfer, parts, report) {
+  const { onOffered, onAccepted, onProgress } = report;
+  const entries = await offer(conversation, transfer, parts);
+  onOffered();
   const had = await beforeLong(acceptance(conversation, entries));
   onAccepted();
   const outcome = received(conversation, entries, onProgress);
@@ -48,6 +49,24 @@ export async function sendAll(conversation, transfer, entries, { onAccepted, onP
   await Promise.race([sending, outcome]);
   const late = await outcome;
   return [...(await sending), ...late];
+}
+
+/**
+ * @param {Conversation} conversation
+ * @param {string} transfer
+ * @param {AsyncIterable<Outgoing[]>} parts
+ * @returns {Promise<Outgoing[]>} all entries
+ */
+async function offer(conversation, transfer, parts) {
+  /** @type {Outgoing[]} */
+  const entries = [];
+  for await (const part of parts) {
+    entries.push(...part);
+    for (const body of manifestRecords(part)) await conversation.send(Type.offer, body);
+  }
+  const offered = { transfer, entries: entries.length, bytes: totalSize(entries) };
+  await conversation.send(Type.offered, jsonBytes(offered));
+  return entries;
 }
 
 /**
@@ -109,8 +128,7 @@ async function sendContents(conversation, entries, had) {
   const failures = [];
   /** @type {Promise<void>[]} */
   const sending = [];
-  const starts = await startsOf(entries, had);
-  for (const batch of batchesOf(entries, starts)) {
+  for (const batch of batchesOf(entries, await startsOf(entries, had))) {
     const sent = sendBatch(conversation, batch).then((failed) => {
       failures.push(...failed);
     });
@@ -143,15 +161,16 @@ async function sendBatch(conversation, batch) {
  * What is to be sent, in the order of the manifest: so many files, or bytes, that the other side hears
  * often enough what it may put in place.
  * @param {Outgoing[]} entries
- * @param {Map<number, number>} starts the entries that are to be sent, each with its first offset
+ * @param {Map<number, number>} starts the first offset of those that are not sent from the beginning
  * @returns {Generator<OutgoingPart[]>}
  */
-export function* batchesOf(entries, starts) {
+function* batchesOf(entries, starts) {
   /** @type {OutgoingPart[]} */
   let batch = [];
   let bytes = 0;
-  for (const [entry, offset] of starts) {
-    const { source, size, modified, text } = entries[entry];
+  for (const [entry, { kind, source, size, modified, text }] of entries.entries()) {
+    const offset = starts.get(entry) ?? 0;
+    if (kind === 'directory' || offset === Infinity) continue;
     const part = { entry, offset, size, modified };
     batch.push(text === undefined ? { ...part, path: source } : { ...part, bytes: utf8(text) });
     bytes += size - offset;
@@ -164,19 +183,19 @@ export function* batchesOf(entries, starts) {
 }
 
 /**
- * Where to begin with each entry that is to be sent.
+ * Where to begin with the entries of which the other side has something; infinitely far in what is in
+ * its place.
  * @param {Outgoing[]} entries
  * @param {Map<number, Had>} had
  * @returns {Promise<Map<number, number>>}
  */
 async function startsOf(entries, had) {
   const starts = new Map();
-  for (const [index, { kind, size, source }] of entries.entries()) {
-    const known = had.get(index);
-    const isInPlace = known && known.digest === undefined && known.bytes === size;
-    if (kind === 'directory' || isInPlace) continue;
-    const ours = known?.digest ? await contentDigest(source, known.bytes).catch(() => null) : null;
-    starts.set(index, known && ours !== null && ours === known.digest ? known.bytes : 0);
+  for (const [index, { bytes, digest }] of had) {
+    const { size, source } = entries[index];
+    if (digest === undefined && bytes === size) starts.set(index, Infinity);
+    const ours = digest ? await contentDigest(source, bytes).catch(() => null) : null;
+    if (ours !== null && ours === digest) starts.set(index, bytes);
   }
   return starts;
 }
