@@ -111,8 +111,8 @@ class SealedConnection {
   bool isWaitingForPart_ = false;
   bool isDraining_ = false;
 
-  DispatchQueue sending_{"brevanholt.send"};
   DispatchQueue receiving_{"brevanholt.receive"};
+  DispatchQueue sending_{"brevanholt.send"};  // uses the other one, so it ends first
 };
 
 }  // namespace brevanholt::platform

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <mutex>
+
 namespace brevanholt::platform {
 namespace {
 
@@ -41,12 +43,14 @@ class Server {
   // Holds the replies to Notify back until letAnswersGo().
   void holdAnswers() {
     service_.bus().whenConnected([this](GDBusConnection* connection) {
+      const std::lock_guard lock(mutex_);
       filter_ = g_dbus_connection_add_filter(connection, hold, this, nullptr);
     });
   }
   void letAnswersGo() {
     service_.bus().whenConnected([this](GDBusConnection* connection) {
       g_dbus_connection_remove_filter(connection, filter_);
+      const std::lock_guard lock(mutex_);
       for (GDBusMessage* message : held_) {
         const GObjectPointer<GDBusMessage> copy(g_dbus_message_copy(message, nullptr));
         g_dbus_connection_send_message(connection, copy.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE,
@@ -67,6 +71,7 @@ class Server {
                             gpointer self) {
     const std::string_view signature = g_dbus_message_get_signature(message);
     if (isIncoming != FALSE || signature != "u") return message;
+    const std::lock_guard lock(mutex_);
     static_cast<Server*>(self)->held_.push_back(message);
     return nullptr;
   }
@@ -96,6 +101,8 @@ class Server {
 
   std::uint32_t next_;
   unsigned filter_ = 0;
+  // Guards the next, which the connection's thread fills. It is older than that thread.
+  static inline std::mutex mutex_;
   std::vector<GDBusMessage*> held_;
   BusService service_;
 };
