@@ -6,17 +6,24 @@
 #include <string>
 
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/ioctl.h>
+#include <sys/mount.h>
 #include <unistd.h>
 
 namespace brevanholt {
 
 // A small disk whose power can be cut: what was not flushed is lost, also where ext4 would have
 // flushed on its own. Needs root and loop devices; isMounted() is false without them.
+//
+// It moves this process to mounts of its own. A mount namespace that another program makes
+// meanwhile would otherwise copy the mount and keep the file system in use, which stays shut down
+// until everybody has unmounted it.
 class UnreliableDisk {
  public:
   UnreliableDisk() {
-    isMounted_ = run("truncate --size=4M '" + image_ + "' && mkfs.ext4 -q -F '" + image_ + "'") &&
+    isMounted_ = hasOwnMounts() &&
+                 run("truncate --size=4M '" + image_ + "' && mkfs.ext4 -q -F '" + image_ + "'") &&
                  std::filesystem::create_directory(path_) && mount();
   }
   ~UnreliableDisk() {
@@ -39,6 +46,10 @@ class UnreliableDisk {
   }
 
  private:
+  static bool hasOwnMounts() {
+    return ::unshare(CLONE_NEWNS) == 0 &&
+           ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+  }
   static bool run(const std::string& command) {
     return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
   }
