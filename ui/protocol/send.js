@@ -1,5 +1,6 @@
 // The sending side of a transfer, from its offer to the other side's word that all was saved.
 
+import { Slices } from '../engine/slices.js';
 import { jsonBytes, utf8 } from './bytes.js';
 import { contentOf, Type } from './conversation.js';
 import { contentDigest } from './content_digest.js';
@@ -128,7 +129,9 @@ async function sendContents(conversation, entries, had) {
   const failures = [];
   /** @type {Promise<void>[]} */
   const sending = [];
+  const slices = new Slices();
   for (const batch of batchesOf(entries, await startsOf(entries, had))) {
+    if (slices.isOver) await slices.next();
     const sent = sendBatch(conversation, batch).then((failed) => {
       failures.push(...failed);
     });
