@@ -17,7 +17,7 @@ namespace brevanholt::platform {
 namespace {
 
 constexpr int kBarHeight = 6;
-constexpr std::size_t kMostColumns = 280;  // no row has room for more
+constexpr std::size_t kMostColumnsInRow = 280;  // no row has room for more
 
 Pango::Weight pangoWeight(FontWeight weight) {
   switch (weight) {
@@ -116,7 +116,7 @@ class BarArea final : public Gtk::DrawingArea {
 void showText(Gtk::Label& widget, const Label& label) {
   const auto cut = label.style().truncation == Truncation::kMiddle ? Cut::kMiddle : Cut::kTail;
   const Glib::ustring text =
-      directionIsolated(cutToColumns(onOneLine(label.text()), kMostColumns, cut));
+      directionIsolated(cutToColumns(onOneLine(label.text()), kMostColumnsInRow, cut));
   if (widget.get_text() != text) widget.set_text(text);
 }
 

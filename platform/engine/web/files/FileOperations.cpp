@@ -22,7 +22,7 @@ struct CloseDirectory {
   void operator()(DIR* directory) const { ::closedir(directory); }
 };
 
-const char* kindOf(mode_t mode) {
+const char* kindName(mode_t mode) {
   if (S_ISREG(mode)) return "file";
   return S_ISDIR(mode) ? "directory" : "other";
 }
@@ -55,7 +55,7 @@ Value statFile(const Reach& reach) {
     if (error.errorNumber() == ENOENT) return {};  // nor is there its folder
     throw;
   }
-  return Map{{"kind", kindOf(information.st_mode)},
+  return Map{{"kind", kindName(information.st_mode)},
              {"size", static_cast<std::int64_t>(information.st_size)},
              {"modified", millisecondsOf(information.st_mtim)}};
 }
