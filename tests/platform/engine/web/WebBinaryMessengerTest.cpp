@@ -13,7 +13,7 @@ namespace {
 
 using Kind = LinkFrame::Kind;
 
-Message text(std::string_view content) {
+Message messageOf(std::string_view content) {
   return Message(Bytes(std::vector<std::uint8_t>(content.begin(), content.end())));
 }
 
@@ -32,7 +32,7 @@ TEST_F(WebBinaryMessengerTest, NeitherBlocksNorLosesBytesWhenThePageReadsSlowly)
   page.send(Kind::kListen, "bulk", 0, {});
   spinOnce();
   const std::string payload(8 << 20, 'p');
-  for (int count = 0; count < 4; ++count) messenger_.send("bulk", text(payload));
+  for (int count = 0; count < 4; ++count) messenger_.send("bulk", messageOf(payload));
   for (int count = 0; count < 4; ++count) {
     const auto frame = page.receive();
     ASSERT_TRUE(frame);

@@ -4,7 +4,7 @@
 namespace brevanholt::platform {
 namespace {
 
-constexpr const char* kInterface = R"(<node><interface name="org.example.Echo">
+constexpr const char* kEchoInterface = R"(<node><interface name="org.example.Echo">
   <method name="Say"><arg type="s" direction="out"/></method>
   <signal name="Said"/></interface></node>)";
 
@@ -13,9 +13,9 @@ TEST(BusTest, OpensAClosedConnectionAgainWithAllThatWasOnIt) {
   const PrivateBus daemon;
   const auto say = [](std::string_view, GVariant*) { return g_variant_new("(s)", "hello"); };
   BusService service(daemon.address(), "org.example.Service");
-  BusObject& theirs = service.serve("/theirs", kInterface, say);
+  BusObject& theirs = service.serve("/theirs", kEchoInterface, say);
   Bus bus(daemon.address());
-  BusObject ours(bus, "/ours", kInterface, {.call = say, .property = nullptr});
+  BusObject ours(bus, "/ours", kEchoInterface, {.call = say, .property = nullptr});
   int said = 0;
   const auto signals = bus.subscribe({nullptr, "/theirs", "org.example.Echo", "Said"},
                                      [&said](GVariant*) { ++said; });
