@@ -68,14 +68,20 @@ PreviewSandbox::Command PreviewSandbox::sandboxed() const {
   return isInFlatpak_ ? inFlatpak() : inBubblewrap();
 }
 
-// The child has no environment, and what asks Flatpak for it needs the bus.
+// The child has no environment. What asks Flatpak for it is of the application or of the runtime,
+// and needs the bus.
 PreviewSandbox::Command PreviewSandbox::inFlatpak() const {
   const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
   const std::string address = bus != nullptr ? bus : "";
-  return {"/usr/bin/env",  "DBUS_SESSION_BUS_ADDRESS=" + address,
-          "flatpak-spawn", "--sandbox",
-          "--no-network",  "--watch-bus",
-          "--clear-env",   child_};
+  return {"/usr/bin/env",
+          "PATH=/app/bin:/usr/bin",
+          "DBUS_SESSION_BUS_ADDRESS=" + address,
+          "flatpak-spawn",
+          "--sandbox",
+          "--no-network",
+          "--watch-bus",
+          "--clear-env",
+          child_};
 }
 
 PreviewSandbox::Command PreviewSandbox::inBubblewrap() const {
