@@ -80,6 +80,7 @@ PreviewSandbox::Command PreviewSandbox::inFlatpak() const {
           "--sandbox",
           "--no-network",
           "--watch-bus",
+          "--directory=/",
           "--clear-env",
           child_};
 }
