@@ -2,19 +2,14 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
 
-namespace brevanholt {
+#include "bench/SecondsOf.h"
 
-inline double secondsOf(const std::function<void()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
+namespace brevanholt {
 
 // One of several ways to do the same. `once` prepares it, does it, and returns the seconds without
 // the preparation.
