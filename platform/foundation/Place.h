@@ -36,10 +36,6 @@ class Place {
   [[nodiscard]] int folder() const { return folder_ ? folder_.get() : AT_FDCWD; }
   [[nodiscard]] const char* name() const { return name_.c_str(); }
 
-  // Leads to another name in the same folder. False, with nothing changed, where the reach is not
-  // of such a name.
-  [[nodiscard]] bool stepTo(const Reach& reach);
-
   // False where there is nothing. ESTALE where something else is there than what may be reached.
   [[nodiscard]] bool look(struct stat& information) const;
   // The same for another name in the folder of a place below a root.

@@ -8,9 +8,8 @@
 namespace brevanholt::platform {
 namespace {
 
-// What waits for the default main context, of which there is one. A lock of its own hands the tasks
-// over: the thread sanitizer does not see GLib's locks, and would report each task, or, with GLib's
-// stacks suppressed, nothing that the main thread does.
+// The tasks that wait for the default main context. They have a lock of their own, since the thread
+// sanitizer does not see GLib's locks and would report every task as a race.
 struct Waiting {
   std::mutex mutex;
   std::deque<Task> tasks;
