@@ -15,11 +15,11 @@ def below(process):
     """A process and its descendants."""
     family = [process]
     for one in family:
-        for children in pathlib.Path(f"/proc/{one}/task").glob("*/children"):
-            try:
+        try:
+            for children in pathlib.Path(f"/proc/{one}/task").glob("*/children"):
                 family += map(int, children.read_text().split())
-            except (FileNotFoundError, ProcessLookupError):
-                continue
+        except (FileNotFoundError, ProcessLookupError):
+            continue  # it, or one of its threads, has ended
     return family
 
 
