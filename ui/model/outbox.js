@@ -121,14 +121,13 @@ export class Outbox extends EventTarget {
   /**
    * Lets go of the files that nothing that is still to be sent needs.
    * @param {Item[]} items
-   * @returns {Promise<void>}
    */
   async release(items) {
-    const needed = this.#needed;
-    const paths = await releasablePaths(items, needed);
-    const now = this.#needed;
-    const isSame = now.length === needed.length && now.every((one, at) => one === needed[at]);
-    if (!isSame) return this.release(items); // what was added meanwhile may need them
+    let needed, paths;
+    do {
+      needed = this.#needed;
+      paths = await releasablePaths(items, needed);
+    } while (!areSame(needed, this.#needed)); // what is added meanwhile may need them
     if (paths.length > 0) await platform.releasePickedFiles(paths).catch(() => {});
   }
 
@@ -159,3 +158,10 @@ export class Outbox extends EventTarget {
     }
   }
 }
+
+/**
+ * @param {Item[]} some
+ * @param {Item[]} others
+ */
+const areSame = (some, others) =>
+  some.length === others.length && some.every((one, at) => one === others[at]);

@@ -34,14 +34,14 @@ export class Sending {
   /**
    * Sends the outbox to each of the devices.
    * @param {string[]} deviceIds
-   * @returns {Promise<void>}
    */
   async send(deviceIds) {
-    const items = this.#outbox.items;
-    if (items.length === 0) throw new Error(words('send.nothing'));
-    const fields = await contentFields(items);
-    // More may have been added meanwhile.
-    if (this.#outbox.items !== items) return this.send(deviceIds);
+    let items, fields;
+    do {
+      items = this.#outbox.items;
+      if (items.length === 0) throw new Error(words('send.nothing'));
+      fields = await contentFields(items);
+    } while (items !== this.#outbox.items); // more may be added meanwhile
     const neighbours = deviceIds.map((id) => this.#devices.neighbour(id));
     // The transfers' document has the items before the outbox loses them.
     for (const neighbour of neighbours) this.#sendTo(neighbour, items, fields);

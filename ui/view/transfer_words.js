@@ -96,7 +96,7 @@ export class TransferNews {
 
 /**
  * @param {Transfer} now
- * @param {Transfer} [then]
+ * @param {Transfer | undefined} then undefined for a new one
  */
 function newsOf(now, then) {
   const name = isolated(now.name);
