@@ -7,47 +7,29 @@ import { TransferError } from '../protocol/errors.js';
 import { beforeLong, greet, introduce } from '../protocol/introduction.js';
 import { totalSize } from '../protocol/manifest.js';
 import { receiveAll, receiveOffer } from '../protocol/receive.js';
-import {
-  discardScratch,
-  pauseScratch,
-  scratchFolder,
-  scratchName,
-  TransferScratch,
-} from '../protocol/scratch_area.js';
+import { scratchFolder, scratchName, TransferScratch } from '../protocol/scratch_area.js';
 import { sendAll } from '../protocol/send.js';
 import { isolated, plainFileName, plainPath } from '../text/foreign_text.js';
 import { sizeText } from '../text/format.js';
 import { words } from '../text/words.js';
 import { contentFields } from './contents.js';
-import { Outgoings } from './items.js';
-import { endedBy, failureFields, renamedSentence } from './outcomes.js';
+import { failureFields } from './outcomes.js';
+import { fileCount, Outgoings } from './outgoings.js';
 import { QuestionGate } from './question_gate.js';
 import { Questions } from './questions.js';
 import { keepReceivedText } from './received.js';
-
-/** Errors after which what has arrived is not kept for a resumption. */
-const DISCARDS = new Set([
-  'cancelled',
-  'cancelled-there',
-  'disk-full',
-  'declined',
-  'not-understood',
-]);
+import { Running } from './running.js';
 
 /** @typedef {import('./types.js').Transfer} Transfer */
 /** @typedef {import('./transfers.js').Transfers} Transfers */
 /** @typedef {import('../protocol/conversation.js').Conversation} Conversation */
+/** @typedef {import('../protocol/endpoint.js').Contact} Contact */
 
 export class Courier {
   #transfers;
   #trust;
+  #running;
   #questions = new Questions();
-  /** @type {Map<string, Conversation | null>} by transfer; null until it is connected */
-  #running = new Map();
-  /** How each transfer that runs ends. @type {Map<string, Promise<void>>} */
-  #ended = new Map();
-  /** The transfers that were stopped here, and how. @type {Map<string, 'cancelled' | 'paused'>} */
-  #stopped = new Map();
   #gate = new QuestionGate();
 
   /**
@@ -57,6 +39,7 @@ export class Courier {
   constructor(transfers, trust) {
     this.#transfers = transfers;
     this.#trust = trust;
+    this.#running = new Running(transfers);
   }
 
   /**
@@ -65,23 +48,15 @@ export class Courier {
    * @param {() => Promise<import('../protocol/endpoint.js').Contact>} connect
    */
   send({ id, items, number }, connect) {
-    return this.#run(id, async () => {
+    return this.#running.run(id, async (run) => {
       const offer = new Outgoings(items);
-      // Looking at many files takes as long as the handshake.
-      const connecting = connect();
-      connecting.catch(() => {}); // it may fail before it is awaited
-      await anythingOf(offer).catch((error) => {
-        connecting.then(({ conversation }) => conversation.close('cancelled')).catch(() => {});
-        throw error;
-      });
-      const { conversation, session } = await connecting;
-      await this.#hold(id, conversation);
+      const { conversation, session } = await connectedFor(offer, connect);
+      run.hold(conversation);
       if (!(await greet(conversation, session, this.#trust))) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
       const late = await sendAll(conversation, number, offer.parts(), {
-        onOffered: () =>
-          this.#transfers.change(id, { state: 'asking', code: null, ...sumOf(offer) }),
+        onOffered: () => this.#transfers.change(id, { state: 'asking', code: null, ...offer.sum }),
         onAccepted: () => this.#transfers.change(id, { state: 'active' }),
         onProgress: (bytes) => this.#transfers.advance(id, bytes),
       });
@@ -90,14 +65,11 @@ export class Courier {
         ...failures,
         ...late.map(({ index, code }) => ({ item: entries[index].item, code })),
       ];
-      const { bytesTotal, fileCount: files } = sumOf(offer);
-      if (failed.length === 0) {
-        return { state: 'complete', bytesDone: bytesTotal };
-      }
+      if (failed.length === 0) return { state: 'complete', bytesDone: totalSize(entries) };
       const named = failed.map(({ item, code }) => ({ name: item.name, code }));
       // Trying again sends what failed.
       const left = [...new Set(failed.map(({ item }) => item))];
-      return { state: 'failed', items: left, ...failureFields(named, files) };
+      return { state: 'failed', items: left, ...failureFields(named, offer.sum.fileCount) };
     });
   }
 
@@ -122,8 +94,8 @@ export class Courier {
     });
     const endQuestion = () =>
       this.#gate.end(asker, this.#questions.wasAnswered(id), performance.now());
-    await this.#run(id, async () => {
-      await this.#hold(id, conversation);
+    await this.#running.run(id, async (run) => {
+      run.hold(conversation);
       if (!isKnown) {
         await introduce(conversation, session, this.#trust, (code) => this.#compare(id, code));
       }
@@ -206,8 +178,7 @@ export class Courier {
   async #scratchFor(id, name) {
     for (const { id: other, scratch, state } of this.#transfers.list) {
       if (scratch !== name || other === id) continue;
-      await this.#running.get(other)?.close('lost');
-      await this.#ended.get(other);
+      await this.#running.lose(other);
       if (state !== 'complete') this.#transfers.remove((one) => one.id === other);
     }
     this.#transfers.change(id, { scratch: name });
@@ -261,72 +232,11 @@ export class Courier {
 
   /**
    * @param {string} id
-   * @param {'cancelled' | 'paused'} code
+   * @param {import('./running.js').Stop} code
    */
   async #stop(id, code) {
-    if (!this.#running.has(id)) return;
-    this.#stopped.set(id, code);
-    await this.#running.get(id)?.close(code);
+    await this.#running.stop(id, code);
     this.#questions.answer(id, false);
-  }
-
-  /**
-   * Runs a transfer, and changes it to what the work returns, or to how it failed.
-   * @param {string} id
-   * @param {() => Promise<Partial<Transfer>>} work
-   */
-  async #run(id, work) {
-    this.#running.set(id, null);
-    const running = this.#runToEnd(id, work);
-    this.#ended.set(id, running);
-    await running;
-    this.#ended.delete(id);
-  }
-
-  /**
-   * @param {string} id
-   * @param {() => Promise<Partial<Transfer>>} work
-   */
-  async #runToEnd(id, work) {
-    let code;
-    /** @type {Partial<Transfer>} */
-    let outcome;
-    try {
-      outcome = await work();
-    } catch (error) {
-      const stopped = this.#stopped.get(id);
-      const reason = stopped ? new TransferError(stopped) : TransferError.of(error, 'not-saved');
-      code = reason.code;
-      outcome = endedBy(reason, this.#transfers.find(id));
-    }
-    const conversation = this.#running.get(id);
-    this.#stopped.delete(id);
-    this.#running.delete(id);
-    await this.#tidy(id, code);
-    this.#transfers.change(id, { isStalled: false, ...outcome });
-    await conversation?.close(code);
-  }
-
-  /**
-   * Keeps what has arrived for a resumption, unless the transfer was cancelled or the disk is full.
-   * @param {string} id
-   * @param {string | undefined} code
-   */
-  async #tidy(id, code) {
-    const { scratch } = this.#transfers.find(id);
-    if (!scratch || !code) return;
-    if (DISCARDS.has(code)) await discardScratch(scratch).catch(() => {});
-    else if (code === 'paused') await pauseScratch(scratch).catch(() => {});
-  }
-
-  /**
-   * @param {string} id
-   * @param {Conversation} conversation
-   */
-  async #hold(id, conversation) {
-    this.#running.set(id, conversation);
-    const stopped = this.#stopped.get(id);
-    if (stopped) throw new TransferError(stopped);
   }
 
   /**
@@ -344,24 +254,18 @@ function tooEarly() {
   throw new TransferError('not-understood');
 }
 
-/** @param {{ kind: string }[]} entries */
-const fileCount = (entries) => entries.filter(({ kind }) => kind !== 'directory').length;
-
 /**
- * Resolves when there is something to send. Rejects where nothing can be.
+ * Connects while the items are looked at, which takes about as long. Rejects where nothing can be sent.
  * @param {Outgoings} offer
+ * @param {() => Promise<Contact>} connect
  */
-async function anythingOf(offer) {
-  const { done } = await offer.parts().next();
-  if (done) throw new TransferError(offer.failures[0]?.code ?? 'unreadable');
+async function connectedFor(offer, connect) {
+  const connecting = connect();
+  try {
+    await Promise.all([connecting, offer.anything()]);
+  } catch (error) {
+    connecting.then(({ conversation }) => conversation.close('cancelled')).catch(() => {});
+    throw error;
+  }
+  return connecting;
 }
-
-/**
- * What a transfer says of a whole offer.
- * @param {Outgoings} offer
- */
-const sumOf = ({ entries, failures, renamed }) => ({
-  fileCount: fileCount(entries) + failures.length,
-  bytesTotal: totalSize(entries),
-  note: renamedSentence(renamed),
-});
