@@ -38,8 +38,8 @@ std::string_view nameOf(ondemand::field& field) {
   return field.unescaped_key().get(name) == simdjson::SUCCESS ? name : std::string_view();
 }
 
-// Walks over a value that means nothing here. The parser checks structure, encoding and control
-// characters on the way; it does not look at scalars that nobody asks for.
+// Passes over a value under an unknown key. The parser checks structure, encoding and control
+// characters on the way; it does not parse scalars that are not read.
 void skip(ondemand::value value, int level) {
   if (level > kDeepestLevel) refuse("it is nested too deeply");
   const Type type = value.type();

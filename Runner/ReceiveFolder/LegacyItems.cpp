@@ -34,9 +34,9 @@ std::optional<std::vector<fs::path>> namesIn(const fs::path& directory) {
 // The receive folder with every component of the working directory appended. Empty where there is
 // no such directory.
 //
-// Earlier builds made plain directories. A link on the way was put there by somebody else and may
-// lead out of the receive folder, or to what the user has sorted within it, so nothing is taken
-// from behind one. The receive folder itself may be a link.
+// Earlier builds made plain directories. A symbolic link among the components is not theirs and may
+// lead out of the receive folder, or to what the user has sorted within it, so links are not
+// followed. The receive folder itself may be a link.
 fs::path legacyDirectory(const fs::path& receiveFolder, const fs::path& workingDirectory) {
   if (!workingDirectory.has_relative_path()) return {};
   std::error_code error;

@@ -34,7 +34,7 @@ bool namesAnItem(const std::string& name) {
 
 }  // namespace
 
-// One call on its way; whatever ends last answers.
+// One call of publishFiles(). The last of its parts to end replies.
 struct ReceiveFolder::Round {
   platform::UniqueFunction<void(Places)> done;
   Places places;
@@ -102,7 +102,7 @@ std::optional<fs::path> ReceiveFolder::place(const Arrival& arrival,
   std::optional<fs::path> placed;
   if (!arrival.path) {
     placed = platform::makeInPlace(choose, arrival.modified);
-  } else if (!copies_.isPending(folder / name)) {  // else that one gets its name first
+  } else if (!copies_.isPending(folder / name)) {  // else it waits for that copy
     placed = platform::renameIntoPlace(*arrival.path, choose);
   }
   if (!placed) return placed;

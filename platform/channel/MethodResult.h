@@ -5,8 +5,8 @@
 
 namespace brevanholt::platform {
 
-// The reply that a method call is owed: consumed by whoever sends it, and sent exactly once. One
-// that is destroyed unsent is logged and answered with the error "platform_error"; sending a second
+// The pending reply to a method call: sending consumes it, and it is sent exactly once. If it is
+// destroyed unsent, that is logged and the call gets the error "platform_error"; sending a second
 // time is a logged fault.
 class MethodResult {
  public:
@@ -21,7 +21,7 @@ class MethodResult {
   void error(MethodError error) && { send(std::move(error)); }
   void notImplemented() && { send(NotImplemented{}); }
   void reply(Reply reply) && { send(std::move(reply)); }
-  // Nobody waits for the reply any more: none is sent.
+  // Sends no reply, because the caller no longer waits for one.
   void drop() && { sink_ = nullptr; }
 
  private:

@@ -28,14 +28,14 @@ class DragDestination {
   virtual bool performDragOperation(const DraggingInfo& drag) = 0;
 };
 
-// A view that holds another, which fills it, and hears of drags over both.
+// A view that another view fills, and that receives the drags over both.
 class DropContainer {
  public:
   virtual ~DropContainer() = default;
   [[nodiscard]] virtual NativeView& view() = 0;
   // Borrowed.
   virtual void addSubview(NativeView& view) = 0;
-  // Borrowed; null to let go, and to hear of drags no more.
+  // Borrowed; null to receive no more drags.
   virtual void registerForDraggedFiles(DragDestination* destination) = 0;
 };
 

@@ -34,7 +34,7 @@ struct Image {
   double width = 0;
   double height = 0;
   std::variant<Nothing, ApplicationIcon, PictureDrawing> content;
-  // Where the image's visual weight is, for whoever aligns it with others.
+  // The part of the image that counts when it is aligned with others.
   Rectangle alignment;
   // Only the shape counts; the desktop gives it the colour of what stands beside it.
   bool isTemplate = false;

@@ -8,8 +8,9 @@
 
 namespace brevanholt::platform {
 
-// A folder held open. What is read or removed through it is in that very folder, whoever bears its
-// name by then. Links are not followed, the folder's own name included. Failures are FileErrors.
+// A folder held open. Reading and removing happen in that very folder, even if its name belongs to
+// another one by then. Links are not followed, the folder's own name included. Failures are
+// FileErrors.
 class DirectoryHandle {
  public:
   explicit DirectoryHandle(std::filesystem::path path);

@@ -41,8 +41,8 @@ std::vector<std::filesystem::path> createDirectories(const std::filesystem::path
                                                      mode_t mode = 0777);
 
 // Creates a directory that only this user may use, and those above it. One that exists must be a
-// real directory of this user's, in a place where nobody else can put another in its stead; what
-// others may do in it is taken from them. Throws FileError (EPERM for another user's).
+// real directory of this user's, in a place where no other user can replace it; it loses the
+// permissions of others. Throws FileError (EPERM for another user's).
 void createPrivateDirectory(const std::filesystem::path& path);
 
 // Removes a directory that is empty, and nothing else. False where it stays.

@@ -60,8 +60,8 @@ void copyContents(const fs::path& source, int from, int to, const std::stop_toke
   }
 }
 
-// A new item, locked as one that is in use. Whoever looks for leftovers may lock and remove it
-// first; then it is created again.
+// A new item, locked as one that is in use. A search for leftovers may lock and remove it first;
+// then it is created again.
 template <class Create>
 FileDescriptor lockedNew(Create create) {
   for (;;) {
@@ -129,7 +129,7 @@ bool isPartialName(const std::string& name) {
          isUuid(std::string_view(name).substr(1, name.size() - 1 - kPartialSuffix.size()));
 }
 
-// The lock of a copy that nobody uses; a copy in use is locked, and gives none.
+// The lock of a copy that was left behind; nothing for a copy in use, which is locked.
 FileDescriptor lockOfAbandoned(const fs::path& partial) {
   struct stat information {};
   if (::lstat(partial.c_str(), &information) != 0 || information.st_uid != ::geteuid()) return {};

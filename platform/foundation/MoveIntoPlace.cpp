@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Somebody who takes every name just before it is used is stopped by nothing but an end.
+// Another program may take each name just before it is used; this ends the loop.
 constexpr int kMostTries = 100;
 
 int errorOf(int outcome) {
@@ -70,8 +70,8 @@ struct Attempt {
   int error = 0;
 };
 
-// Calls `take`, which returns an error number, with one chosen name after the other until somebody
-// else was not faster.
+// Calls `take`, which returns an error number, with a chosen name, and again with another one while
+// the name was taken in between.
 template <class Take>
 Attempt takeFreeName(const ChooseDestination& choose, Take take) {
   for (int tries = 1;; ++tries) {

@@ -8,7 +8,7 @@
 
 namespace brevanholt::platform {
 
-// Names a free place to move an item to. Asked again when somebody else took that name in between.
+// Chooses a free path for an item. Called again when another program took that path in between.
 using ChooseDestination = std::function<std::filesystem::path()>;
 
 // An empty file that was modified then, in milliseconds since 1970, at the first chosen name that

@@ -7,7 +7,8 @@
 
 namespace brevanholt::platform {
 
-// A callback that is owed one result. Where nobody can deliver it any more, it gets an error.
+// A callback that is called exactly once: with a result, or with an error if this is destroyed
+// without one.
 template <class T>
 class OwedResult {
  public:

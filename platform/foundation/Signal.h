@@ -17,7 +17,7 @@ class Connection {
   std::shared_ptr<void> slot_;
 };
 
-// Tells whoever is connected that something happened. For one thread. A slot may connect and
+// Calls the connected slots when something happened. For one thread. A slot may connect and
 // disconnect others, or itself, while it runs.
 class Signal {
  public:

@@ -23,7 +23,7 @@ using GVariantTypePointer = std::unique_ptr<GVariantType, FreeWith<g_variant_typ
 using GBytesPointer = std::unique_ptr<GBytes, FreeWith<g_bytes_unref>>;
 using GCharPointer = std::unique_ptr<char, FreeWith<g_free>>;
 
-// Another reference to what somebody else owns.
+// A new reference to an object that has another owner.
 template <class T>
 [[nodiscard]] GObjectPointer<T> retained(T* object) {
   return GObjectPointer<T>(static_cast<T*>(g_object_ref(object)));

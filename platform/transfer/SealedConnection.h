@@ -40,7 +40,7 @@ class SealedConnection {
   // What may be received now.
   struct Terms {
     std::size_t largestFrame = 0;
-    // Whether to receive while nobody asks: files are written, and up to 16 records wait.
+    // Whether to receive before the page asks: files are written, and up to 16 records wait.
     bool readsAhead = false;
   };
 

@@ -100,7 +100,7 @@ export class Running {
       outcome = endedBy(reason, this.#transfers.find(id));
     }
     const { conversation } = run;
-    run.conversation = null; // the end was decided: nobody closes it with another code
+    run.conversation = null; // the end was decided, so stop() must not close it with another code
     await this.#tidy(id, code);
     this.#transfers.change(id, { isStalled: false, ...outcome });
     await conversation?.close(code);

@@ -104,7 +104,7 @@ export class Transfers extends EventTarget {
         hasEnded(one) ? one : { ...one, state: 'failed', message: { key: 'end.interrupted' } },
       );
     }
-    // Where the transfers could not be read, what they send is left for whoever mends the document.
+    // If the transfers could not be read, their lists stay: the user may repair the document.
     const isRead = !documents.damaged.has(DOCUMENT);
     await documents.sweep((name) => isRead && sentItems.isUnneeded(name));
     return new Transfers(documents, list, sentItems);

@@ -1,5 +1,5 @@
 // The handshake of two devices: seven frames that agree on new keys and prove the lasting keys, without
-// showing either to whoever listens. docs/protocol.md has the frames, the derivation, and why the caller
+// revealing either to a listener. docs/protocol.md has the frames, the derivation, and why the caller
 // commits to its share first.
 
 import { isDeviceId, cleanName } from './announcement.js';

@@ -68,7 +68,7 @@ export class ReceivablePaths {
     const wanted = above + receivableName(path.slice(cut + 1));
     const isFolder = kind === 'directory';
     const free = isFolder && this.#used.get(wanted) === kind ? wanted : this.#free(wanted);
-    const found = free === path ? path : free; // one text of both in memory
+    const found = free === path ? path : free; // so that memory holds the text once
     if (!isReceivable(found)) return null;
     this.#used.set(found, kind);
     if (isFolder) this.#folders.set(path, found);

@@ -135,7 +135,7 @@ async function sendContents(conversation, entries, had) {
     const sent = sendBatch(conversation, batch).then((failed) => {
       failures.push(...failed);
     });
-    sent.catch(() => {}); // whoever waits for it hears of it
+    sent.catch(() => {}); // rejects once more where it is awaited
     sending.push(sent);
     if (sending.length >= IN_FLIGHT) await sending.shift();
   }
@@ -186,8 +186,8 @@ function* batchesOf(entries, starts) {
 }
 
 /**
- * Where to begin with the entries of which the other side has something; infinitely far in what is in
- * its place.
+ * The first offset to send of the entries of which the other side has something; Infinity for those
+ * that are in their places.
  * @param {Outgoing[]} entries
  * @param {Map<number, Had>} had
  * @returns {Promise<Map<number, number>>}

@@ -26,8 +26,8 @@ Bytes sharedBytes(GBytes* message) {
 
 }  // namespace
 
-// The replies that the Dart code waits for. Each is sent once, by whoever comes first: the host,
-// whoever drops the reply, or the end of the messenger.
+// The replies that the Dart code waits for. Each is sent once, by the first of these: the host's
+// answer, dropping the reply, the end of the messenger.
 class FlutterBinaryMessenger::OwedReplies {
  public:
   using Handle = GObjectPointer<FlBinaryMessengerResponseHandle>;

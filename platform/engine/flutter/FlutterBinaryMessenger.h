@@ -14,8 +14,8 @@ namespace brevanholt::platform {
 
 // Messages to and from the Dart code of a Flutter engine.
 //
-// Dart keeps one message for a channel that it does not listen on, and drops the others. So the
-// first is sent alone, and the next ones follow once it was answered: then somebody listens.
+// Dart keeps one message for a channel without a listener, and drops the others. So the first is
+// sent alone, and the next ones follow once it was answered, which shows that there is a listener.
 class FlutterBinaryMessenger final : public BinaryMessenger {
  public:
   FlutterBinaryMessenger(const FlutterFunctions& functions, FlBinaryMessenger* messenger);
@@ -39,7 +39,7 @@ class FlutterBinaryMessenger final : public BinaryMessenger {
  private:
   struct Outgoing {
     Message message;
-    UniqueFunction<void()> handled;  // empty where nobody asks
+    UniqueFunction<void()> handled;  // empty if no reply is wanted
   };
   struct Channel {
     Handler handler;

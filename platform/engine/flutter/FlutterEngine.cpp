@@ -15,9 +15,8 @@ namespace {
 
 std::atomic<bool> engineRuns = false;
 
-// Dart's exit() is the C library's, in the middle of what the host does. Whoever calls it, the
-// destructors of what the engine's threads work with must not run: its library may keep them
-// running when the view is gone.
+// Runs at exit. Dart's exit() is the C library's and may come at any time, and the engine's library
+// may keep its threads running when the view is gone. So no destructor of what they use may run.
 void endAtOnce(int status, void*) {
   if (engineRuns) {
     logWarning("the user interface ended the program with status " + std::to_string(status));

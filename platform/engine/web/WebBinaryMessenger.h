@@ -33,7 +33,7 @@ class WebBinaryMessenger final : public BinaryMessenger {
   struct Outgoing {
     std::string channel;
     Message message;
-    UniqueFunction<void()> handled;  // empty where nobody asks
+    UniqueFunction<void()> handled;  // empty if no reply is wanted
   };
 
   void send(Outgoing outgoing);

@@ -18,8 +18,8 @@ namespace {
 
 constexpr std::size_t kThreadNameLength = 15;
 
-// A monitor that tells of changes in this thread's main context. The one that GIO shares tells of
-// them in the context of whoever asked for it first, which would be a race between threads.
+// A monitor that signals changes in this thread's main context. GIO's shared monitor signals them
+// in the context of the thread that used it first, which would be a race between threads.
 GObjectPointer<GNetworkMonitor> monitorOfThisThread(GCancellable* cancellable) {
   g_vfs_get_default();  // loads GIO's modules and extension points
   GIOExtensionPoint* point = g_io_extension_point_lookup(G_NETWORK_MONITOR_EXTENSION_POINT_NAME);

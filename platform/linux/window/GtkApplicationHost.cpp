@@ -22,7 +22,7 @@ namespace brevanholt::platform {
 namespace {
 
 constexpr const char* kShareType = "(ass)";
-// A service that nobody asks for anything in this time ends, as unused ones do.
+// A D-Bus service without requests for so long ends.
 constexpr unsigned kIdleServiceSeconds = 10;
 
 gboolean quitOnSignal(gpointer application) {

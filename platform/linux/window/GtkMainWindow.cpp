@@ -33,7 +33,7 @@ GtkMainWindow::GtkMainWindow(const Glib::RefPtr<Gtk::Application>& application)
   window_.set_default_size(kFirstFrame.width, kFirstFrame.height);
   window_.set_size_request(kSmallestFrame.width, kSmallestFrame.height);
   window_.add_events(Gdk::PROPERTY_CHANGE_MASK);  // or the X server's time cannot be asked for
-  // Before an engine's view in the window hears of it: Flutter's would end the program.
+  // Connected before the handler of an engine's view in the window: Flutter's ends the program.
   window_.signal_delete_event().connect([this](GdkEventAny*) { return closeRequested(); }, false);
   window_.property_is_active().signal_changed().connect([this] { activeChanged(); });
 }

@@ -33,7 +33,7 @@ struct Names {
 
 using Found = std::vector<std::optional<struct stat>>;
 
-// What cannot be looked at is not described; whoever sends it hears why.
+// Nothing where `look` throws: the page reports an item without a description as unreadable.
 template <class Look>
 auto unlessItFails(Look look) -> std::optional<decltype(look())> {
   try {

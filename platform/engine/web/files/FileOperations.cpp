@@ -52,7 +52,7 @@ Value statFile(const Reach& reach) {
   try {
     if (!Place(reach).look(information)) return {};
   } catch (const SystemError& error) {
-    if (error.errorNumber() == ENOENT) return {};  // nor is there its folder
+    if (error.errorNumber() == ENOENT) return {};  // its folder is missing too
     throw;
   }
   return Map{{"kind", kindName(information.st_mode)},

@@ -103,7 +103,7 @@ void LinkSocket::writeQueued() {
     message.msg_iovlen = count;
     const ssize_t written = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL);
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) break;  // full, or gone; the reading side hears of the latter
+    if (written < 0) break;  // full, or closed; the reading side reports the latter
     outgoingOffset_ += static_cast<std::size_t>(written);
     while (!outgoing_.empty() && outgoingOffset_ >= outgoing_.front().size()) {
       outgoingOffset_ -= outgoing_.front().size();

@@ -93,7 +93,7 @@ void SocketTable::sendAgain(const Announcements::Datagram& datagram) {
   try {
     dynamic_cast<UdpSocket&>(*found->second).send(datagram.bytes, datagram.to);
   } catch (const SystemError&) {
-    // Its interface is going away; the page hears of that by other means.
+    // Its interface is going away; the page is told of network changes by an event.
   }
 }
 

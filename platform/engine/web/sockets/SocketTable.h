@@ -27,7 +27,7 @@ namespace brevanholt::platform {
 //   udpReceive {handle}                        {bytes, address, port}, when one has come
 //                                              that is not what the socket itself repeats
 //   tcpListen {address, port, backlog}         {handle, port}
-//   tcpAccept {handle}                         {handle, address, port}, when somebody has come
+//   tcpAccept {handle}                         {handle, address, port} of the next caller
 //   tcpConnect {address, port, limit}          {handle, address, port}; the limit in milliseconds
 //   tcpRead {handle, minimum, maximum}         bytes: at least the minimum, fewer only at the end
 //   tcpWrite {handle, bytes, head?}            null, when the system has taken the head and them
@@ -45,7 +45,7 @@ class SocketTable {
   void perform(const MethodCall& call, MethodResult result);
   void closeAll();
 
-  // Gives up a TCP connection for somebody else to go on with. Throws PlatformError where there is
+  // Removes a TCP connection from the table and returns it. Throws PlatformError where there is
   // none under that handle. The handle is not used again.
   [[nodiscard]] FileDescriptor release(std::int64_t handle);
 
