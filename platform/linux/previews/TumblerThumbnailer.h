@@ -13,8 +13,10 @@ class TumblerThumbnailer final : public Thumbnailer {
  public:
   struct Options {
     std::filesystem::path cacheHome;
-    std::chrono::milliseconds timeLimit = std::chrono::seconds(30);   // for each thumbnail
-    std::chrono::milliseconds answerLimit = std::chrono::seconds(5);  // for a question about itself
+    std::chrono::milliseconds timeLimit = std::chrono::seconds(30);  // for each thumbnail
+    // For a question about itself. D-Bus starts it first, which takes many seconds on a busy
+    // machine.
+    std::chrono::milliseconds answerLimit = std::chrono::seconds(20);
     // Until a service that did not answer is asked again.
     std::chrono::milliseconds retryAfter = std::chrono::minutes(1);
     std::size_t mostAtOnce = 2;
