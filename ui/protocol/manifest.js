@@ -2,7 +2,7 @@
 // modification time. It travels in several records, so that neither side has to take in a hundred
 // thousand entries at once.
 
-import { hex, joined, sha256, textOf, utf8 } from './bytes.js';
+import { hex, joined, jsonBytes, sha256, textOf } from './bytes.js';
 import { TransferError } from './errors.js';
 import { Limit } from './limits.js';
 import { isReceivable } from './receivable_names.js';
@@ -12,8 +12,6 @@ import { isReceivable } from './receivable_names.js';
  *  @typedef {{ kind: Kind, path: string, size: number, modified: number }} Entry */
 
 const KINDS = /** @type {const} */ (['file', 'directory', 'text']);
-/** Room in a record for one more entry with the longest path, each byte of it escaped. */
-const FULL = Limit.control - 6 * Limit.pathBytes - 100;
 
 /**
  * The bodies of the records that carry the manifest.
@@ -21,20 +19,24 @@ const FULL = Limit.control - 6 * Limit.pathBytes - 100;
  * @returns {Generator<Uint8Array>}
  */
 export function* manifestRecords(entries) {
-  /** @type {string[]} */
-  let record = [];
-  let size = 0;
-  for (const { kind, path, size: bytes, modified } of entries) {
-    const text = JSON.stringify([KINDS.indexOf(kind), path, bytes, modified]);
-    record.push(text);
-    size += utf8(text).length + 1;
-    if (record.length === Limit.entriesPerRecord || size > FULL) {
-      yield utf8(`[${record}]`);
-      record = [];
-      size = 0;
-    }
+  for (let at = 0; at < entries.length; at += Limit.entriesPerRecord) {
+    yield* recordsOf(entries.slice(at, at + Limit.entriesPerRecord));
   }
-  if (record.length > 0) yield utf8(`[${record}]`);
+}
+
+/**
+ * One record, or more where it would be too large. One entry always fits.
+ * @param {Entry[]} entries
+ * @returns {Generator<Uint8Array>}
+ */
+function* recordsOf(entries) {
+  const body = jsonBytes(
+    entries.map(({ kind, path, size, modified }) => [KINDS.indexOf(kind), path, size, modified]),
+  );
+  if (body.length <= Limit.control) return yield body;
+  const middle = entries.length >> 1;
+  yield* recordsOf(entries.slice(0, middle));
+  yield* recordsOf(entries.slice(middle));
 }
 
 /** Puts together what a manifest's records say, and throws where nobody would send it in good faith. */

@@ -1,6 +1,7 @@
 // Names that a device can receive, and others for those that it cannot: the host that publishes a file
 // refuses “:”, “\”, control characters and names above 255 bytes.
 
+import { isSimpleName, isSimplePath } from '../text/simple_names.js';
 import { utf8 } from './bytes.js';
 import { Limit } from './limits.js';
 
@@ -12,14 +13,14 @@ const LONE_SURROGATE = /\p{Cs}/u;
 const LONE_SURROGATES = /\p{Cs}/gu;
 const EXTENSION = /(?<=.)\.[^.\s]{1,16}$/;
 
-/** Names that need no closer look. */
-const SIMPLE = /^\w(?:[\w .()-]{0,200}\w)?$/;
-
 const characters = new Intl.Segmenter('en', { granularity: 'grapheme' });
 
 /** @param {any} path */
 export function isReceivable(path) {
-  if (typeof path !== 'string' || path.length > Limit.pathBytes || REFUSED.test(path)) return false;
+  if (typeof path !== 'string' || path.length > Limit.pathBytes) return false;
+  // Half as many names fit in at most.
+  if (path.length < 2 * Limit.depth && isSimplePath(path)) return true;
+  if (REFUSED.test(path)) return false;
   if (path.trim() !== path || LONE_SURROGATE.test(path)) return false;
   if (isAbove(path, Limit.pathBytes) || isLong(path)) return false;
   const pieces = path.split('/');
@@ -43,6 +44,8 @@ function isLong(path) {
   return [...characters.segment(path)].length > Limit.pathCharacters;
 }
 
+/** A folder's path as it is received. @typedef {{ path: string, isRenamed: boolean }} Folder */
+
 /**
  * Finds a path for each file and folder that can be received and that no other one has.
  *
@@ -51,8 +54,9 @@ function isLong(path) {
 export class ReceivablePaths {
   /** What is used, and for what. @type {Map<string, string>} */
   #used = new Map();
-  /** Folders whose names were changed. @type {Map<string, string>} */
-  #folders = new Map();
+  /** The folders of what was taken, by the path that was wanted, with “/” at its end.
+   *  @type {Map<string, Folder>} */
+  #folders = new Map([['', { path: '', isRenamed: false }]]);
   /** How often a path was wanted again. @type {Map<string, number>} */
   #again = new Map();
 
@@ -63,26 +67,32 @@ export class ReceivablePaths {
    * @returns {string | null}
    */
   take(path, kind) {
-    const cut = path.lastIndexOf('/');
-    const above = cut < 0 ? '' : `${this.#folderFor(path.slice(0, cut))}/`;
-    const wanted = above + receivableName(path.slice(cut + 1));
+    const cut = path.lastIndexOf('/') + 1;
+    const folder = this.#folder(path.slice(0, cut));
+    const name = path.slice(cut);
+    const isAsWanted = !folder.isRenamed && isSimpleName(name);
+    const wanted = isAsWanted ? path : folder.path + receivableName(name);
     const isFolder = kind === 'directory';
     const free = isFolder && this.#used.get(wanted) === kind ? wanted : this.#free(wanted);
     const found = free === path ? path : free; // so that memory holds the text once
     if (!isReceivable(found)) return null;
     this.#used.set(found, kind);
-    if (isFolder) this.#folders.set(path, found);
+    if (isFolder) this.#folders.set(`${path}/`, { path: `${found}/`, isRenamed: found !== path });
     return found;
   }
 
   /**
    * Where the content of a folder goes.
-   * @param {string} path
+   * @param {string} wanted
+   * @returns {Folder}
    */
-  #folderFor(path) {
-    const found = this.#folders.get(path) ?? path.split('/').map(receivableName).join('/');
-    if (!this.#folders.has(path)) this.#folders.set(path, found);
-    return found;
+  #folder(wanted) {
+    const known = this.#folders.get(wanted);
+    if (known) return known;
+    const path = `${wanted.slice(0, -1).split('/').map(receivableName).join('/')}/`;
+    const folder = { path, isRenamed: path !== wanted };
+    this.#folders.set(wanted, folder);
+    return folder;
   }
 
   /** @param {string} wanted */
@@ -104,7 +114,7 @@ export class ReceivablePaths {
 
 /** @param {string} name */
 function receivableName(name) {
-  if (SIMPLE.test(name)) return name;
+  if (isSimpleName(name)) return name;
   const clean =
     name.replace(LONE_SURROGATES, '\ufffd').replaceAll(':', '-').replace(REFUSED_ALL, '_').trim() ||
     '_';

@@ -4,11 +4,10 @@
 // stacks of accents and very long names are cut. A received file is saved under the name that was shown,
 // so the same functions make both.
 
+import { isSimpleName, isSimplePath } from './simple_names.js';
+
 /** Longest name of a file, in bytes of UTF-8. */
 const NAME_BYTES = 255;
-
-/** File names that are shown as they are. */
-const SIMPLE = /^\w(?:[\w .()-]{0,200}\w)?$/;
 
 const CONTROL = /[\p{Cc}\p{Cs}\p{Zl}\p{Zp}]/gu;
 /** Letters and symbols without ink: Braille blank, Hangul fillers, musical null notehead. */
@@ -73,7 +72,7 @@ export const plainName = (text) =>
  * @param {string} text
  */
 export function plainFileName(text) {
-  if (SIMPLE.test(text)) return text;
+  if (isSimpleName(text)) return text;
   let name = plainName(text).replace(/[/\\:]/g, '_');
   if (name === '.' || name === '..') name = name.replaceAll('.', '_');
   for (let most = NAME_BYTES; new TextEncoder().encode(name).length > NAME_BYTES; --most) {
@@ -86,7 +85,8 @@ export function plainFileName(text) {
  * A path below the receive folder, as it is shown and saved.
  * @param {string} path with “/” between its names
  */
-export const plainPath = (path) => path.split('/').map(plainFileName).join('/');
+export const plainPath = (path) =>
+  isSimplePath(path) ? path : path.split('/').map(plainFileName).join('/');
 
 /**
  * What somebody wrote, on its own lines.
