@@ -126,15 +126,27 @@ def idle_once():
             yield f"wake-ups in 30 idle s, {where}", counted.total()
             for names, count in counted.most_common():
                 yield "    " + "/".join(names), count
-            for kind, part in (("memory", "Pss"), ("without files and libraries", "Pss_Anon")):
-                held = sum(memory_of(one, part) for one in below(program.process.pid))
-                yield f"{kind}, {where}, MB", round(held / 1000)
+            yield from memory_rows(program.process.pid, where)
     finally:
         program.stop()
 
 
+def memory_rows(process, where):
+    for kind, part in (("memory", "Pss"), ("without files and libraries", "Pss_Anon")):
+        held = sum(memory_of(one, part) for one in below(process))
+        yield f"{kind}, {where}, MB", round(held / 1000)
+
+
+def bare_once():
+    """A program that shows an empty page with the same engine."""
+    with subprocess.Popen([*ALONE, pathlib.Path(host.BINARY).with_name("bare_webview")]) as program:
+        time.sleep(15)
+        yield from memory_rows(program.pid, "a bare program with an empty page")
+        program.terminate()
+
+
 def main():
-    for name, value in idle_once():
+    for name, value in (*idle_once(), *bare_once()):
         print(f"{name:43} {value:10}")
     runs = [{**run_once(), **share_once()} for _ in range(RUNS)]
     print_medians(runs, 3)

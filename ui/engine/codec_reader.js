@@ -15,20 +15,26 @@ const textDecoder = new TextDecoder('utf-8', { fatal: true, ignoreBOM: true });
 /** By a hash of their bytes. @type {({ bytes: Uint8Array, text: string } | undefined)[]} */
 const readKeys = new Array(KEYS_KEPT);
 
-/** @param {Uint8Array} bytes */
-function keyOfBytes(bytes) {
-  if (bytes.length > SHORT_KEY) return textDecoder.decode(bytes);
-  let hash = bytes.length;
-  for (let at = 0; at < bytes.length; ++at) hash = (hash * 31 + bytes[at]) | 0;
+/**
+ * @param {Uint8Array} message
+ * @param {number} start
+ * @param {number} end
+ */
+function keyIn(message, start, end) {
+  const size = end - start;
+  if (size > SHORT_KEY) return textDecoder.decode(message.subarray(start, end));
+  let hash = size;
+  for (let at = start; at < end; ++at) hash = (hash * 31 + message[at]) | 0;
   const place = hash & (KEYS_KEPT - 1);
   const kept = readKeys[place];
-  if (kept?.bytes.length === bytes.length) {
-    let at = 0;
-    while (at < bytes.length && bytes[at] === kept.bytes[at]) ++at;
-    if (at === bytes.length) return kept.text;
+  if (kept?.bytes.length === size) {
+    let same = 0;
+    while (same < size && message[start + same] === kept.bytes[same]) ++same;
+    if (same === size) return kept.text;
   }
+  const bytes = message.slice(start, end);
   const text = textDecoder.decode(bytes);
-  readKeys[place] = { bytes: bytes.slice(), text };
+  readKeys[place] = { bytes, text };
   return text;
 }
 
@@ -111,9 +117,9 @@ export class Reader {
   }
 
   #readInt64() {
-    const value = this.#view.getBigInt64(this.#take(8), true);
-    const number = Number(value);
-    return Number.isSafeInteger(number) ? number : value;
+    const at = this.#take(8);
+    const number = this.#view.getInt32(at + 4, true) * 2 ** 32 + this.#view.getUint32(at, true);
+    return Number.isSafeInteger(number) ? number : this.#view.getBigInt64(at, true);
   }
 
   #readSize() {
@@ -159,7 +165,9 @@ export class Reader {
         return this.#readMapOn(new Map(Object.entries(object)), size - index);
       }
       ++this.#position;
-      const key = keyOfBytes(this.#readBytes());
+      const keySize = this.#readSize();
+      const start = this.#take(keySize);
+      const key = keyIn(this.#message, start, start + keySize);
       object[key] = this.readValue();
     }
     --this.#depth;

@@ -98,10 +98,26 @@ export class Writer {
     const most = 3 * value.length; // a UTF-16 unit takes three bytes at most
     if (most >= SIZE_16) return this.#writeSizedBytes(textEncoder.encode(value));
     this.#reserve(1 + most);
-    const room = this.#buffer.subarray(this.#length + 1, this.#length + 1 + most);
-    const { written } = textEncoder.encodeInto(value, room);
+    const start = this.#length + 1;
+    const written = this.#writeAscii(value, start)
+      ? value.length
+      : textEncoder.encodeInto(value, this.#buffer.subarray(start, start + most)).written;
     this.#buffer[this.#length] = written;
-    this.#length += 1 + written;
+    this.#length = start + written;
+  }
+
+  /**
+   * False where the text is not ASCII. Most texts are, and then need no view of the buffer.
+   * @param {string} text
+   * @param {number} start
+   */
+  #writeAscii(text, start) {
+    for (let at = 0; at < text.length; ++at) {
+      const unit = text.charCodeAt(at);
+      if (unit > 0x7f) return false;
+      this.#buffer[start + at] = unit;
+    }
+    return true;
   }
 
   /** @param {object} value */

@@ -100,7 +100,10 @@ export function itemsWith(item, among) {
  */
 export async function measured(items) {
   const measures = new Map();
-  const unknown = items.filter(({ kind, size }) => kind === 'file' && size === 0);
+  // What is in a folder came with its size.
+  const unknown = items.filter(
+    ({ kind, size, relativePath }) => kind === 'file' && size === 0 && relativePath === undefined,
+  );
   for (let at = 0; at < unknown.length; at += AT_ONCE) {
     const some = unknown.slice(at, at + AT_ONCE);
     const found = await describe(some.map(({ path }) => path));
