@@ -1,10 +1,10 @@
 #include "Shared/BrevanholtNativeShareStore.h"
 
 #include "Shared/ShareManifest.h"
-#include "platform/foundation/DirectoryHandle.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/DirectoryHandle.h"
+#include "platform/files/Files.h"
+#include "platform/files/ResolvedPath.h"
 #include "platform/foundation/Log.h"
-#include "platform/foundation/ResolvedPath.h"
 #include "platform/foundation/Uuid.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 // Listing a folder of 100,000 files for the UI, beside what `find` takes to print the same of each.
 
 #include "Runner/Intake/ShareEntries.h"
-#include "platform/foundation/FolderListing.h"
+#include "platform/files/FolderListing.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <benchmark/benchmark.h>

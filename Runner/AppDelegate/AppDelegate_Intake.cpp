@@ -1,8 +1,8 @@
 #include "Runner/AppDelegate/AppDelegate.h"
 #include "Runner/Intake/ShareEntries.h"
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
+#include "platform/files/Files.h"
 #include "platform/formats/Url.h"
-#include "platform/foundation/Files.h"
 #include "platform/foundation/Log.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/foundation/DispatchQueue.h"
-#include "platform/foundation/SecurityScopes.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/services/SecurityScopes.h"
+#include "platform/services/UserDefaults.h"
 
 #include <filesystem>
 #include <map>

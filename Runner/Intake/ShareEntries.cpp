@@ -1,7 +1,7 @@
 #include "Runner/Intake/ShareEntries.h"
 
-#include "platform/foundation/Files.h"
-#include "platform/foundation/FolderListing.h"
+#include "platform/files/Files.h"
+#include "platform/files/FolderListing.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/Utf8.h"
 

@@ -1,6 +1,6 @@
 #include "Runner/MainFlutterWindow/CallArguments.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/Log.h"
 
 #include <cstdlib>

@@ -2,7 +2,7 @@
 #include "Runner/MainFlutterWindow/Replies.h"
 #include "Runner/MainFlutterWindow/TransferKey.h"
 #include "platform/crypto/AesGcm.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/Log.h"
 
 #include <string_view>

@@ -1,7 +1,7 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 #include "Runner/MainFlutterWindow/Replies.h"
+#include "platform/files/Files.h"
 #include "platform/formats/Url.h"
-#include "platform/foundation/Files.h"
 
 namespace brevanholt {
 

@@ -1,5 +1,5 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/Log.h"
 
 #include <algorithm>

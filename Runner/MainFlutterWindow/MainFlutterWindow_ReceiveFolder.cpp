@@ -1,6 +1,6 @@
 #include "Runner/MainFlutterWindow/MainFlutterWindow.h"
 #include "Runner/MainFlutterWindow/Replies.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 
 namespace brevanholt {
 

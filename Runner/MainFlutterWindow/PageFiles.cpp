@@ -1,7 +1,7 @@
 #include "Runner/MainFlutterWindow/PageFiles.h"
 
+#include "platform/files/Place.h"
 #include "platform/foundation/Log.h"
-#include "platform/foundation/Place.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <string_view>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/crypto/P256PrivateKey.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/services/UserDefaults.h"
 
 namespace brevanholt {
 

@@ -1,8 +1,8 @@
 #include "Runner/ReceiveFolder/Copies.h"
 
 #include "Runner/ReceiveFolder/PathRules.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/MoveIntoPlace.h"
+#include "platform/files/Files.h"
+#include "platform/files/MoveIntoPlace.h"
 
 namespace brevanholt {
 

@@ -1,10 +1,10 @@
 #include "Runner/ReceiveFolder/LegacyItems.h"
 
 #include "Runner/ReceiveFolder/PathRules.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
+#include "platform/files/MoveIntoPlace.h"
+#include "platform/files/ReplaceFile.h"
 #include "platform/foundation/Log.h"
-#include "platform/foundation/MoveIntoPlace.h"
-#include "platform/foundation/ReplaceFile.h"
 
 #include <fstream>
 #include <iterator>

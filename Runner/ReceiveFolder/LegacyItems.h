@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Runner/ReceiveFolder/Copies.h"
-#include "platform/foundation/KnownFolders.h"
 #include "platform/foundation/PlatformError.h"
+#include "platform/services/KnownFolders.h"
 
 #include <filesystem>
 #include <set>

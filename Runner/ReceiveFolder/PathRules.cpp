@@ -1,6 +1,6 @@
 #include "Runner/ReceiveFolder/PathRules.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Text.h"
 #include "platform/foundation/Uuid.h"

@@ -2,9 +2,9 @@
 
 #include "Runner/ReceiveFolder/PathRules.h"
 #include "Runner/ReceiveFolder/ScratchArea.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
+#include "platform/files/MoveIntoPlace.h"
 #include "platform/foundation/Log.h"
-#include "platform/foundation/MoveIntoPlace.h"
 
 #include <utility>
 

@@ -3,10 +3,10 @@
 #include "Runner/ReceiveFolder/Copies.h"
 #include "Runner/ReceiveFolder/FolderSync.h"
 #include "Runner/ReceiveFolder/LegacyItems.h"
-#include "platform/foundation/KnownFolders.h"
 #include "platform/foundation/MainQueue.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueFunction.h"
+#include "platform/services/KnownFolders.h"
 
 #include <cstdint>
 #include <filesystem>

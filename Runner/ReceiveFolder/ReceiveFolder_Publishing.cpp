@@ -1,7 +1,7 @@
 #include "Runner/ReceiveFolder/PathRules.h"
 #include "Runner/ReceiveFolder/ReceiveFolder.h"
-#include "platform/foundation/Files.h"
-#include "platform/foundation/MoveIntoPlace.h"
+#include "platform/files/Files.h"
+#include "platform/files/MoveIntoPlace.h"
 
 #include <memory>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "Runner/ReceiveFolder/ScratchArea.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/PlatformError.h"
 

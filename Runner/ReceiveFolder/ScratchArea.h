@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/KnownFolders.h"
+#include "platform/services/KnownFolders.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/Place.h"
+#include "platform/files/Place.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueFunction.h"
 

@@ -1,6 +1,6 @@
 #include "platform/gtk/ContentType.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/gtk/GLibPointers.h"
 
 #include <array>

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/desktop/Workspace.h"
-#include "platform/foundation/SecurityScopes.h"
 #include "platform/linux/session/SleepInhibitor.h"
 #include "platform/linux/storage/InstallLayout.h"
 #include "platform/services/LoginItem.h"
 #include "platform/services/NotificationCenter.h"
+#include "platform/services/SecurityScopes.h"
 
 #include <functional>
 #include <memory>

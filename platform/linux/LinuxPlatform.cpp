@@ -1,7 +1,7 @@
 #include "platform/linux/LinuxPlatform.h"
 
 #include "platform/BuildInfo.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/linux/portal/Flatpak.h"
 
 #include <glib.h>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/files/Place.h"
 #include "platform/foundation/Bytes.h"
-#include "platform/foundation/Place.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/foundation/PlatformError.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/services/UserDefaults.h"
 
 #include <mutex>
 #include <variant>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 #include "platform/foundation/Lifetime.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/UniqueFunction.h"

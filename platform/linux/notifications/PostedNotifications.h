@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/UserDefaults.h"
+#include "platform/services/UserDefaults.h"
 
 #include <cstdint>
 #include <string>

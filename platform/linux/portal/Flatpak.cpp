@@ -1,6 +1,6 @@
 #include "platform/linux/portal/Flatpak.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 
 namespace brevanholt::platform {
 

@@ -1,6 +1,6 @@
 #include "platform/linux/previews/ChildImagePreviewer.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/Log.h"
 #include "preview/PngFile.h"
 #include "preview/Protocol.h"

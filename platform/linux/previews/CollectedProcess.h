@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/files/FileDescriptor.h"
 #include "platform/foundation/Bytes.h"
-#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Result.h"
 #include "platform/gtk/LoopSource.h"
 

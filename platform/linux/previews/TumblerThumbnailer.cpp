@@ -1,6 +1,6 @@
 #include "platform/linux/previews/TumblerThumbnailer.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/Log.h"
 #include "platform/gtk/ContentType.h"
 #include "platform/linux/previews/TumblerRequest.h"

@@ -1,8 +1,8 @@
 #include "platform/linux/session/AutostartLoginItem.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
+#include "platform/files/ReplaceFile.h"
 #include "platform/foundation/PlatformError.h"
-#include "platform/foundation/ReplaceFile.h"
 #include "platform/foundation/Utf8.h"
 
 #include <gio/gdesktopappinfo.h>

@@ -1,6 +1,6 @@
 #include "platform/linux/session/GioNetworkMonitor.h"
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 #include "platform/foundation/Log.h"
 #include "platform/linux/session/LinkChanges.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/foundation/Lifetime.h"
-#include "platform/foundation/ProcessActivity.h"
 #include "platform/linux/session/SleepInhibitor.h"
+#include "platform/services/ProcessActivity.h"
 
 #include <functional>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/foundation/UserDefaults.h"
 #include "platform/linux/portal/PortalRequest.h"
 #include "platform/services/LoginItem.h"
+#include "platform/services/UserDefaults.h"
 
 #include <memory>
 

@@ -1,13 +1,13 @@
 #include "platform/linux/storage/KeyFileUserDefaults.h"
 
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/Files.h"
+#include "platform/files/MoveIntoPlace.h"
+#include "platform/files/ReplaceFile.h"
+#include "platform/files/ResolvedPath.h"
 #include "platform/formats/Base64.h"
-#include "platform/foundation/FileDescriptor.h"
-#include "platform/foundation/Files.h"
 #include "platform/foundation/Log.h"
-#include "platform/foundation/MoveIntoPlace.h"
 #include "platform/foundation/PlatformError.h"
-#include "platform/foundation/ReplaceFile.h"
-#include "platform/foundation/ResolvedPath.h"
 #include "platform/foundation/Uuid.h"
 #include "platform/gtk/GLibPointers.h"
 

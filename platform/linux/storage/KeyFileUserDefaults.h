@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/foundation/UserDefaults.h"
 #include "platform/linux/storage/KeyFileText.h"
+#include "platform/services/UserDefaults.h"
 
 #include <filesystem>
 #include <mutex>

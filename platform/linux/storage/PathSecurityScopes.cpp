@@ -1,6 +1,6 @@
 #include "platform/linux/storage/PathSecurityScopes.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 
 namespace brevanholt::platform {
 namespace {

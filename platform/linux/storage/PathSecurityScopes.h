@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/SecurityScopes.h"
+#include "platform/services/SecurityScopes.h"
 
 namespace brevanholt::platform {
 

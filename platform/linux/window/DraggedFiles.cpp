@@ -1,6 +1,6 @@
 #include "platform/linux/window/DraggedFiles.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/gtk/FileUri.h"
 #include "platform/gtk/GLibPointers.h"
 

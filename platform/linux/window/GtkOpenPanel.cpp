@@ -1,6 +1,6 @@
 #include "platform/linux/window/GtkOpenPanel.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Utf8.h"

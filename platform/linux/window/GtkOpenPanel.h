@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/desktop/OpenPanel.h"
-#include "platform/foundation/UserDefaults.h"
+#include "platform/services/UserDefaults.h"
 
 #include <gtkmm/filechooserdialog.h>
 #include <gtkmm/filechoosernative.h>

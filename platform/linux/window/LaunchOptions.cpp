@@ -1,6 +1,6 @@
 #include "platform/linux/window/LaunchOptions.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Utf8.h"
 #include "platform/gtk/FileUri.h"

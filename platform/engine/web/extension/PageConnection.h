@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 #include "platform/gtk/GLibPointers.h"
 #include "platform/gtk/LoopSource.h"
 

@@ -1,6 +1,6 @@
 #include "platform/engine/web/files/FileOperations.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/channel/Value.h"
-#include "platform/foundation/Place.h"
+#include "platform/files/Place.h"
 
 #include <cstdint>
 #include <ctime>

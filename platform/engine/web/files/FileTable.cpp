@@ -2,9 +2,9 @@
 
 #include "platform/engine/web/files/FileOperations.h"
 #include "platform/engine/web/link/EngineArguments.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
+#include "platform/files/ReplaceFile.h"
 #include "platform/foundation/PlatformError.h"
-#include "platform/foundation/ReplaceFile.h"
 
 #include <algorithm>
 #include <array>

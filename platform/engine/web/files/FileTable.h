@@ -2,7 +2,7 @@
 
 #include "platform/channel/StandardMethodCodec.h"
 #include "platform/engine/FileAccess.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <cstdint>
 #include <map>

@@ -1,6 +1,6 @@
 #include "platform/engine/web/link/EngineArguments.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cstring>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/channel/Message.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 #include "platform/gtk/LoopSource.h"
 
 #include <cstdint>

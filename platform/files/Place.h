@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 #include <filesystem>
 #include <optional>

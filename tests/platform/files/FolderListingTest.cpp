@@ -1,4 +1,4 @@
-#include "platform/foundation/FolderListing.h"
+#include "platform/files/FolderListing.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,5 +1,5 @@
-#include "platform/foundation/Files.h"
-#include "platform/foundation/MoveIntoPlace.h"
+#include "platform/files/Files.h"
+#include "platform/files/MoveIntoPlace.h"
 #include "platform/foundation/PlatformError.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/RefusedCalls.h"

@@ -1,5 +1,5 @@
-#include "platform/foundation/FileDescriptor.h"
-#include "platform/foundation/Files.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/PlatformError.h"
 
 #include <cerrno>

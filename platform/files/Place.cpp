@@ -1,4 +1,4 @@
-#include "platform/foundation/Place.h"
+#include "platform/files/Place.h"
 
 #include "platform/foundation/PlatformError.h"
 

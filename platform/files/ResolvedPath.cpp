@@ -1,4 +1,4 @@
-#include "platform/foundation/ResolvedPath.h"
+#include "platform/files/ResolvedPath.h"
 
 #include "platform/foundation/PlatformError.h"
 

@@ -1,6 +1,6 @@
-#include "platform/foundation/ReplaceFile.h"
+#include "platform/files/ReplaceFile.h"
 
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 #include "platform/foundation/PlatformError.h"
 #include "platform/foundation/Uuid.h"
 

@@ -1,4 +1,4 @@
-#include "platform/foundation/DirectoryHandle.h"
+#include "platform/files/DirectoryHandle.h"
 
 #include "platform/foundation/PlatformError.h"
 

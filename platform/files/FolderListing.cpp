@@ -1,6 +1,6 @@
-#include "platform/foundation/FolderListing.h"
+#include "platform/files/FolderListing.h"
 
-#include "platform/foundation/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/Utf8.h"
 

@@ -1,4 +1,4 @@
-#include "platform/foundation/Files.h"
+#include "platform/files/Files.h"
 
 #include "platform/foundation/PlatformError.h"
 

@@ -1,7 +1,7 @@
-#include "platform/foundation/MoveIntoPlace.h"
+#include "platform/files/MoveIntoPlace.h"
 
-#include "platform/foundation/Files.h"
-#include "platform/foundation/ItemCopy.h"
+#include "platform/files/Files.h"
+#include "platform/files/ItemCopy.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/PlatformError.h"
 
