@@ -16,18 +16,14 @@ namespace {
 
 constexpr const char* kFallbackName = "Received file";
 
-// Moves the texts: a folder may have a hundred thousand entries.
-Map folderEntry(std::string path, std::string relativePath, FolderItem::Kind kind,
+Map folderEntry(std::string path, std::string_view relativePath, FolderItem::Kind kind,
                 std::uint64_t size) {
-  std::string name = relativePath.substr(relativePath.rfind('/') + 1);
-  Map entry;
-  entry.reserve(5);
-  entry.add("path", std::move(path));
-  entry.add("name", std::move(name));
-  entry.add("size", static_cast<std::int64_t>(size));
-  entry.add("relativePath", std::move(relativePath));
-  entry.add("kind", kind == FolderItem::Kind::kDirectory ? "directory" : "file");
-  return entry;
+  const bool isDirectory = kind == FolderItem::Kind::kDirectory;
+  return {{"path", std::move(path)},
+          {"name", relativePath.substr(relativePath.rfind('/') + 1)},
+          {"size", static_cast<std::int64_t>(size)},
+          {"relativePath", relativePath},
+          {"kind", isDirectory ? "directory" : "file"}};
 }
 
 }  // namespace
