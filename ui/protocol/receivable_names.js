@@ -18,7 +18,7 @@ const characters = new Intl.Segmenter('en', { granularity: 'grapheme' });
 /** @param {any} path */
 export function isReceivable(path) {
   if (typeof path !== 'string' || path.length > Limit.pathBytes) return false;
-  // Half as many names fit in at most.
+  // Each name takes two characters, with its “/”, so a path this short is not too deep.
   if (path.length < 2 * Limit.depth && isSimplePath(path)) return true;
   if (REFUSED.test(path)) return false;
   if (path.trim() !== path || LONE_SURROGATE.test(path)) return false;
@@ -44,8 +44,6 @@ function isLong(path) {
   return [...characters.segment(path)].length > Limit.pathCharacters;
 }
 
-/** A folder's path as it is received. @typedef {{ path: string, isRenamed: boolean }} Folder */
-
 /**
  * Finds a path for each file and folder that can be received and that no other one has.
  *
@@ -54,9 +52,8 @@ function isLong(path) {
 export class ReceivablePaths {
   /** What is used, and for what. @type {Map<string, string>} */
   #used = new Map();
-  /** The folders of what was taken, by the path that was wanted, with “/” at its end.
-   *  @type {Map<string, Folder>} */
-  #folders = new Map([['', { path: '', isRenamed: false }]]);
+  /** Where the content of a folder goes, by the path that was wanted. @type {Map<string, string>} */
+  #folders = new Map();
   /** How often a path was wanted again. @type {Map<string, number>} */
   #again = new Map();
 
@@ -67,32 +64,23 @@ export class ReceivablePaths {
    * @returns {string | null}
    */
   take(path, kind) {
-    const cut = path.lastIndexOf('/') + 1;
-    const folder = this.#folder(path.slice(0, cut));
-    const name = path.slice(cut);
-    const isAsWanted = !folder.isRenamed && isSimpleName(name);
-    const wanted = isAsWanted ? path : folder.path + receivableName(name);
+    const cut = path.lastIndexOf('/');
+    const above = cut < 0 ? '' : `${this.#folderFor(path.slice(0, cut))}/`;
+    const wanted = above + receivableName(path.slice(cut + 1));
     const isFolder = kind === 'directory';
     const free = isFolder && this.#used.get(wanted) === kind ? wanted : this.#free(wanted);
     const found = free === path ? path : free; // so that memory holds the text once
     if (!isReceivable(found)) return null;
     this.#used.set(found, kind);
-    if (isFolder) this.#folders.set(`${path}/`, { path: `${found}/`, isRenamed: found !== path });
+    if (isFolder) this.#folders.set(path, found);
     return found;
   }
 
-  /**
-   * Where the content of a folder goes.
-   * @param {string} wanted
-   * @returns {Folder}
-   */
-  #folder(wanted) {
-    const known = this.#folders.get(wanted);
-    if (known) return known;
-    const path = `${wanted.slice(0, -1).split('/').map(receivableName).join('/')}/`;
-    const folder = { path, isRenamed: path !== wanted };
-    this.#folders.set(wanted, folder);
-    return folder;
+  /** @param {string} path */
+  #folderFor(path) {
+    const found = this.#folders.get(path) ?? path.split('/').map(receivableName).join('/');
+    if (!this.#folders.has(path)) this.#folders.set(path, found);
+    return found;
   }
 
   /** @param {string} wanted */
