@@ -5,7 +5,7 @@ import { mappedInSlices, Slices } from '../engine/slices.js';
 import { utf8 } from '../protocol/bytes.js';
 import { isCount, isMissingOr, isOneOf, isText } from './schema.js';
 
-/** Files that are looked at at once. */
+/** Items that are looked at at once. */
 export const AT_ONCE = 1000;
 
 /** @typedef {import('./types.js').Item} Item */
@@ -94,6 +94,17 @@ export function itemsWith(item, among) {
 }
 
 /**
+ * What the items from a number on are now, at most as many as are looked at at once; null for each
+ * that cannot be read.
+ * @param {Item[]} items
+ * @param {number} from
+ */
+export async function described(items, from) {
+  const some = items.slice(from, from + AT_ONCE);
+  return some.length > 0 ? describe(some.map(({ path }) => path)) : [];
+}
+
+/**
  * The items that are other than they say, as they are.
  * @param {Item[]} items
  * @returns {Promise<Map<Item, Item>>}
@@ -105,11 +116,10 @@ export async function measured(items) {
     ({ kind, size, relativePath }) => kind === 'file' && size === 0 && relativePath === undefined,
   );
   for (let at = 0; at < unknown.length; at += AT_ONCE) {
-    const some = unknown.slice(at, at + AT_ONCE);
-    const found = await describe(some.map(({ path }) => path));
-    for (const [next, item] of some.entries()) {
-      const size = found[next]?.kind === 'file' ? found[next].size : 0;
-      if (size > 0) measures.set(item, { ...item, size });
+    for (const [next, found] of (await described(unknown, at)).entries()) {
+      const item = unknown[at + next];
+      if (found?.kind === 'file' && found.size > 0)
+        measures.set(item, { ...item, size: found.size });
     }
   }
   return measures;

@@ -1,12 +1,11 @@
 // What an offer consists of: the chosen items as they are now.
 
-import { describe } from '../engine/files.js';
 import { utf8 } from '../protocol/bytes.js';
 import { TransferError } from '../protocol/errors.js';
 import { Limit } from '../protocol/limits.js';
-import { totalSize } from '../protocol/manifest.js';
+import { fileCount, totalSize } from '../protocol/manifest.js';
 import { ReceivablePaths } from '../protocol/receivable_names.js';
-import { AT_ONCE, placeOf } from './items.js';
+import { AT_ONCE, described, placeOf } from './items.js';
 import { renamedSentence } from './outcomes.js';
 
 /** @typedef {import('./types.js').Item} Item */
@@ -16,9 +15,6 @@ import { renamedSentence } from './outcomes.js';
 /** The paths of an offer so far, and those of them that are folders.
  *  @typedef {{ paths: ReceivablePaths, folders: Set<string> }} Places */
 /** Some entries, and those that follow. @typedef {{ part: Offered[], rest: Promise<Link | null> }} Link */
-
-/** @param {{ kind: string }[]} entries */
-export const fileCount = (entries) => entries.filter(({ kind }) => kind !== 'directory').length;
 
 /**
  * The offer of some items: entries with their sizes as they are now, and under paths that can be
@@ -87,7 +83,7 @@ export class Outgoings {
     const part = found.flatMap((one, number) => this.#entry(items[at + number], one, places));
     this.entries.push(...part);
     const rest = this.#link(items, at + AT_ONCE, next, places);
-    rest.catch(() => {}); // as above, in parts()
+    rest.catch(() => {}); // rejects once more where the parts are taken
     return { part, rest };
   }
 
@@ -118,14 +114,4 @@ export class Outgoings {
     const content = isFolder ? { size: 0, modified: 0 } : { size, modified: Math.max(0, modified) };
     return [{ kind, path, ...content, source: item.path, item }];
   }
-}
-
-/**
- * What the items from a number on are now, as many as are looked at at once.
- * @param {Item[]} items
- * @param {number} from
- */
-async function described(items, from) {
-  const some = items.slice(from, from + AT_ONCE);
-  return some.length > 0 ? describe(some.map(({ path }) => path)) : [];
 }

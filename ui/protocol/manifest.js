@@ -105,6 +105,9 @@ export class ManifestReader {
   }
 }
 
+/** @param {{ kind: string }[]} entries */
+export const fileCount = (entries) => entries.filter(({ kind }) => kind !== 'directory').length;
+
 /** @param {{ size: number }[]} entries */
 export const totalSize = (entries) => entries.reduce((sum, { size }) => sum + size, 0);
 
