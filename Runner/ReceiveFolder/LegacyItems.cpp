@@ -34,7 +34,7 @@ std::optional<std::vector<fs::path>> namesIn(const fs::path& directory) {
 // The receive folder with every component of the working directory appended. Empty where there is
 // no such directory.
 //
-// Earlier builds made plain directories. A symbolic link among the components is not theirs and may
+// Earlier builds made plain directories. They did not make symbolic links, and one may
 // lead out of the receive folder, or to what the user has sorted within it, so links are not
 // followed. The receive folder itself may be a link.
 fs::path legacyDirectory(const fs::path& receiveFolder, const fs::path& workingDirectory) {

@@ -107,7 +107,7 @@ export class Writer {
   }
 
   /**
-   * False where the text is not ASCII. Most texts are, and then need no view of the buffer.
+   * Writes a text that is ASCII, as most are, without making a view of the buffer. False for others.
    * @param {string} text
    * @param {number} start
    */

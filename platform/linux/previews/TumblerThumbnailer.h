@@ -14,8 +14,8 @@ class TumblerThumbnailer final : public Thumbnailer {
   struct Options {
     std::filesystem::path cacheHome;
     std::chrono::milliseconds timeLimit = std::chrono::seconds(30);  // for each thumbnail
-    // For a question about itself. D-Bus starts it first, which takes many seconds on a busy
-    // machine.
+    // For a question about the service. D-Bus may have to start the service first, which takes many
+    // seconds on a busy machine.
     std::chrono::milliseconds answerLimit = std::chrono::seconds(20);
     // Until a service that did not answer is asked again.
     std::chrono::milliseconds retryAfter = std::chrono::minutes(1);

@@ -22,7 +22,7 @@ namespace brevanholt::platform {
 namespace {
 
 constexpr const char* kShareType = "(ass)";
-// A D-Bus service without requests for so long ends.
+// Started as a D-Bus service, the program quits when no request came for this long.
 constexpr unsigned kIdleServiceSeconds = 10;
 
 gboolean quitOnSignal(gpointer application) {
