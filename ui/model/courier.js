@@ -45,7 +45,7 @@ export class Courier {
   /**
    * Sends what the transfer names. Never throws: how it ended is in the transfer.
    * @param {import('./types.js').Transfer} transfer
-   * @param {() => Promise<import('../protocol/endpoint.js').Contact>} connect
+   * @param {() => Promise<Contact>} connect
    */
   send({ id, items, number }, connect) {
     return this.#running.run(id, async (run) => {
@@ -75,7 +75,7 @@ export class Courier {
 
   /**
    * Serves a device that called.
-   * @param {import('../protocol/endpoint.js').Contact} contact
+   * @param {Contact} contact
    */
   async receive({ conversation, session, address }) {
     const { peer } = session;
